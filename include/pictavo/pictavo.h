@@ -1,0 +1,555 @@
+// Pictavo: image processing for video-editing hosts on 64-bit Windows.
+//
+// This header is the whole contract between a host and Pictavo.dll: the interface chain IPictavo to
+// IPictavo6 (one table of 111 methods), the records the methods take, the result codes and the
+// exports. It needs nothing but <stddef.h> and <stdint.h> and compiles as C++17 or later with any
+// compiler that follows the platform's calling convention.
+//
+// What holds for every method unless its own comment says otherwise:
+//
+// - Pixels. A 32-bit pixel is four bytes in memory, blue, green, red, alpha (0xAARRGGBB as a
+//   little-endian word). Alpha is straight unless a method says premultiplied.
+// - Buffers. A pointer to the first byte of the top row, width and height in pixels, pitch in bytes
+//   from the start of one row to the start of the next. "Packed" buffers take no pitch: their
+//   pixels are contiguous. No alignment is asked for. Nothing outside the described rows is read or
+//   written; a pitch may be negative (rows run upwards from the pointer) where no check refuses it.
+// - Aliasing. Source and destination may be the same picture at the same place; any other overlap
+//   gives pixels that depend on the instruction-set level.
+// - Ownership. Pictures, records and arrays stay the host's. Nothing is kept between calls.
+// - Flip. A non-zero flip reads the source bottom-up; a destination is always written top-down.
+// - Opacity ramp. Two floats fade a picture from its top row to its bottom row: row r of h uses the
+//   factor r / h * (end - start) + start in single precision. Factors are not clamped.
+// - Results. A method whose result is called a status returns 1 for success and 0 for bad
+//   arguments; every other u32 result is one of the PICTAVO_ codes below. A refused call writes
+//   nothing. No exception leaves a method.
+// - Levels. A method runs the fastest build that the object's instruction-set level allows. The
+//   portable build (below level 3) is the reference; every other build gives its bytes except where
+//   the method's comment states a difference.
+// - Threads. Methods may be called from several threads at once on one object, as long as no
+//   picture being written is used by another call. Creating and releasing are the host's to order:
+//   no call may overlap the release of its object.
+// - Not built. A method marked so, or called Reserved, touches nothing and returns
+//   PICTAVO_E_NOTIMPL whatever it is given, so that a host can fall back. A method without a result
+//   then leaves its outputs alone.
+#ifndef PICTAVO_PICTAVO_H_
+#define PICTAVO_PICTAVO_H_
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_WIN32) && !defined(PICTAVO_BUILDING)
+#define PICTAVO_API __declspec(dllimport)
+#else
+#define PICTAVO_API
+#endif
+
+namespace pictavo {
+
+using u8 = uint8_t;
+using i32 = int32_t;
+using u32 = uint32_t;
+using i64 = int64_t;
+using f32 = float;
+
+/// @name Result codes
+/// The values of the platform's HRESULTs of the same names.
+/// @{
+inline constexpr u32 PICTAVO_S_OK = 0;                     ///< done
+inline constexpr u32 PICTAVO_S_FALSE = 1;                  ///< nothing to do (an empty picture)
+inline constexpr u32 PICTAVO_E_NOTIMPL = 0x80004001u;      ///< the method exists but does nothing
+inline constexpr u32 PICTAVO_E_POINTER = 0x80004003u;      ///< a required pointer is null
+inline constexpr u32 PICTAVO_E_FAIL = 0x80004005u;         ///< a step failed
+inline constexpr u32 PICTAVO_E_OUTOFMEMORY = 0x8007000Eu;  ///< an allocation failed
+inline constexpr u32 PICTAVO_E_INVALIDARG = 0x80070057u;   ///< an argument cannot be used
+/// @}
+
+/// @name Instruction-set levels
+/// Steps of the ladder 0 … 8 that choose a build; the steps between behave like the one below.
+/// @{
+inline constexpr i32 PICTAVO_LEVEL_PORTABLE = 0;  ///< portable code
+inline constexpr i32 PICTAVO_LEVEL_SSE2 = 3;      ///< 128-bit integer code
+inline constexpr i32 PICTAVO_LEVEL_SSSE3 = 5;     ///< … with byte shuffles
+inline constexpr i32 PICTAVO_LEVEL_SSE4_1 = 6;    ///< … with SSE4.1
+inline constexpr i32 PICTAVO_LEVEL_AVX2 = 8;      ///< 256-bit integer code
+/// @}
+
+/// Value of ImageDesc::memoryKind for a picture that is a Direct3D 11 texture.
+inline constexpr u32 PICTAVO_MEMORY_D3D11_TEXTURE = 3;
+
+/// A picture as the record-based methods take it. The host owns the record and what it points at.
+struct ImageDesc {
+  u32 reserved[2];   ///< the host's own; the library neither reads nor writes them
+  i32 bufferWidth;   ///< pixels in a row of the allocation that surrounds the picture
+  i32 bufferHeight;  ///< rows of that allocation
+  u32 memoryKind;    ///< PICTAVO_MEMORY_D3D11_TEXTURE: `data` is an ID3D11Texture2D*; any other
+                     ///< value: plain memory, or a host object where a method takes one. Methods
+                     ///< that work on plain memory refuse a texture with PICTAVO_E_INVALIDARG.
+  alignas(8) void* data;  ///< first byte of the top row, or the texture or host object
+  i32 width;              ///< pixels in a row
+  i32 height;             ///< rows
+  i32 pitch;              ///< bytes from the start of one row to the start of the next
+  i32 bytesPerPixel;      ///< 4 for 32-bit pixels, 1 for 8-bit planes
+};
+static_assert(sizeof(ImageDesc) == 48 && alignof(ImageDesc) == 8, "ImageDesc is 48 bytes");
+static_assert(offsetof(ImageDesc, bufferWidth) == 8 && offsetof(ImageDesc, bufferHeight) == 12 &&
+                  offsetof(ImageDesc, memoryKind) == 16 && offsetof(ImageDesc, data) == 24 &&
+                  offsetof(ImageDesc, width) == 32 && offsetof(ImageDesc, height) == 36 &&
+                  offsetof(ImageDesc, pitch) == 40 && offsetof(ImageDesc, bytesPerPixel) == 44,
+              "the order and places of ImageDesc's fields are part of the contract");
+
+/// How BlendLayer and BlendLayerSubpixel mix.
+struct BlendParam {
+  u32 mode;       ///< 0 … 23
+  u32 opacity;    ///< 0 … 255; 0 leaves the destination alone
+  u32 alphaMode;  ///< 0 destination opaque, 1 carry the layer's alpha, 2 straight-alpha over
+  f32 fractionX;  ///< sub-pixel modes: how far right of the pixel the source is sampled, 0 … 1
+  f32 fractionY;  ///< sub-pixel modes: how far below the pixel the source is sampled, 0 … 1
+};
+static_assert(sizeof(BlendParam) == 20, "BlendParam is 20 bytes");
+
+/// The motion that MotionBlur smears along.
+struct MotionBlurParam {
+  f32 strength;    ///< multiplies every sample count
+  i32 maxSamples;  ///< most samples taken for one pixel, at least 2
+  f32 dirX;        ///< motion vector, pixels to the right
+  f32 dirY;        ///< motion vector, rows down
+  f32 zoom;        ///< zoom factor, 1 for none
+  f32 reserved;    ///< not read
+  f32 angle;       ///< spin, degrees
+};
+static_assert(sizeof(MotionBlurParam) == 28, "MotionBlurParam is 28 bytes");
+
+/// One key colour of ApplyChromaKey. Mind the order: red first, unlike pixels.
+struct ChromaKey {
+  u8 keyR;      ///< key colour, red
+  u8 keyG;      ///< key colour, green
+  u8 keyB;      ///< key colour, blue
+  u8 reserved;  ///< not read
+  i32 angle;    ///< half-angle of the accepted hues, degrees; for a near-grey key a luma tolerance
+  i32 denoise;  ///< chroma distance that becomes fully clear; for a near-grey key a tolerance
+};
+static_assert(sizeof(ChromaKey) == 12, "ChromaKey is 12 bytes");
+
+// No two methods of the chain share a name and none is a destructor: compilers place overloads and
+// virtual destructors differently, and the table below must be the same for all of them.
+
+/// Slots 0 to 41: level, blending, premultiplication, colour conversion, the first resizers.
+struct IPictavo {
+  /// Slot 0. Asks the detection module CPUIstructionSetDetect.dll for the processor's level and
+  /// uses it from now on; level 0 when there is no such module. Runs once at construction too.
+  virtual void DetectInstructionSet() noexcept = 0;
+
+  /// Slot 1. The level in use, as detected or as last given to SetCPULevel.
+  virtual i32 GetCPULevel() noexcept = 0;
+
+  /// Slot 2. Lays a straight-alpha source over the destination, faded by an opacity ramp.
+  ///
+  /// With w = trunc(source alpha * row factor): w = 255 copies the pixel, w = 0 leaves the
+  /// destination, otherwise each colour becomes (s * w + d * (256 - w)) >> 8 and alpha 255.
+  ///
+  /// From level 3 pixels go in pairs (columns 0 and 1, 2 and 3, …): a pair is copied when both
+  /// weights are 255, left alone when both are below 1, and otherwise both its pixels are mixed, so
+  /// that a weight of 255 gives (255 * s + d) >> 8 there; mixed pixels keep the destination's
+  /// alpha. The last pixel of an odd row goes alone. Row factors outside 0 … 1 make weights outside
+  /// 0 … 255. They enter the formula as they are below level 3, where the low byte of the result is
+  /// stored; from level 3 a negative weight counts as 0, 256 - w as at least 0, and a result above
+  /// 255 as 255.
+  ///
+  /// Pitches in bytes. @return status: 0 when dst or src is null, else 1 (also for an empty
+  /// picture)
+  virtual u32 BlendOverWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
+                                       i32 srcPitch, i32 flip, f32 opacityStart,
+                                       f32 opacityEnd) noexcept = 0;
+
+  /// Slot 3. Lays a packed straight-alpha source over a packed destination. The rule of slot 2 with
+  /// w = source alpha, but mixed pixels take the source's alpha. From level 3 pixels go in pairs
+  /// through the whole buffer, as in slot 2; a clear pixel in a mixed pair then takes alpha 0.
+  /// @return status: 0 when dst or src is null or the picture cannot fit in memory, else 1
+  virtual u32 BlendOverPacked(u8* dst, const u8* src, i32 width, i32 height) noexcept = 0;
+
+  /// Slot 4. Lays a straight-alpha source over the destination. The rule of slot 2 with w = source
+  /// alpha, its difference from level 3 included.
+  /// @param pitch bytes, of both pictures
+  /// @return status: 0 when dst or src is null, else 1
+  virtual u32 BlendOverPitched(u8* dst, const u8* src, i32 width, i32 height,
+                               i32 pitch) noexcept = 0;
+
+  /// Slot 5. Lays a premultiplied source over the destination, faded by an opacity ramp.
+  ///
+  /// With row factor f and w = trunc(source alpha * f): w = 255 copies the pixel, w = 0 leaves the
+  /// destination, otherwise each colour becomes min(255, trunc(s * f) + ((d * (256 - w)) >> 8)) and
+  /// alpha 255. A weight or result outside 0 … 255, from a row factor outside 0 … 1, is stored by
+  /// its low byte.
+  /// @return status: 0 when dst or src is null, else 1
+  virtual u32 BlendPremultipliedWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height,
+                                                i32 dstPitch, i32 srcPitch, i32 flip,
+                                                f32 opacityStart, f32 opacityEnd) noexcept = 0;
+
+  /// Slot 6. Lays a packed premultiplied source over a packed destination: slot 5 with f = 1.
+  /// @return status: 0 when dst or src is null, a size is below 1 or the picture cannot fit in
+  /// memory, else 1
+  virtual u32 BlendPremultipliedPacked(u8* dst, const u8* src, i32 width, i32 height) noexcept = 0;
+
+  /// Slot 7. Lays a premultiplied source over the destination: slot 5 with f = 1.
+  /// @param pitch bytes, of both pictures; nothing is done when it is below 1
+  /// @return status: 0 when dst or src is null, else 1
+  virtual u32 BlendPremultipliedPitched(u8* dst, const u8* src, i32 width, i32 height,
+                                        i32 pitch) noexcept = 0;
+
+  /// Slot 8. Composites a premultiplied source over a premultiplied destination whose alpha is
+  /// meaningful, faded by an opacity ramp.
+  ///
+  /// With row factor f, w = trunc(source alpha * f) and destination alpha dA: w = 0 leaves the
+  /// destination; w = 255 or dA = 0 copies the source's colours and sets alpha to w; otherwise each
+  /// colour becomes min(255, trunc(s * f) + ((d * (255 - w)) >> 8)) and alpha becomes
+  /// 255 - (((255 - dA) * (255 - w)) >> 8). What a row factor outside 0 … 1 makes leave 0 … 255 is
+  /// stored by its low byte.
+  /// @return status: 0 when dst or src is null or a size or pitch is below 1, else 1
+  virtual u32 CompositePremultipliedWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height,
+                                                    i32 dstPitch, i32 srcPitch, i32 flip,
+                                                    f32 opacityStart, f32 opacityEnd) noexcept = 0;
+
+  /// Slot 9. Composites a premultiplied source over a premultiplied destination: slot 8 with f = 1.
+  /// @param pitch bytes, of both pictures
+  /// @return status: 0 when dst or src is null or a size or the pitch is below 1, else 1
+  virtual u32 CompositePremultipliedPitched(u8* dst, const u8* src, i32 width, i32 height,
+                                            i32 pitch) noexcept = 0;
+
+  /// Slot 10. Composites a packed premultiplied source over a packed premultiplied destination:
+  /// slot 8 with f = 1.
+  /// @return status: 0 when dst or src is null, a size is below 1 or the picture cannot fit in
+  /// memory, else 1
+  virtual u32 CompositePremultipliedPacked(u8* dst, const u8* src, i32 width,
+                                           i32 height) noexcept = 0;
+
+  /// Slot 11. Lays a straight-alpha source, at one opacity, over the destination or over a colour.
+  ///
+  /// With w = (source alpha * (opacity + 1)) >> 8: w = 255 copies the pixel, w = 0 leaves the
+  /// destination, otherwise each colour becomes (s * w + d * (256 - w)) >> 8 and alpha stays.
+  /// @param backdrop 0xAARRGGBB; when its alpha byte is not 0, its colour stands in for d
+  /// @return PICTAVO_S_OK; PICTAVO_E_FAIL when dst or src is null or a size is below 1
+  virtual u32 BlendOverWithOpacity(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
+                                   i32 srcPitch, u8 opacity, u32 backdrop) noexcept = 0;
+
+  virtual u32 Reserved12() noexcept = 0;  ///< Slot 12.
+  virtual u32 Reserved13() noexcept = 0;  ///< Slot 13.
+
+  /// Slot 14. One colour from RGB to studio-range YUV (BT.601). Not built yet.
+  virtual void ConvertRGBToYUVPixel(i32 r, i32 g, i32 b, u32* y, u32* u, u32* v) noexcept = 0;
+
+  /// Slot 15. One colour from studio-range YUV (BT.601) to RGB. Not built yet.
+  virtual void ConvertYUVToRGBPixel(i32 y, i32 u, i32 v, u32* r, u32* g, u32* b) noexcept = 0;
+
+  /// Slot 16. Turns premultiplied alpha into straight alpha in place. Not built yet.
+  virtual u32 UnpremultiplyPitched(u8* buffer, i32 width, i32 height, i32 pitch) noexcept = 0;
+
+  /// Slot 17. Slot 16 for a packed buffer. Not built yet.
+  virtual u32 UnpremultiplyPacked(u8* buffer, i32 width, i32 height) noexcept = 0;
+
+  /// Slot 18. Turns straight alpha into premultiplied alpha in place. Not built yet.
+  virtual u32 PremultiplyPitched(u8* buffer, i32 width, i32 height, i32 pitch) noexcept = 0;
+
+  /// Slot 19. Slot 18 for a packed buffer. Not built yet.
+  virtual u32 PremultiplyPacked(u8* buffer, i32 width, i32 height) noexcept = 0;
+
+  /// Slot 20. BGRA to YUVA (bytes V, U, Y, A; BT.601 studio range). Not built yet.
+  virtual u32 ConvertBGRAToYUVA(const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
+                                i32 dstPitch) noexcept = 0;
+
+  /// Slot 21. The portable build of slot 20, which calls it through this table. Not built yet.
+  virtual u32 ConvertBGRAToYUVAPortable(const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
+                                        i32 dstPitch) noexcept = 0;
+
+  virtual u32 Reserved22() noexcept = 0;  ///< Slot 22.
+  virtual u32 Reserved23() noexcept = 0;  ///< Slot 23.
+  virtual u32 Reserved24() noexcept = 0;  ///< Slot 24.
+  virtual u32 Reserved25() noexcept = 0;  ///< Slot 25.
+  virtual u32 Reserved26() noexcept = 0;  ///< Slot 26.
+  virtual u32 Reserved27() noexcept = 0;  ///< Slot 27.
+  virtual u32 Reserved28() noexcept = 0;  ///< Slot 28.
+
+  /// Slot 29. Resizes by a 4 x 4 grid of samples, colours weighted by alpha. Not built yet.
+  virtual u32 ResizeBox16AlphaWeighted(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
+                                       const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
+                                       i32 forceOpaque) noexcept = 0;
+
+  /// Slot 30. Bilinear resize with 16.16 steps. Not built yet.
+  virtual u32 ResizeBilinear16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                               i32 srcWidth, i32 srcHeight, i32 srcPitch, i32 forceOpaque,
+                               i32 fullSize) noexcept = 0;
+
+  /// Slot 31. Bilinear resize with 7-bit weights. Not built yet.
+  virtual u32 ResizeBilinear7(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                              i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
+
+  virtual u32 Reserved32() noexcept = 0;  ///< Slot 32.
+  virtual u32 Reserved33() noexcept = 0;  ///< Slot 33.
+
+  /// Slot 34. Four consecutive 32-bit pixels from RGB to YUV, vector build. Not built yet.
+  virtual void ConvertRGBToYUV4Pixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept = 0;
+
+  /// Slot 35. Slot 34's conversion at any level; calls slot 34 through this table from level 3. Not
+  /// built yet.
+  virtual void ConvertRGBToYUVPixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept = 0;
+
+  /// Slot 36. Slot 11 with an opacity ramp and a flip, writing the weight into the alpha.
+  ///
+  /// The weight is trunc(source alpha * (opacity + 1) * row factor) >> 8 in single precision. A
+  /// mixed pixel's alpha becomes w; a copied one's is the source's; w = 0 leaves the pixel. What a
+  /// row factor outside 0 … 1 makes leave 0 … 255 is stored by its low byte.
+  /// @return status: 0 when dst or src is null, else 1 (also for an empty picture)
+  virtual u32 BlendOverWithOpacityRampAndAlpha(u8* dst, const u8* src, i32 width, i32 height,
+                                               i32 dstPitch, i32 srcPitch, u8 opacity, u32 backdrop,
+                                               i32 flip, f32 opacityStart,
+                                               f32 opacityEnd) noexcept = 0;
+
+  /// Slot 37. Slot 36, but a mixed pixel keeps the destination's alpha.
+  /// @return status: 0 when dst or src is null, else 1 (also for an empty picture)
+  virtual u32 BlendOverWithOpacityRampKeepAlpha(u8* dst, const u8* src, i32 width, i32 height,
+                                                i32 dstPitch, i32 srcPitch, u8 opacity,
+                                                u32 backdrop, i32 flip, f32 opacityStart,
+                                                f32 opacityEnd) noexcept = 0;
+
+  virtual u32 Reserved38() noexcept = 0;  ///< Slot 38.
+  virtual u32 Reserved39() noexcept = 0;  ///< Slot 39.
+  virtual u32 Reserved40() noexcept = 0;  ///< Slot 40.
+  virtual u32 Reserved41() noexcept = 0;  ///< Slot 41.
+
+ protected:
+  ~IPictavo() = default;  // only the release exports destroy the object
+};
+
+/// Slots 42 to 62: level setter, histograms, grey, outline, the scalar resizers.
+struct IPictavo2 : IPictavo {
+  /// Slot 42. Uses this level from now on, whether or not the processor has its instructions.
+  /// Values above 8 behave like 8, negative ones like 0; GetCPULevel returns the value as given.
+  /// Calls already running keep the level they started with.
+  virtual void SetCPULevel(i32 level) noexcept = 0;
+
+  /// Slot 43. Counts the bytes of 32-bit pixels. Not built yet.
+  virtual u32 ComputeHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
+                               i32 binCount, u32 selector) noexcept = 0;
+
+  /// Slot 44. Counts one brightness value a pixel. Not built yet.
+  virtual u32 ComputeLumaHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
+                                   i32 binCount, u32 selector) noexcept = 0;
+
+  virtual u32 Reserved45() noexcept = 0;  ///< Slot 45.
+
+  /// Slot 46. The mean of the three colours into all three, destination alpha kept. Not built yet.
+  virtual u32 ConvertBGRAToGray(const u8* src, i32 width, i32 height, i32 srcPitch, u32* dst,
+                                i32 dstPitch) noexcept = 0;
+
+  virtual u32 Reserved47() noexcept = 0;  ///< Slot 47.
+
+  /// Slot 48. Draws a rectangle's outline. Not built yet.
+  /// @param rect left, top, right, bottom in pixels, all inclusive
+  virtual u32 DrawRectOutline(u32* buffer, i32 width, i32 height, u32 pitch, const i32 rect[4],
+                              u32 colour) noexcept = 0;
+
+  virtual u32 Reserved49() noexcept = 0;  ///< Slot 49. A filter of a buffer with a float radius.
+
+  /// Slot 50.
+  virtual u32 Reserved50(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                         i32 dstPitch) noexcept = 0;
+
+  virtual u32 Reserved51() noexcept = 0;  ///< Slot 51. A rectangle operation.
+  virtual u32 Reserved52() noexcept = 0;  ///< Slot 52. A rectangle operation, float coordinates.
+  virtual u32 Reserved53() noexcept = 0;  ///< Slot 53. A filter with float parameters.
+
+  /// Slot 54.
+  virtual u32 Reserved54(const u8* src, i32 width, i32 height, u8* dst, i32 option,
+                         u32 flags) noexcept = 0;
+
+  /// Slot 55. Nearest-neighbour resize. Not built yet.
+  virtual u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
+                              i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
+
+  virtual u32 Reserved56() noexcept = 0;  ///< Slot 56. A filter with float parameters.
+
+  /// Slot 57. Resizes by a 4 x 4 grid of samples, every channel alike. Not built yet.
+  virtual u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                          i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
+
+  /// Slot 58. Slot 30 with alpha always interpolated. Not built yet.
+  virtual u32 ResizeBilinear16KeepAlpha(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
+                                        const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
+                                        i32 fullSize) noexcept = 0;
+
+  /// Slot 59.
+  virtual u32 Reserved59(void* first, void* second, u32 third, u32 fourth) noexcept = 0;
+
+  virtual u32 Reserved60() noexcept = 0;  ///< Slot 60. Scaling with a parameter block.
+  virtual u32 Reserved61() noexcept = 0;  ///< Slot 61. Scaling with a rectangle.
+  virtual u32 Reserved62() noexcept = 0;  ///< Slot 62. Nearest scaling inside a rectangle.
+
+ protected:
+  ~IPictavo2() = default;
+};
+
+/// Slots 63 to 72: motion blur and borders.
+struct IPictavo3 : IPictavo2 {
+  /// Slot 63. Smears a picture along a direction, a zoom or a spin. Not built yet.
+  virtual u32 MotionBlur(const ImageDesc* src, ImageDesc* dst,
+                         const MotionBlurParam* param) noexcept = 0;
+
+  /// Slot 64. Tells what MotionBlur needs: the size of its destination, and where the destination's
+  /// origin lies from the source's. Not built yet.
+  virtual u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst,
+                                   const MotionBlurParam* param, i32* offsetX,
+                                   i32* offsetY) noexcept = 0;
+
+  virtual u32 Reserved65() noexcept = 0;  ///< Slot 65. Image records and a mode.
+  virtual u32 Reserved66() noexcept = 0;  ///< Slot 66. Two image records and parameters.
+  virtual u32 Reserved67() noexcept = 0;  ///< Slot 67. A geometric operation.
+  virtual u32 Reserved68() noexcept = 0;  ///< Slot 68. A Direct3D operation.
+  virtual u32 Reserved69() noexcept = 0;  ///< Slot 69. A rectangle operation.
+  virtual u32 Reserved70() noexcept = 0;  ///< Slot 70. An operation with modes.
+
+  /// Slot 71. Grows a picture by a border of copied edge pixels. Not built yet.
+  virtual u32 ExtendBoundary(const ImageDesc* image, u32 border) noexcept = 0;
+
+  virtual u32 Reserved72() noexcept = 0;  ///< Slot 72. A filter.
+
+ protected:
+  ~IPictavo3() = default;
+};
+
+/// Slots 73 to 87: layers, solid colours, statistics, chroma key, blur.
+struct IPictavo4 : IPictavo3 {
+  /// Slot 73. Mixes a layer into the destination over their common top-left rectangle. The checks
+  /// are in place; no mode is built yet.
+  /// @return PICTAVO_E_POINTER when the parameter record, a record or its data is null;
+  /// PICTAVO_S_OK at once when the opacity is 0; PICTAVO_E_INVALIDARG for mode 20, a mode above 23
+  /// or a record that holds a texture; PICTAVO_E_NOTIMPL for any other mode
+  virtual u32 BlendLayer(ImageDesc* dst, const ImageDesc* src,
+                         const BlendParam* param) noexcept = 0;
+
+  /// Slot 74. BlendLayer with the source sampled between pixels, at the fractions of the parameter
+  /// record. Modes 0 … 11, without 8. The checks are in place; no mode is built yet.
+  /// @return as BlendLayer; PICTAVO_E_INVALIDARG for mode 8 and modes above 11
+  virtual u32 BlendLayerSubpixel(ImageDesc* dst, const ImageDesc* src,
+                                 const BlendParam* param) noexcept = 0;
+
+  virtual u32 Reserved75() noexcept = 0;  ///< Slot 75. Two image records and a rectangle.
+  virtual u32 Reserved76() noexcept = 0;  ///< Slot 76.
+
+  /// Slot 77. Fills a picture with one colour. Not built yet.
+  virtual u32 FillSolidColor(u8* buffer, i32 width, i32 height, i32 pitch, u8 blue, u8 green,
+                             u8 red, u8 alpha) noexcept = 0;
+
+  virtual u32 Reserved78() noexcept = 0;  ///< Slot 78.
+  virtual u32 Reserved79() noexcept = 0;  ///< Slot 79. A geometric operation.
+  virtual u32 Reserved80() noexcept = 0;  ///< Slot 80. An operation with modes.
+  virtual u32 Reserved81() noexcept = 0;  ///< Slot 81. A geometric operation.
+
+  /// Slot 82. A picture's mean. Not built yet.
+  virtual u32 ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept = 0;
+
+  /// Slot 83.
+  virtual u32 Reserved83(const f32* values, u32 count, u32* result) noexcept = 0;
+
+  /// Slot 84.
+  virtual u32 Reserved84(const u8* buffer, i32 width, i32 height, i32 pitch, i32 option, u32 flags,
+                         f32* result) noexcept = 0;
+
+  /// Slot 85.
+  virtual u32 Reserved85(const u8* buffer, i32 width, i32 height, u32 first, u32 second, u32 third,
+                         u32* result, void* record) noexcept = 0;
+
+  /// Slot 86. Makes pixels near the key colours clear and takes the keys' spill off their border.
+  /// Not built yet.
+  /// @param format 1 for BGRA pictures, any other value for AYUV (bytes V, U, Y, A)
+  virtual u32 ApplyChromaKey(const ImageDesc* src, ImageDesc* dst, const ChromaKey* keys,
+                             i32 keyCount, i32 format) noexcept = 0;
+
+  /// Slot 87. Gaussian-like blur in place by three box blurs that leave clear pixels out. Not built
+  /// yet.
+  virtual u32 GaussianBlurBox3(u8* image, i32 width, i32 height, i32 pitch,
+                               f32 radius) noexcept = 0;
+
+ protected:
+  ~IPictavo4() = default;
+};
+
+/// Slots 88 to 97: colour conversion through ConvertUtility.dll.
+struct IPictavo5 : IPictavo4 {
+  virtual u32 Reserved88() noexcept = 0;  ///< Slot 88. Picture conversion; arguments to be fixed.
+  virtual u32 Reserved89() noexcept = 0;  ///< Slot 89. The twin of slot 88.
+  virtual u32 Reserved90() noexcept = 0;  ///< Slot 90. Conversion of one colour, three channels.
+  virtual u32 Reserved91() noexcept = 0;  ///< Slot 91. As slot 90, another conversion.
+  virtual u32 Reserved92() noexcept = 0;  ///< Slot 92. Conversion of one pixel.
+  virtual u32 Reserved93() noexcept = 0;  ///< Slot 93.
+  virtual u32 Reserved94() noexcept = 0;  ///< Slot 94.
+
+  /// Slot 95. One colour from hue (degrees), saturation and lightness to RGB. Not built yet.
+  virtual u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g,
+                              u8* b) noexcept = 0;
+
+  virtual u32 Reserved96() noexcept = 0;  ///< Slot 96. A resampling.
+  virtual u32 Reserved97() noexcept = 0;  ///< Slot 97. An operation on host surfaces.
+
+ protected:
+  ~IPictavo5() = default;
+};
+
+/// Slots 98 to 110: OpenCL and Direct3D 11. The arguments of the methods without any here are fixed
+/// when they are built.
+struct IPictavo6 : IPictavo5 {
+  virtual u32 ExtendBoundaryOpenCL() noexcept = 0;         ///< Slot 98. Not built yet.
+  virtual u32 Reserved99() noexcept = 0;                   ///< Slot 99.
+  virtual u32 TransformOpenCL() noexcept = 0;              ///< Slot 100. Not built yet.
+  virtual u32 Reserved101() noexcept = 0;                  ///< Slot 101. Host surfaces.
+  virtual u32 BilinearInterpolationOpenCL() noexcept = 0;  ///< Slot 102. Not built yet.
+  virtual u32 BoxBlurD3D() noexcept = 0;                   ///< Slot 103. Not built yet.
+  virtual u32 FastBlurOpenCL() noexcept = 0;               ///< Slot 104. Not built yet.
+  virtual u32 MemsetColorOpenCL() noexcept = 0;            ///< Slot 105. Not built yet.
+
+  /// Slot 106.
+  virtual u32 Reserved106(u8* dst, const u8* src, i64 count, u32 first, u32 second, u32 third,
+                          u32 fourth) noexcept = 0;
+
+  /// Slot 107. Slot 71 with the border's alpha cleared. Not built yet.
+  virtual u32 ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept = 0;
+
+  /// Slot 108. Runs one of the Direct3D operations 0 … 14. Not built yet; arguments beyond these
+  /// two are fixed when it is.
+  virtual u32 D3DComputeOp(i32 opCode, i32 subMode) noexcept = 0;
+
+  virtual u32 Reserved109() noexcept = 0;  ///< Slot 109. Expands a plane into 32-bit pixels.
+  virtual u32 Reserved110() noexcept = 0;  ///< Slot 110. Expands a plane into 32-bit pixels.
+
+ protected:
+  ~IPictavo6() = default;
+};
+
+/// Number of methods in the table that IPictavo6 completes.
+inline constexpr u32 PICTAVO_METHOD_COUNT = 111;
+
+}  // namespace pictavo
+
+/// @name Exports of Pictavo.dll
+/// The six create functions are one, and so are the six release functions: ask for the newest
+/// interface that your host was built with.
+///
+/// Create returns a new, independent object, or null when memory is short. The host owns it and
+/// gives it back through any release function, which ignores null and always returns 0.
+/// Thread-safe; a release must not overlap any call on the same object.
+/// @{
+extern "C" {
+PICTAVO_API pictavo::IPictavo* GetPictavo();
+PICTAVO_API pictavo::IPictavo2* GetPictavo2();
+PICTAVO_API pictavo::IPictavo3* GetPictavo3();
+PICTAVO_API pictavo::IPictavo4* GetPictavo4();
+PICTAVO_API pictavo::IPictavo5* GetPictavo5();
+PICTAVO_API pictavo::IPictavo6* GetPictavo6();
+PICTAVO_API int32_t ReleasePictavo(pictavo::IPictavo* object);
+PICTAVO_API int32_t ReleasePictavo2(pictavo::IPictavo2* object);
+PICTAVO_API int32_t ReleasePictavo3(pictavo::IPictavo3* object);
+PICTAVO_API int32_t ReleasePictavo4(pictavo::IPictavo4* object);
+PICTAVO_API int32_t ReleasePictavo5(pictavo::IPictavo5* object);
+PICTAVO_API int32_t ReleasePictavo6(pictavo::IPictavo6* object);
+}
+/// @}
+
+#endif  // PICTAVO_PICTAVO_H_

@@ -1,0 +1,375 @@
+#include "cpu/blend.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "cpu/numbers.h"
+#include "cpu/simd_avx2.h"
+#include "cpu/simd_sse2.h"
+#include "cpu/target_region.h"
+
+namespace pictavo::cpu {
+namespace {
+
+/// What the pixels of one row are blended with.
+struct BlendRow {
+  f32 factor = 1.0f;   // of the opacity ramp
+  f32 gain = 1.0f;     // opacity + 1 where the rule has an opacity byte …
+  i32 gainShift = 0;   // … and 8, the shift that takes it back
+  u32 backdrop = 0;    // a colour that stands in for the destination
+  u32 multiplier = 0;  // faded vector rows: weight = (source alpha * multiplier) >> 16
+};
+
+/// Blends `width` pixels of src into dst.
+using RowFn = void(u8* dst, const u8* src, i64 width, const BlendRow& row);
+
+// ---------------------------------------------------------------------------------------------
+// The rules. Weights may leave 0 … 255 when a ramp leaves 0 … 1; sums then wrap at 32 bits, which
+// keeps the stored low byte of a sum >> 8 exact.
+
+i32 Weight(u8 alpha, const BlendRow& row) {
+  return TruncateToI32(static_cast<f32>(alpha) * row.gain * row.factor) >> row.gainShift;
+}
+
+i32 Wrapped(i32 byte, i32 weight) {
+  return static_cast<i32>(static_cast<u32>(byte) * static_cast<u32>(weight));
+}
+
+u8 Mixed(u8 s, u8 d, i32 w) {
+  const u32 sum =
+      static_cast<u32>(s) * static_cast<u32>(w) + static_cast<u32>(d) * (256 - static_cast<u32>(w));
+  return static_cast<u8>(sum >> 8);
+}
+
+/// min(255, trunc(s * factor) + ((d * rest) >> 8)).
+u8 Added(u8 s, u8 d, u32 rest, f32 factor) {
+  const u32 sum = static_cast<u32>(TruncateToI32(static_cast<f32>(s) * factor)) +
+                  static_cast<u32>(Wrapped(d, static_cast<i32>(rest)) >> 8);
+  return static_cast<u8>(std::min(255, static_cast<i32>(sum)));
+}
+
+template <bool sourceAlpha>
+void OverRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
+  for (i64 x = 0; x < width; ++x, dst += 4, src += 4) {
+    const i32 w = Weight(src[3], row);
+    if (w == 255) {
+      std::memcpy(dst, src, 4);
+    } else if (w != 0) {
+      for (int c = 0; c < 3; ++c) dst[c] = Mixed(src[c], dst[c], w);
+      dst[3] = sourceAlpha ? src[3] : 255;
+    }
+  }
+}
+
+void PremultipliedRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
+  for (i64 x = 0; x < width; ++x, dst += 4, src += 4) {
+    const i32 w = Weight(src[3], row);
+    if (w == 255) {
+      std::memcpy(dst, src, 4);
+    } else if (w != 0) {
+      const u32 rest = 256 - static_cast<u32>(w);
+      for (int c = 0; c < 3; ++c) dst[c] = Added(src[c], dst[c], rest, row.factor);
+      dst[3] = 255;
+    }
+  }
+}
+
+void CompositeRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
+  for (i64 x = 0; x < width; ++x, dst += 4, src += 4) {
+    const i32 w = Weight(src[3], row);
+    if (w == 0) continue;
+    if (w == 255 || dst[3] == 0) {
+      std::memcpy(dst, src, 3);
+      dst[3] = static_cast<u8>(w);
+    } else {
+      const u32 rest = 255 - static_cast<u32>(w);
+      for (int c = 0; c < 3; ++c) dst[c] = Added(src[c], dst[c], rest, row.factor);
+      dst[3] = static_cast<u8>(255 - (Wrapped(255 - dst[3], static_cast<i32>(rest)) >> 8));
+    }
+  }
+}
+
+template <bool writeWeight, bool onBackdrop>
+void OpacityRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
+  u8 backdrop[4];
+  std::memcpy(backdrop, &row.backdrop, 4);
+  for (i64 x = 0; x < width; ++x, dst += 4, src += 4) {
+    const i32 w = Weight(src[3], row);
+    if (w == 255) {
+      std::memcpy(dst, src, 4);
+    } else if (w != 0) {
+      const u8* base = onBackdrop ? backdrop : dst;
+      for (int c = 0; c < 3; ++c) dst[c] = Mixed(src[c], base[c], w);
+      if (writeWeight) dst[3] = static_cast<u8>(w);
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// The vector builds.
+
+/// The over rule as the vector rows have it, by pairs and with saturated 16-bit sums, for the rows
+/// that they cannot take: ramps that leave 0 … 1.
+void OverPairsRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
+  for (i64 x = 0; x < width; x += 2) {
+    const i64 pixels = std::min<i64>(2, width - x);
+    u8* d = dst + 4 * x;
+    const u8* s = src + 4 * x;
+    const i32 weights[2] = {Weight(s[3], row), Weight(s[4 * pixels - 1], row)};
+    if (weights[0] == 255 && weights[1] == 255) {
+      std::memcpy(d, s, static_cast<size_t>(4 * pixels));
+    } else {
+      for (i64 i = 0; i < pixels; ++i) {
+        const i64 w = std::max(weights[i], 0);
+        for (i64 c = 4 * i; c < 4 * i + 3; ++c) {
+          const i64 sum = s[c] * w + d[c] * std::max<i64>(256 - w, 0);
+          d[c] = static_cast<u8>(std::min<i64>(sum, 0xFFFF) >> 8);
+        }
+      }
+    }
+  }
+}
+
+/// The vector rows of one rule: for a weight that is the source alpha, and for a faded one.
+struct RowBuilds {
+  RowFn* plain;
+  RowFn* faded;
+};
+
+/// One vector build of every rule.
+struct BlendBuilds {
+  RowBuilds over, overSourceAlpha, premultiplied, composite;
+  RowBuilds opacity, opacityOnBackdrop, opacityToAlpha, opacityToAlphaOnBackdrop;
+};
+
+}  // namespace
+
+namespace sse2 {
+namespace {
+#include "cpu/blend_rows.inl"
+}
+}  // namespace sse2
+
+TARGET_REGION("avx2")
+namespace avx2 {
+namespace {
+#include "cpu/blend_rows.inl"
+}
+}  // namespace avx2
+TARGET_REGION_END
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// The operations.
+
+struct BlendRule {
+  RowFn* portable;
+  RowBuilds BlendBuilds::*builds;
+  RowFn* vectorFallback;  // for rows without a multiplier, from level 3
+};
+
+constexpr BlendRule kOver = {OverRow<false>, &BlendBuilds::over, OverPairsRow};
+constexpr BlendRule kOverSourceAlpha = {OverRow<true>, &BlendBuilds::overSourceAlpha, nullptr};
+constexpr BlendRule kPremultiplied = {PremultipliedRow, &BlendBuilds::premultiplied,
+                                      PremultipliedRow};
+constexpr BlendRule kComposite = {CompositeRow, &BlendBuilds::composite, CompositeRow};
+constexpr BlendRule kOpacity[2][2] = {  // [write the weight into alpha][on a backdrop]
+    {{OpacityRow<false, false>, &BlendBuilds::opacity, OpacityRow<false, false>},
+     {OpacityRow<false, true>, &BlendBuilds::opacityOnBackdrop, OpacityRow<false, true>}},
+    {{OpacityRow<true, false>, &BlendBuilds::opacityToAlpha, OpacityRow<true, false>},
+     {OpacityRow<true, true>, &BlendBuilds::opacityToAlphaOnBackdrop, OpacityRow<true, true>}}};
+
+struct Pictures {
+  u8* dst;
+  const u8* src;
+  i64 width;
+  i64 height;
+  i64 dstPitch;
+  i64 srcPitch;
+
+  bool empty() const { return width < 1 || height < 1; }
+};
+
+struct Ramp {
+  f32 start = 1.0f;
+  f32 end = 1.0f;
+};
+
+/// Finds the multiplier whose (alpha * multiplier) >> 16 is the row's weight for every alpha.
+///
+/// A weight is the staircase floor(alpha * slope). Between the fractions with denominators up to
+/// 255, which lie more than 2^-16 apart, the slope does not matter, so one of the two multiples of
+/// 2^-16 around it gives the same steps. Only where single precision rounds a product up to the
+/// next integer may there be none.
+bool FindMultiplier(BlendRow* row) {
+  if (!(row->factor >= 0.0f && row->factor <= 1.0f)) return false;
+  std::array<std::uint16_t, 256> weights;
+  for (u32 a = 0; a < 256; ++a) {
+    const f32 product = static_cast<f32>(static_cast<i32>(a)) * row->gain * row->factor;
+    weights[a] = static_cast<std::uint16_t>(static_cast<i32>(product) >> row->gainShift);
+  }
+  const u32 slope = static_cast<u32>(row->gain * row->factor * 65536.0f) >> row->gainShift;
+  for (u32 multiplier = slope; multiplier <= std::min(slope + 1, 0xFFFFu); ++multiplier) {
+    u32 different = 0;
+    for (u32 a = 0; a < 256; ++a) different |= ((a * multiplier) >> 16) ^ weights[a];
+    if (different == 0) {
+      row->multiplier = multiplier;
+      return true;
+    }
+  }
+  return false;
+}
+
+RowFn* VectorRowFor(const BlendRule& rule, const RowBuilds& builds, BlendRow* row) {
+  const bool fullGain = row->gain == static_cast<f32>(1 << row->gainShift);
+  if (fullGain && row->factor == 1.0f) return builds.plain;
+  return FindMultiplier(row) ? builds.faded : rule.vectorFallback;
+}
+
+/// Blends row by row. The pictures must not be empty.
+void BlendRows(i32 level, const BlendRule& rule, Pictures p, Ramp ramp, BlendRow row) {
+  const RowBuilds* builds = level >= PICTAVO_LEVEL_AVX2   ? &(avx2::kBlendBuilds.*rule.builds)
+                            : level >= PICTAVO_LEVEL_SSE2 ? &(sse2::kBlendBuilds.*rule.builds)
+                                                          : nullptr;
+  RowFn* blendRow = rule.portable;
+  for (i64 r = 0; r < p.height; ++r, p.dst += p.dstPitch, p.src += p.srcPitch) {
+    const f32 factor =
+        static_cast<f32>(r) / static_cast<f32>(p.height) * (ramp.end - ramp.start) + ramp.start;
+    if (r == 0 || factor != row.factor) {
+      row.factor = factor;
+      if (builds != nullptr) blendRow = VectorRowFor(rule, *builds, &row);
+    }
+    blendRow(p.dst, p.src, p.width, row);
+  }
+}
+
+/// Starts the source at its last row and walks it upwards, if `flip` says so.
+Pictures Flipped(Pictures p, i32 flip) {
+  if (flip != 0) {
+    p.src += (p.height - 1) * p.srcPitch;
+    p.srcPitch = -p.srcPitch;
+  }
+  return p;
+}
+
+/// Blends at full opacity, or along a ramp.
+void Blend(i32 level, const BlendRule& rule, const Pictures& p, i32 flip = 0, Ramp ramp = {}) {
+  if (!p.empty()) BlendRows(level, rule, Flipped(p, flip), ramp, {});
+}
+
+/// Blends packed pictures, as one row. False when they cannot lie in memory.
+bool BlendPacked(i32 level, const BlendRule& rule, u8* dst, const u8* src, i32 width, i32 height) {
+  if (width < 1 || height < 1) return true;
+  if (!FitsInMemory(width, height)) return false;
+  Blend(level, rule, {dst, src, i64{width} * height, 1, 0, 0});
+  return true;
+}
+
+/// Blends with an opacity byte, over the destination or a backdrop colour.
+void BlendOpacity(i32 level, bool writeWeight, const Pictures& p, i32 flip, u8 opacity,
+                  u32 backdrop, Ramp ramp) {
+  const bool onBackdrop = backdrop >> 24 != 0;
+  BlendRow row;
+  row.gain = static_cast<f32>(opacity + 1);
+  row.gainShift = 8;
+  row.backdrop = backdrop;
+  if (!p.empty()) {
+    BlendRows(level, kOpacity[writeWeight][onBackdrop], Flipped(p, flip), ramp, row);
+  }
+}
+
+}  // namespace
+
+u32 BlendOverWithOpacityRamp(i32 level, u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
+                             i32 srcPitch, i32 flip, f32 opacityStart, f32 opacityEnd) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  Blend(level, kOver, {dst, src, width, height, dstPitch, srcPitch}, flip,
+        {opacityStart, opacityEnd});
+  return 1;
+}
+
+u32 BlendOverPacked(i32 level, u8* dst, const u8* src, i32 width, i32 height) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  return BlendPacked(level, kOverSourceAlpha, dst, src, width, height);
+}
+
+u32 BlendOverPitched(i32 level, u8* dst, const u8* src, i32 width, i32 height, i32 pitch) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  Blend(level, kOver, {dst, src, width, height, pitch, pitch});
+  return 1;
+}
+
+u32 BlendPremultipliedWithOpacityRamp(i32 level, u8* dst, const u8* src, i32 width, i32 height,
+                                      i32 dstPitch, i32 srcPitch, i32 flip, f32 opacityStart,
+                                      f32 opacityEnd) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  Blend(level, kPremultiplied, {dst, src, width, height, dstPitch, srcPitch}, flip,
+        {opacityStart, opacityEnd});
+  return 1;
+}
+
+u32 BlendPremultipliedPacked(i32 level, u8* dst, const u8* src, i32 width, i32 height) noexcept {
+  if (dst == nullptr || src == nullptr || width < 1 || height < 1) return 0;
+  return BlendPacked(level, kPremultiplied, dst, src, width, height);
+}
+
+u32 BlendPremultipliedPitched(i32 level, u8* dst, const u8* src, i32 width, i32 height,
+                              i32 pitch) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  if (pitch >= 1) Blend(level, kPremultiplied, {dst, src, width, height, pitch, pitch});
+  return 1;
+}
+
+u32 CompositePremultipliedWithOpacityRamp(i32 level, u8* dst, const u8* src, i32 width, i32 height,
+                                          i32 dstPitch, i32 srcPitch, i32 flip, f32 opacityStart,
+                                          f32 opacityEnd) noexcept {
+  if (dst == nullptr || src == nullptr || width < 1 || height < 1) return 0;
+  if (dstPitch < 1 || srcPitch < 1) return 0;
+  Blend(level, kComposite, {dst, src, width, height, dstPitch, srcPitch}, flip,
+        {opacityStart, opacityEnd});
+  return 1;
+}
+
+u32 CompositePremultipliedPitched(i32 level, u8* dst, const u8* src, i32 width, i32 height,
+                                  i32 pitch) noexcept {
+  if (dst == nullptr || src == nullptr || width < 1 || height < 1 || pitch < 1) return 0;
+  Blend(level, kComposite, {dst, src, width, height, pitch, pitch});
+  return 1;
+}
+
+u32 CompositePremultipliedPacked(i32 level, u8* dst, const u8* src, i32 width,
+                                 i32 height) noexcept {
+  if (dst == nullptr || src == nullptr || width < 1 || height < 1) return 0;
+  return BlendPacked(level, kComposite, dst, src, width, height);
+}
+
+u32 BlendOverWithOpacity(i32 level, u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
+                         i32 srcPitch, u8 opacity, u32 backdrop) noexcept {
+  if (dst == nullptr || src == nullptr || width < 1 || height < 1) return PICTAVO_E_FAIL;
+  BlendOpacity(level, false, {dst, src, width, height, dstPitch, srcPitch}, 0, opacity, backdrop,
+               {});
+  return PICTAVO_S_OK;
+}
+
+u32 BlendOverWithOpacityRampAndAlpha(i32 level, u8* dst, const u8* src, i32 width, i32 height,
+                                     i32 dstPitch, i32 srcPitch, u8 opacity, u32 backdrop, i32 flip,
+                                     f32 opacityStart, f32 opacityEnd) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  BlendOpacity(level, true, {dst, src, width, height, dstPitch, srcPitch}, flip, opacity, backdrop,
+               {opacityStart, opacityEnd});
+  return 1;
+}
+
+u32 BlendOverWithOpacityRampKeepAlpha(i32 level, u8* dst, const u8* src, i32 width, i32 height,
+                                      i32 dstPitch, i32 srcPitch, u8 opacity, u32 backdrop,
+                                      i32 flip, f32 opacityStart, f32 opacityEnd) noexcept {
+  if (dst == nullptr || src == nullptr) return 0;
+  BlendOpacity(level, false, {dst, src, width, height, dstPitch, srcPitch}, flip, opacity, backdrop,
+               {opacityStart, opacityEnd});
+  return 1;
+}
+
+}  // namespace pictavo::cpu

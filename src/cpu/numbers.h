@@ -1,0 +1,23 @@
+// Conversions and sizes of values that a host may make arbitrary.
+#ifndef PICTAVO_CPU_NUMBERS_H_
+#define PICTAVO_CPU_NUMBERS_H_
+
+#include <cstdint>
+
+#include "pictavo/pictavo.h"
+
+namespace pictavo::cpu {
+
+/// Truncates towards zero. What does not fit, and not-a-number, gives the most negative integer, as
+/// the processor's own conversions do.
+inline i32 TruncateToI32(f32 x) {
+  return x >= -2147483648.0f && x < 2147483648.0f ? static_cast<i32>(x) : INT32_MIN;
+}
+
+/// Whether width * height packed pixels of 4 bytes can lie in memory at all. Sizes must not be
+/// negative.
+inline bool FitsInMemory(i32 width, i32 height) { return i64{width} * height <= PTRDIFF_MAX / 4; }
+
+}  // namespace pictavo::cpu
+
+#endif  // PICTAVO_CPU_NUMBERS_H_

@@ -1,0 +1,216 @@
+// The interface table, in slot order: each method names the operation behind it. The methods about
+// the object itself stand in pictavo_object.cpp.
+#include "cpu/blend.h"
+#include "frame/pictavo_object.h"
+
+namespace pictavo {
+
+// IPictavo
+
+u32 Pictavo::BlendOverWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
+                                      i32 srcPitch, i32 flip, f32 opacityStart,
+                                      f32 opacityEnd) noexcept {
+  return cpu::BlendOverWithOpacityRamp(cpuLevel, dst, src, width, height, dstPitch, srcPitch, flip,
+                                       opacityStart, opacityEnd);
+}
+u32 Pictavo::BlendOverPacked(u8* dst, const u8* src, i32 width, i32 height) noexcept {
+  return cpu::BlendOverPacked(cpuLevel, dst, src, width, height);
+}
+u32 Pictavo::BlendOverPitched(u8* dst, const u8* src, i32 width, i32 height, i32 pitch) noexcept {
+  return cpu::BlendOverPitched(cpuLevel, dst, src, width, height, pitch);
+}
+u32 Pictavo::BlendPremultipliedWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height,
+                                               i32 dstPitch, i32 srcPitch, i32 flip,
+                                               f32 opacityStart, f32 opacityEnd) noexcept {
+  return cpu::BlendPremultipliedWithOpacityRamp(cpuLevel, dst, src, width, height, dstPitch,
+                                                srcPitch, flip, opacityStart, opacityEnd);
+}
+u32 Pictavo::BlendPremultipliedPacked(u8* dst, const u8* src, i32 width, i32 height) noexcept {
+  return cpu::BlendPremultipliedPacked(cpuLevel, dst, src, width, height);
+}
+u32 Pictavo::BlendPremultipliedPitched(u8* dst, const u8* src, i32 width, i32 height,
+                                       i32 pitch) noexcept {
+  return cpu::BlendPremultipliedPitched(cpuLevel, dst, src, width, height, pitch);
+}
+u32 Pictavo::CompositePremultipliedWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height,
+                                                   i32 dstPitch, i32 srcPitch, i32 flip,
+                                                   f32 opacityStart, f32 opacityEnd) noexcept {
+  return cpu::CompositePremultipliedWithOpacityRamp(cpuLevel, dst, src, width, height, dstPitch,
+                                                    srcPitch, flip, opacityStart, opacityEnd);
+}
+u32 Pictavo::CompositePremultipliedPitched(u8* dst, const u8* src, i32 width, i32 height,
+                                           i32 pitch) noexcept {
+  return cpu::CompositePremultipliedPitched(cpuLevel, dst, src, width, height, pitch);
+}
+u32 Pictavo::CompositePremultipliedPacked(u8* dst, const u8* src, i32 width, i32 height) noexcept {
+  return cpu::CompositePremultipliedPacked(cpuLevel, dst, src, width, height);
+}
+u32 Pictavo::BlendOverWithOpacity(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
+                                  i32 srcPitch, u8 opacity, u32 backdrop) noexcept {
+  return cpu::BlendOverWithOpacity(cpuLevel, dst, src, width, height, dstPitch, srcPitch, opacity,
+                                   backdrop);
+}
+u32 Pictavo::Reserved12() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved13() noexcept { return PICTAVO_E_NOTIMPL; }
+void Pictavo::ConvertRGBToYUVPixel(i32, i32, i32, u32*, u32*, u32*) noexcept {}
+void Pictavo::ConvertYUVToRGBPixel(i32, i32, i32, u32*, u32*, u32*) noexcept {}
+u32 Pictavo::UnpremultiplyPitched(u8*, i32, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::UnpremultiplyPacked(u8*, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::PremultiplyPitched(u8*, i32, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::PremultiplyPacked(u8*, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ConvertBGRAToYUVA(const u8*, u32, i32, i32, u8*, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ConvertBGRAToYUVAPortable(const u8*, u32, i32, i32, u8*, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved22() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved23() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved24() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved25() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved26() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved27() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved28() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ResizeBox16AlphaWeighted(u8*, i32, i32, i32, const u8*, i32, i32, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ResizeBilinear16(u8*, i32, i32, i32, const u8*, i32, i32, i32, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ResizeBilinear7(u8*, i32, i32, i32, const u8*, i32, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved32() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved33() noexcept { return PICTAVO_E_NOTIMPL; }
+void Pictavo::ConvertRGBToYUV4Pixels(const u8*, i32*, i32*, i32*) noexcept {}
+void Pictavo::ConvertRGBToYUVPixels(const u8*, i32*, i32*, i32*) noexcept {}
+u32 Pictavo::BlendOverWithOpacityRampAndAlpha(u8* dst, const u8* src, i32 width, i32 height,
+                                              i32 dstPitch, i32 srcPitch, u8 opacity, u32 backdrop,
+                                              i32 flip, f32 opacityStart, f32 opacityEnd) noexcept {
+  return cpu::BlendOverWithOpacityRampAndAlpha(cpuLevel, dst, src, width, height, dstPitch,
+                                               srcPitch, opacity, backdrop, flip, opacityStart,
+                                               opacityEnd);
+}
+u32 Pictavo::BlendOverWithOpacityRampKeepAlpha(u8* dst, const u8* src, i32 width, i32 height,
+                                               i32 dstPitch, i32 srcPitch, u8 opacity, u32 backdrop,
+                                               i32 flip, f32 opacityStart,
+                                               f32 opacityEnd) noexcept {
+  return cpu::BlendOverWithOpacityRampKeepAlpha(cpuLevel, dst, src, width, height, dstPitch,
+                                                srcPitch, opacity, backdrop, flip, opacityStart,
+                                                opacityEnd);
+}
+u32 Pictavo::Reserved38() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved39() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved40() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved41() noexcept { return PICTAVO_E_NOTIMPL; }
+
+// IPictavo2
+
+u32 Pictavo::ComputeHistogram(const u8*, u32, u32, u32, u32*, i32, u32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ComputeLumaHistogram(const u8*, u32, u32, u32, u32*, i32, u32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved45() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ConvertBGRAToGray(const u8*, i32, i32, i32, u32*, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved47() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::DrawRectOutline(u32*, i32, i32, u32, const i32*, u32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved49() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved50(const u8*, i32, i32, i32, u8*, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved51() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved52() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved53() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved54(const u8*, i32, i32, u8*, i32, u32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ResizeNearest32(u32*, i32, i32, i32, const u32*, i32, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved56() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ResizeBox16(u8*, i32, i32, i32, const u8*, i32, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ResizeBilinear16KeepAlpha(u8*, i32, i32, i32, const u8*, i32, i32, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved59(void*, void*, u32, u32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved60() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved61() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved62() noexcept { return PICTAVO_E_NOTIMPL; }
+
+// IPictavo3
+
+u32 Pictavo::MotionBlur(const ImageDesc*, ImageDesc*, const MotionBlurParam*) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::GetMotionBlurDstSize(const ImageDesc*, ImageDesc*, const MotionBlurParam*, i32*,
+                                  i32*) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved65() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved66() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved67() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved68() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved69() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved70() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ExtendBoundary(const ImageDesc*, u32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved72() noexcept { return PICTAVO_E_NOTIMPL; }
+
+// IPictavo4
+
+u32 Pictavo::Reserved75() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved76() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::FillSolidColor(u8*, i32, i32, i32, u8, u8, u8, u8) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved78() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved79() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved80() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved81() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ComputeMean(const u8*, i32, i32, f32*) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved83(const f32*, u32, u32*) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved84(const u8*, i32, i32, i32, i32, u32, f32*) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::Reserved85(const u8*, i32, i32, u32, u32, u32, u32*, void*) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ApplyChromaKey(const ImageDesc*, ImageDesc*, const ChromaKey*, i32, i32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::GaussianBlurBox3(u8*, i32, i32, i32, f32) noexcept { return PICTAVO_E_NOTIMPL; }
+
+// IPictavo5
+
+u32 Pictavo::Reserved88() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved89() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved90() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved91() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved92() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved93() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved94() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ConvertHSLToRGB(i32, u8, u8, u8*, u8*, u8*) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved96() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved97() noexcept { return PICTAVO_E_NOTIMPL; }
+
+// IPictavo6
+
+u32 Pictavo::ExtendBoundaryOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved99() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::TransformOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved101() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::BilinearInterpolationOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::BoxBlurD3D() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::FastBlurOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::MemsetColorOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved106(u8*, const u8*, i64, u32, u32, u32, u32) noexcept {
+  return PICTAVO_E_NOTIMPL;
+}
+u32 Pictavo::ExtendBoundaryTransparent(const ImageDesc*, u32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::D3DComputeOp(i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved109() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::Reserved110() noexcept { return PICTAVO_E_NOTIMPL; }
+}  // namespace pictavo
