@@ -1,8 +1,9 @@
 #include "cpu/blend.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
-#include <array>
-#include <cstdint>
+#include <bit>
 #include <cstring>
 
 #include "cpu/numbers.h"
@@ -110,8 +111,8 @@ void OpacityRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
 // ---------------------------------------------------------------------------------------------
 // The vector builds.
 
-/// The over rule as the vector rows have it, by pairs and with saturated 16-bit sums, for the rows
-/// that they cannot take: ramps that leave 0 … 1.
+/// The over rule as the vector rows have it, by pairs and with saturated 16-bit sums, for the
+/// factors outside 0 … 1 that they cannot take.
 void OverPairsRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
   for (i64 x = 0; x < width; x += 2) {
     const i64 pixels = std::min<i64>(2, width - x);
@@ -132,10 +133,11 @@ void OverPairsRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
   }
 }
 
-/// The vector rows of one rule: for a weight that is the source alpha, and for a faded one.
+/// The vector rows of one rule.
 struct RowBuilds {
-  RowFn* plain;
-  RowFn* faded;
+  RowFn* plain;  // the weight is the source alpha
+  RowFn* faded;  // … or less, by the row's multiplier
+  RowFn* exact;  // … or less, by the row's factor from 0 to 1
 };
 
 /// One vector build of every rule.
@@ -168,7 +170,7 @@ namespace {
 struct BlendRule {
   RowFn* portable;
   RowBuilds BlendBuilds::*builds;
-  RowFn* vectorFallback;  // for rows without a multiplier, from level 3
+  RowFn* wild;  // from level 3, for factors outside 0 … 1
 };
 
 constexpr BlendRule kOver = {OverRow<false>, &BlendBuilds::over, OverPairsRow};
@@ -198,35 +200,44 @@ struct Ramp {
   f32 end = 1.0f;
 };
 
+/// The alphas for which (alpha * lower) >> 16 and (alpha * (lower + 1)) >> 16 may differ, as bits
+/// of groups of eight: those where the low half of the product plus alpha carries.
+u32 AlphasInDoubt(u32 lower, u32 firstAlpha) {
+  const __m128i steps = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+  const __m128i alphas = _mm_add_epi16(_mm_set1_epi16(static_cast<short>(firstAlpha)), steps);
+  const __m128i low = _mm_mullo_epi16(alphas, _mm_set1_epi16(static_cast<short>(lower)));
+  const __m128i carried = _mm_cmpeq_epi16(_mm_adds_epu16(low, alphas), _mm_set1_epi16(-1));
+  return static_cast<u32>(_mm_movemask_epi8(_mm_packs_epi16(carried, _mm_setzero_si128())));
+}
+
 /// Finds the multiplier whose (alpha * multiplier) >> 16 is the row's weight for every alpha.
 ///
-/// A weight is the staircase floor(alpha * slope). Between the fractions with denominators up to
-/// 255, which lie more than 2^-16 apart, the slope does not matter, so one of the two multiples of
-/// 2^-16 around it gives the same steps. Only where single precision rounds a product up to the
-/// next integer may there be none.
+/// A weight is the staircase floor(alpha * slope). Its steps change only where the slope passes a
+/// fraction with a denominator up to 255. Those lie more than 2^-16 apart, so there is at most one
+/// between the multiples of 2^-16 around the slope, and one of the two has the slope's steps. They
+/// differ where AlphasInDoubt says; only there is the product near enough to an integer for single
+/// precision to round it up. If it does so for some alphas and not for others, none fits.
 bool FindMultiplier(BlendRow* row) {
-  if (!(row->factor >= 0.0f && row->factor <= 1.0f)) return false;
-  std::array<std::uint16_t, 256> weights;
-  for (u32 a = 0; a < 256; ++a) {
-    const f32 product = static_cast<f32>(static_cast<i32>(a)) * row->gain * row->factor;
-    weights[a] = static_cast<std::uint16_t>(static_cast<i32>(product) >> row->gainShift);
-  }
-  const u32 slope = static_cast<u32>(row->gain * row->factor * 65536.0f) >> row->gainShift;
-  for (u32 multiplier = slope; multiplier <= std::min(slope + 1, 0xFFFFu); ++multiplier) {
-    u32 different = 0;
-    for (u32 a = 0; a < 256; ++a) different |= ((a * multiplier) >> 16) ^ weights[a];
-    if (different == 0) {
-      row->multiplier = multiplier;
-      return true;
+  const double slope = double{row->gain} * row->factor / (1 << row->gainShift);  // below 1, exact
+  const u32 lower = static_cast<u32>(slope * 65536);
+  bool lowerFits = true, upperFits = lower < 0xFFFF;
+  for (u32 first = 0; first < 256; first += 8) {
+    for (u32 doubt = AlphasInDoubt(lower, first); doubt != 0; doubt &= doubt - 1) {
+      const u32 alpha = first + static_cast<u32>(std::countr_zero(doubt));
+      const u32 weight = static_cast<u32>(Weight(static_cast<u8>(alpha), *row));
+      lowerFits = lowerFits && (alpha * lower) >> 16 == weight;
+      upperFits = upperFits && (alpha * (lower + 1)) >> 16 == weight;
     }
   }
-  return false;
+  row->multiplier = lowerFits ? lower : lower + 1;
+  return lowerFits || upperFits;
 }
 
 RowFn* VectorRowFor(const BlendRule& rule, const RowBuilds& builds, BlendRow* row) {
+  if (!(row->factor >= 0.0f && row->factor <= 1.0f)) return rule.wild;
   const bool fullGain = row->gain == static_cast<f32>(1 << row->gainShift);
   if (fullGain && row->factor == 1.0f) return builds.plain;
-  return FindMultiplier(row) ? builds.faded : rule.vectorFallback;
+  return FindMultiplier(row) ? builds.faded : builds.exact;
 }
 
 /// Blends row by row. The pictures must not be empty.

@@ -6,170 +6,278 @@
 
 constexpr u32 kAlpha = 0xFF000000;
 constexpr u32 kColours = 0x00FFFFFF;
+constexpr u32 kWholeAlpha = 256u << 16;  // a weight of 256 for the alpha alone
 
 inline V Even(V pixels) { return pixels & V::All16(0xFF); }
 inline V Odd(V pixels) { return ShiftRight16(pixels, 8); }
 
 /// (s * w + d * (256 - w)) >> 8 per channel, as d + (s - d) * w / 256 modulo 2^16.
 inline V Mix(V s, V d, V evenWeight, V oddWeight) {
+  const V high = V::All16(0xFF00);
   const V even = Add16(Mul16(Sub16(Even(s), Even(d)), evenWeight), ShiftLeft16(d, 8));
-  const V odd = Add16(Mul16(Sub16(Odd(s), Odd(d)), oddWeight), AndNot(V::All16(0xFF), d));
-  return ShiftRight16(even, 8) | AndNot(V::All16(0xFF), odd);
+  const V odd = Add16(Mul16(Sub16(Odd(s), Odd(d)), oddWeight), d & high);
+  return ShiftRight16(even, 8) | (odd & high);
 }
 
 /// (d * w) >> 8 per channel.
 inline V Scale(V d, V weight) {
-  return ShiftRight16(Mul16(Even(d), weight), 8) | AndNot(V::All16(0xFF), Mul16(Odd(d), weight));
+  return ShiftRight16(Mul16(Even(d), weight), 8) | (Mul16(Odd(d), weight) & V::All16(0xFF00));
 }
 
-/// (s * multiplier) >> 16 per channel.
-inline V Fade(V s, V multiplier) {
-  return MulHigh16(Even(s), multiplier) | ShiftLeft16(MulHigh16(Odd(s), multiplier), 8);
+/// What the weights of a stretch of pixels are.
+enum class Weights {
+  kAny,    // the source alpha
+  kSoft,   // the source alpha, and no pixel is one that the rule treats apart
+  kFaded,  // (source alpha * multiplier) >> 16; never 255, since that takes a factor of 1
+  kExact,  // the same for rows without a multiplier: the product in single precision
+};
+
+constexpr bool IsFaded(Weights weights) {
+  return weights == Weights::kFaded || weights == Weights::kExact;
 }
 
-/// The source alpha in the low half of each pixel, faded if this row is.
-template <bool faded>
-V AlphaWeight(V s, V multiplier) {
-  const V alpha = ShiftRight32(s, 24);
-  return faded ? MulHigh16(alpha, multiplier) : alpha;
-}
-
-// A faded weight is never 255: that takes a factor of 1, which the plain rows handle.
-
-template <bool faded, bool sourceAlpha>
-struct OverRule {
-  static constexpr bool kCopiesOpaque = !faded;
+/// Applies a row's factor.
+template <Weights weights>
+struct Fader {
   V multiplier;
+  f32 gain, factor;
+  i32 gainShift;
 
-  explicit OverRule(const BlendRow& row) : multiplier(V::All16(row.multiplier)) {}
+  explicit Fader(const BlendRow& row)
+      : multiplier(V::All16(row.multiplier)),
+        gain(row.gain),
+        factor(row.factor),
+        gainShift(row.gainShift) {}
+
+  V Product(V bytes) const {
+    return ShiftRight32(TruncatedProduct32(bytes, gain, factor), gainShift);
+  }
+
+  /// The weight, in the low half of each pixel.
+  V Weight(V s) const {
+    const V alpha = ShiftRight32(s, 24);
+    if constexpr (weights == Weights::kFaded) return MulHigh16(alpha, multiplier);
+    if constexpr (weights == Weights::kExact) return Product(alpha);
+    return alpha;
+  }
+
+  /// Every channel as the alpha is weighted.
+  V Pixels(V s) const {
+    if constexpr (weights == Weights::kFaded) {
+      return MulHigh16(Even(s), multiplier) | ShiftLeft16(MulHigh16(Odd(s), multiplier), 8);
+    }
+    if constexpr (weights == Weights::kExact) {
+      const V low = V::All32(0xFF);
+      return Product(s & low) | ShiftLeft32(Product(ShiftRight32(s, 8) & low), 8) |
+             ShiftLeft32(Product(ShiftRight32(s, 16) & low), 16) |
+             ShiftLeft32(Product(ShiftRight32(s, 24)), 24);
+    }
+    return s;
+  }
+};
+
+// Each rule blends a vector of pixels. The pixels it treats apart have a source alpha of 255
+// (kApartOpaque) or 0 (kApartClear), or a destination alpha of 0 (kApartClearDst).
+
+template <bool sourceAlpha, Weights weights>
+struct OverRule {
+  static constexpr bool kApartOpaque = true, kApartClear = sourceAlpha, kApartClearDst = false;
+  Fader<weights> fader;
+
+  explicit OverRule(const BlendRow& row) : fader(row) {}
 
   V operator()(V s, V d) const {
-    V weight = AlphaWeight<faded>(s, multiplier);
-    V full = V::All32(0);
-    if constexpr (!faded) {
-      full = Equal32(weight, V::All32(255));
+    V weight = fader.Weight(s);
+    V alphaWeight = V::All32(sourceAlpha ? kWholeAlpha : 0);
+    if constexpr (sourceAlpha && weights != Weights::kSoft) {
+      const V clear = Equal32(weight, V::All32(0));
+      alphaWeight = AndNot(clear & SwapPairs(clear), alphaWeight);
+    }
+    if constexpr (weights == Weights::kAny) {
+      V full = Equal32(weight, V::All32(255));
       full = full & SwapPairs(full);
       weight = Sub32(weight, full);  // 256 where the pair is copied
-    }
-    V alphaWeight = full & V::All32(256u << 16);
-    if constexpr (sourceAlpha) {
-      V clear = Equal32(weight, V::All32(0));
-      clear = clear & SwapPairs(clear);
-      alphaWeight = AndNot(clear, V::All32(256u << 16));
+      alphaWeight = alphaWeight | (full & V::All32(kWholeAlpha));
     }
     return Mix(s, d, Repeat16(weight), weight | alphaWeight);
   }
 };
+template <Weights weights>
+using Over = OverRule<false, weights>;
+template <Weights weights>
+using OverSourceAlpha = OverRule<true, weights>;
 
-template <bool faded>
-struct PremultipliedRule {
-  static constexpr bool kCopiesOpaque = !faded;
-  V multiplier;
+template <Weights weights>
+struct Premultiplied {
+  static constexpr bool kApartOpaque = false, kApartClear = true, kApartClearDst = false;
+  Fader<weights> fader;
 
-  explicit PremultipliedRule(const BlendRow& row) : multiplier(V::All16(row.multiplier)) {}
+  explicit Premultiplied(const BlendRow& row) : fader(row) {}
 
-  V operator()(V s, V d) const {
-    if constexpr (faded) s = Fade(s, multiplier);
+  V operator()(V source, V d) const {
+    const V s = fader.Pixels(source);
     const V weight = ShiftRight32(s, 24);
-    const V rest = Sub16(V::All16(256), Repeat16(weight));
-    const V mixed = AddSaturated8(s, Scale(d, rest)) | V::All32(kAlpha);
-    return Select(Equal32(weight, V::All32(0)), mixed, d);
+    V added = s | V::All32(kAlpha);
+    // Nothing is added where the weight is 0; 256 - 0 then leaves the destination as it is.
+    if constexpr (weights != Weights::kSoft) added = AndNot(Equal32(weight, V::All32(0)), added);
+    return AddSaturated8(added, Scale(d, Sub16(V::All16(256), Repeat16(weight))));
   }
 };
 
-template <bool faded>
-struct CompositeRule {
-  static constexpr bool kCopiesOpaque = !faded;
-  V multiplier;
+template <Weights weights>
+struct Composite {
+  static constexpr bool kApartOpaque = false, kApartClear = true, kApartClearDst = true;
+  Fader<weights> fader;
 
-  explicit CompositeRule(const BlendRow& row) : multiplier(V::All16(row.multiplier)) {}
+  explicit Composite(const BlendRow& row) : fader(row) {}
 
   V operator()(V source, V d) const {
-    const V colours = V::All32(kColours), alpha = V::All32(kAlpha);
-    const V s = faded ? Fade(source, multiplier) : source;
+    const V colours = V::All32(kColours), alpha = V::All32(kAlpha), zero = V::All32(0);
+    const V s = fader.Pixels(source);
     const V weight = ShiftRight32(s, 24);
-    const V rest = Sub16(V::All16(255), Repeat16(weight));
     // With the alpha inverted on the way in and out, one product serves colours and alpha.
+    const V rest = V::All16(255) ^ Repeat16(weight);
     const V mixed = AddSaturated8(s & colours, Scale(d ^ alpha, rest) ^ alpha);
-    const V copied = faded ? (source & colours) | (s & alpha) : source;
-    const V zero = V::All32(0);
+    if constexpr (weights == Weights::kSoft) return mixed;
+    const V copied = IsFaded(weights) ? (source & colours) | (s & alpha) : source;
     const V laid = Select(Equal32(ShiftRight32(d, 24), zero), mixed, copied);
     return Select(Equal32(weight, zero), laid, d);
   }
 };
 
-template <bool faded, bool writeWeight, bool onBackdrop>
+template <bool writeWeight, bool onBackdrop, Weights weights>
 struct OpacityRule {
-  static constexpr bool kCopiesOpaque = !faded;
-  V multiplier, backdrop;
+  static constexpr bool kApartOpaque = true, kApartClear = writeWeight || onBackdrop,
+                        kApartClearDst = false;
+  Fader<weights> fader;
+  V backdrop;
 
   explicit OpacityRule(const BlendRow& row)
-      : multiplier(V::All16(row.multiplier)), backdrop(V::All32(row.backdrop & kColours)) {}
+      : fader(row), backdrop(V::All32(row.backdrop & kColours)) {}
 
   V operator()(V s, V d) const {
-    const V plain = AlphaWeight<faded>(s, multiplier);
-    const V full = faded ? V::All32(0) : Equal32(plain, V::All32(255));
-    const V weight = Sub32(plain, full);  // 256 where the pixel is copied
+    const V plain = fader.Weight(s);
+    V weight = plain, alphaWeight = V::All32(0);
+    if constexpr (weights == Weights::kAny) {
+      const V full = Equal32(plain, V::All32(255));
+      weight = Sub32(plain, full);  // 256 where the pixel is copied
+      alphaWeight = full & V::All32(kWholeAlpha);
+    }
     const V base = onBackdrop ? backdrop | (d & V::All32(kAlpha)) : d;
-    V mixed = Mix(s, base, Repeat16(weight), weight | (full & V::All32(256u << 16)));
+    V mixed = Mix(s, base, Repeat16(weight), weight | alphaWeight);
     if constexpr (writeWeight) mixed = (mixed & V::All32(kColours)) | ShiftLeft32(plain, 24);
-    if constexpr (!writeWeight && !onBackdrop) return mixed;
+    if constexpr (weights == Weights::kSoft || !kApartClear) return mixed;
     return Select(Equal32(plain, V::All32(0)), mixed, d);
   }
 };
+template <Weights weights>
+using Opacity = OpacityRule<false, false, weights>;
+template <Weights weights>
+using OpacityOnBackdrop = OpacityRule<false, true, weights>;
+template <Weights weights>
+using OpacityToAlpha = OpacityRule<true, false, weights>;
+template <Weights weights>
+using OpacityToAlphaOnBackdrop = OpacityRule<true, true, weights>;
 
-/// One row, or one packed picture. Blocks of four vectors that are all clear, or all opaque where
-/// that means a copy, cost one test.
+constexpr i64 kVectorBytes = V::kPixels * 4;
+constexpr i64 kBlockBytes = 4 * kVectorBytes;
+
+/// Four vectors, the stretch of pixels that one test covers.
+struct Block {
+  V v[4];
+
+  explicit Block(const u8* p) {
+    for (i64 i = 0; i < 4; ++i) v[i] = V::Load(p + i * kVectorBytes);
+  }
+  bool AllClear() const { return AlphasClear(v[0] | v[1] | v[2] | v[3]); }
+  bool AllOpaque() const { return AlphasOpaque(v[0] & v[1] & v[2] & v[3]); }
+  bool AnyOpaque() const {
+    return !AlphasClear(Equal8(Max8(Max8(v[0], v[1]), Max8(v[2], v[3])), V::All32(~0u)));
+  }
+  bool AnyClear() const {
+    return !AlphasClear(Equal8(Min8(Min8(v[0], v[1]), Min8(v[2], v[3])), V::All32(0)));
+  }
+};
+
 template <typename Rule>
+void BlendBlock(const Rule& rule, u8* dst, const Block& s, const Block& d) {
+  for (i64 i = 0; i < 4; ++i) rule(s.v[i], d.v[i]).Store(dst + i * kVectorBytes);
+}
+
+/// The rest of a row, less than a vector, through a vector of its own. A last pixel without a
+/// partner is its own partner: that makes the pair rules those of a single pixel.
+template <typename Rule>
+void BlendRest(const Rule& rule, u8* dst, const u8* src, i64 bytes) {
+  alignas(32) u8 s[kVectorBytes] = {}, d[kVectorBytes] = {};
+  const size_t count = static_cast<size_t>(bytes);
+  std::memcpy(s, src, count);
+  std::memcpy(d, dst, count);
+  if (count % 8 != 0) {
+    std::memcpy(s + count, s + count - 4, 4);
+    std::memcpy(d + count, d + count - 4, 4);
+  }
+  rule(V::Load(s), V::Load(d)).Store(d);
+  std::memcpy(dst, d, count);
+}
+
+/// Asks for the bytes a few blocks ahead: the arithmetic keeps the processor from looking as far by
+/// itself. An address outside the pictures is no fault.
+inline void Prefetch(const u8* p) {
+  constexpr i64 kAhead = 1024;
+  for (i64 i = 0; i < kBlockBytes; i += 64) {
+    _mm_prefetch(reinterpret_cast<const char*>(p) + kAhead + i, _MM_HINT_T0);
+  }
+}
+
+/// Whether the rule's short form does for a block. Alphas that are faded to 0 are too common for
+/// the question to pay in faded rows.
+template <typename Rule, Weights weights>
+bool IsSoft(const Block& s, const Block& d) {
+  return weights == Weights::kAny && !(Rule::kApartOpaque && s.AnyOpaque()) &&
+         !(Rule::kApartClear && s.AnyClear()) && !(Rule::kApartClearDst && d.AnyClear());
+}
+
+/// One row, or one packed picture. Blocks that are all clear, or all opaque where that means a
+/// copy, cost one test.
+template <template <Weights> typename Rule, Weights weights>
 void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
-  const Rule rule(row);
-  constexpr i64 kVectorBytes = V::kPixels * 4, kBlockBytes = 4 * kVectorBytes;
+  const Rule<weights> rule(row);
+  const Rule<Weights::kSoft> softRule(row);
   const i64 bytes = width * 4;
   i64 at = 0;
   for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
-    const u8* from = src + at;
-    u8* to = dst + at;
-    const V s[4] = {V::Load(from), V::Load(from + kVectorBytes), V::Load(from + 2 * kVectorBytes),
-                    V::Load(from + 3 * kVectorBytes)};
-    if (AllClear(s[0] | s[1] | s[2] | s[3])) continue;
-    if (Rule::kCopiesOpaque && AllOpaque(s[0] & s[1] & s[2] & s[3])) {
-      for (i64 i = 0; i < 4; ++i) s[i].Store(to + i * kVectorBytes);
+    Prefetch(src + at);
+    Prefetch(dst + at);
+    const Block s(src + at);
+    if (s.AllClear()) continue;
+    if (weights == Weights::kAny && s.AllOpaque()) {
+      for (i64 i = 0; i < 4; ++i) s.v[i].Store(dst + at + i * kVectorBytes);
       continue;
     }
-    for (i64 i = 0; i < 4; ++i) {
-      rule(s[i], V::Load(to + i * kVectorBytes)).Store(to + i * kVectorBytes);
+    const Block d(dst + at);
+    if (IsSoft<Rule<weights>, weights>(s, d)) {
+      BlendBlock(softRule, dst + at, s, d);
+    } else {
+      BlendBlock(rule, dst + at, s, d);
     }
   }
   for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
     rule(V::Load(src + at), V::Load(dst + at)).Store(dst + at);
   }
-  if (at == bytes) return;
-
-  // The rest goes through a vector of its own. A last pixel without a partner is its own partner:
-  // that makes the pair rules those of a single pixel.
-  alignas(32) u8 s[kVectorBytes] = {}, d[kVectorBytes] = {};
-  const i64 rest = bytes - at;
-  std::memcpy(s, src + at, static_cast<size_t>(rest));
-  std::memcpy(d, dst + at, static_cast<size_t>(rest));
-  if (rest % 8 != 0) {
-    std::memcpy(s + rest, s + rest - 4, 4);
-    std::memcpy(d + rest, d + rest - 4, 4);
-  }
-  rule(V::Load(s), V::Load(d)).Store(d);
-  std::memcpy(dst + at, d, static_cast<size_t>(rest));
+  if (at < bytes) BlendRest(rule, dst + at, src + at, bytes - at);
 }
 
+template <template <Weights> typename Rule>
+constexpr RowBuilds kRows = {VectorRow<Rule, Weights::kAny>, VectorRow<Rule, Weights::kFaded>,
+                             VectorRow<Rule, Weights::kExact>};
+
 constexpr BlendBuilds kBlendBuilds = {
-    .over = {VectorRow<OverRule<false, false>>, VectorRow<OverRule<true, false>>},
-    .overSourceAlpha = {VectorRow<OverRule<false, true>>, VectorRow<OverRule<true, true>>},
-    .premultiplied = {VectorRow<PremultipliedRule<false>>, VectorRow<PremultipliedRule<true>>},
-    .composite = {VectorRow<CompositeRule<false>>, VectorRow<CompositeRule<true>>},
-    .opacity = {VectorRow<OpacityRule<false, false, false>>,
-                VectorRow<OpacityRule<true, false, false>>},
-    .opacityOnBackdrop = {VectorRow<OpacityRule<false, false, true>>,
-                          VectorRow<OpacityRule<true, false, true>>},
-    .opacityToAlpha = {VectorRow<OpacityRule<false, true, false>>,
-                       VectorRow<OpacityRule<true, true, false>>},
-    .opacityToAlphaOnBackdrop = {VectorRow<OpacityRule<false, true, true>>,
-                                 VectorRow<OpacityRule<true, true, true>>},
+    .over = kRows<Over>,
+    .overSourceAlpha = kRows<OverSourceAlpha>,
+    .premultiplied = kRows<Premultiplied>,
+    .composite = kRows<Composite>,
+    .opacity = kRows<Opacity>,
+    .opacityOnBackdrop = kRows<OpacityOnBackdrop>,
+    .opacityToAlpha = kRows<OpacityToAlpha>,
+    .opacityToAlphaOnBackdrop = kRows<OpacityToAlphaOnBackdrop>,
 };

@@ -31,13 +31,21 @@ inline V Sub16(V a, V b) { return {_mm256_sub_epi16(a.v, b.v)}; }
 inline V Mul16(V a, V b) { return {_mm256_mullo_epi16(a.v, b.v)}; }
 inline V MulHigh16(V a, V b) { return {_mm256_mulhi_epu16(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm256_adds_epu8(a.v, b.v)}; }
+inline V Min8(V a, V b) { return {_mm256_min_epu8(a.v, b.v)}; }
+inline V Max8(V a, V b) { return {_mm256_max_epu8(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
+inline V Equal8(V a, V b) { return {_mm256_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm256_cmpeq_epi32(a.v, b.v)}; }
 
 inline V ShiftLeft16(V a, int bits) { return {_mm256_slli_epi16(a.v, bits)}; }
 inline V ShiftRight16(V a, int bits) { return {_mm256_srli_epi16(a.v, bits)}; }
 inline V ShiftLeft32(V a, int bits) { return {_mm256_slli_epi32(a.v, bits)}; }
 inline V ShiftRight32(V a, int bits) { return {_mm256_srli_epi32(a.v, bits)}; }
+
+inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
+  const auto scaled = _mm256_mul_ps(_mm256_cvtepi32_ps(a.v), _mm256_set1_ps(gain));
+  return {_mm256_cvttps_epi32(_mm256_mul_ps(scaled, _mm256_set1_ps(factor)))};
+}
 
 inline V SwapPairs(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }
 
@@ -48,8 +56,8 @@ inline V Repeat16(V a) {
 
 inline V Select(V mask, V a, V b) { return {_mm256_blendv_epi8(a.v, b.v, mask.v)}; }
 
-inline bool AllClear(V a) { return _mm256_testz_si256(a.v, V::All32(0xFF000000).v) != 0; }
-inline bool AllOpaque(V a) { return _mm256_testc_si256(a.v, V::All32(0xFF000000).v) != 0; }
+inline bool AlphasClear(V a) { return _mm256_testz_si256(a.v, V::All32(0xFF000000).v) != 0; }
+inline bool AlphasOpaque(V a) { return _mm256_testc_si256(a.v, V::All32(0xFF000000).v) != 0; }
 
 }  // namespace pictavo::cpu::avx2
 TARGET_REGION_END

@@ -32,14 +32,23 @@ inline V Sub16(V a, V b) { return {_mm_sub_epi16(a.v, b.v)}; }
 inline V Mul16(V a, V b) { return {_mm_mullo_epi16(a.v, b.v)}; }
 inline V MulHigh16(V a, V b) { return {_mm_mulhi_epu16(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm_adds_epu8(a.v, b.v)}; }
+inline V Min8(V a, V b) { return {_mm_min_epu8(a.v, b.v)}; }
+inline V Max8(V a, V b) { return {_mm_max_epu8(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
 /// All ones where equal, 0 elsewhere.
+inline V Equal8(V a, V b) { return {_mm_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm_cmpeq_epi32(a.v, b.v)}; }
 
 inline V ShiftLeft16(V a, int bits) { return {_mm_slli_epi16(a.v, bits)}; }
 inline V ShiftRight16(V a, int bits) { return {_mm_srli_epi16(a.v, bits)}; }
 inline V ShiftLeft32(V a, int bits) { return {_mm_slli_epi32(a.v, bits)}; }
 inline V ShiftRight32(V a, int bits) { return {_mm_srli_epi32(a.v, bits)}; }
+
+/// trunc(a * gain * factor) per 32-bit lane, in single precision and in this order.
+inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
+  const auto scaled = _mm_mul_ps(_mm_cvtepi32_ps(a.v), _mm_set1_ps(gain));
+  return {_mm_cvttps_epi32(_mm_mul_ps(scaled, _mm_set1_ps(factor)))};
+}
 
 /// Swaps pixels 0 and 1, 2 and 3, …
 inline V SwapPairs(V a) { return {_mm_shuffle_epi32(a.v, 0xB1)}; }
@@ -51,10 +60,10 @@ inline V Repeat16(V a) { return a | ShiftLeft32(a, 16); }
 inline V Select(V mask, V a, V b) { return AndNot(mask, a) | (mask & b); }
 
 /// Whether every pixel's alpha is 0, or 255.
-inline bool AllClear(V a) {
+inline bool AlphasClear(V a) {
   return (_mm_movemask_epi8(_mm_cmpeq_epi8(a.v, _mm_setzero_si128())) & 0x8888) == 0x8888;
 }
-inline bool AllOpaque(V a) {
+inline bool AlphasOpaque(V a) {
   return (_mm_movemask_epi8(_mm_cmpeq_epi8(a.v, _mm_set1_epi8(-1))) & 0x8888) == 0x8888;
 }
 
