@@ -200,8 +200,11 @@ struct Block {
 };
 
 template <typename Rule>
-void BlendBlock(const Rule& rule, u8* dst, const Block& s, const Block& d) {
-  for (i64 i = 0; i < 4; ++i) rule(s.v[i], d.v[i]).Store(dst + i * kVectorBytes);
+void BlendBlock(const Rule& rule, u8* dst, const Block& s) {
+  for (i64 i = 0; i < 4; ++i) {
+    u8* to = dst + i * kVectorBytes;
+    rule(s.v[i], V::Load(to)).Store(to);
+  }
 }
 
 /// The rest of a row, less than a vector, through a vector of its own. A last pixel without a
@@ -232,9 +235,9 @@ inline void Prefetch(const u8* p) {
 /// Whether the rule's short form does for a block. Alphas that are faded to 0 are too common for
 /// the question to pay in faded rows.
 template <typename Rule, Weights weights>
-bool IsSoft(const Block& s, const Block& d) {
+bool IsSoft(const Block& s, const u8* dst) {
   return weights == Weights::kAny && !(Rule::kApartOpaque && s.AnyOpaque()) &&
-         !(Rule::kApartClear && s.AnyClear()) && !(Rule::kApartClearDst && d.AnyClear());
+         !(Rule::kApartClear && s.AnyClear()) && !(Rule::kApartClearDst && Block(dst).AnyClear());
 }
 
 /// One row, or one packed picture. Blocks that are all clear, or all opaque where that means a
@@ -254,11 +257,10 @@ void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
       for (i64 i = 0; i < 4; ++i) s.v[i].Store(dst + at + i * kVectorBytes);
       continue;
     }
-    const Block d(dst + at);
-    if (IsSoft<Rule<weights>, weights>(s, d)) {
-      BlendBlock(softRule, dst + at, s, d);
+    if (IsSoft<Rule<weights>, weights>(s, dst + at)) {
+      BlendBlock(softRule, dst + at, s);
     } else {
-      BlendBlock(rule, dst + at, s, d);
+      BlendBlock(rule, dst + at, s);
     }
   }
   for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
