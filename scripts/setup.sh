@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs what building, testing and the demo need and this Debian machine lacks. The only place
+# that names packages.
+set -euo pipefail
+
+packages=(
+  cmake ninja-build g++                  # build
+  g++-mingw-w64-x86-64-posix             # … for Windows
+  wine wine64                            # run Windows programs
+  clang lld llvm libclang-rt-14-dev      # sanitizers, a host for the other ABI, import libraries
+  clang-format
+  googletest libbenchmark-dev            # tests and benchmarks
+  qemu-user                              # modelled old processors
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}"
+  as_root=
+  if [ "$(id -u)" -ne 0 ]; then as_root=sudo; fi
+  $as_root apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $as_root apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi

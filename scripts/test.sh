@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Sets up, checks the formatting, builds everything and runs every test.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/setup.sh
+scripts/format.sh --check
+for preset in native sanitize windows; do
+  echo "== Building $preset"
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset"
+done
+
+# One run over the three builds, so that there is one summary.
+echo 'subdirs(native sanitize windows)' > build/CTestTestfile.cmake
+ctest --test-dir build --output-on-failure
