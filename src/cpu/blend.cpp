@@ -20,7 +20,7 @@ struct BlendRow {
   f32 gain = 1.0f;     // opacity + 1 where the rule has an opacity byte …
   i32 gainShift = 0;   // … and 8, the shift that takes it back
   u32 backdrop = 0;    // a colour that stands in for the destination
-  u32 multiplier = 0;  // faded vector rows: weight = (source alpha * multiplier) >> 16
+  u32 multiplier = 0;  // of vector rows that have one: weight = (source alpha * multiplier) >> 16
 };
 
 /// Blends `width` pixels of src into dst.
@@ -135,9 +135,9 @@ void OverPairsRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
 
 /// The vector rows of one rule.
 struct RowBuilds {
-  RowFn* plain;  // the weight is the source alpha
-  RowFn* faded;  // … or less, by the row's multiplier
-  RowFn* exact;  // … or less, by the row's factor from 0 to 1
+  RowFn* plain;         // the weight is the source alpha
+  RowFn* byMultiplier;  // it is faded by the row's multiplier
+  RowFn* byProduct;     // it is faded by the row's factor, from 0 to 1
 };
 
 /// One vector build of every rule.
@@ -237,7 +237,7 @@ RowFn* VectorRowFor(const BlendRule& rule, const RowBuilds& builds, BlendRow* ro
   if (!(row->factor >= 0.0f && row->factor <= 1.0f)) return rule.wild;
   const bool fullGain = row->gain == static_cast<f32>(1 << row->gainShift);
   if (fullGain && row->factor == 1.0f) return builds.plain;
-  return FindMultiplier(row) ? builds.faded : builds.exact;
+  return FindMultiplier(row) ? builds.byMultiplier : builds.byProduct;
 }
 
 /// Blends row by row. The pictures must not be empty.

@@ -24,20 +24,15 @@ inline V Scale(V d, V weight) {
   return ShiftRight16(Mul16(Even(d), weight), 8) | (Mul16(Odd(d), weight) & V::All16(0xFF00));
 }
 
-/// What the weights of a stretch of pixels are.
-enum class Weights {
-  kAny,    // the source alpha
-  kSoft,   // the source alpha, and no pixel is one that the rule treats apart
-  kFaded,  // (source alpha * multiplier) >> 16; never 255, since that takes a factor of 1
-  kExact,  // the same for rows without a multiplier: the product in single precision
+/// How a weight comes from the source alpha.
+enum class Fade {
+  kNone,        // it is the source alpha
+  kMultiplier,  // (source alpha * multiplier) >> 16; never 255, since that takes a factor of 1
+  kProduct,     // the same for rows without a multiplier: the product in single precision
 };
 
-constexpr bool IsFaded(Weights weights) {
-  return weights == Weights::kFaded || weights == Weights::kExact;
-}
-
 /// Applies a row's factor.
-template <Weights weights>
+template <Fade fade>
 struct Fader {
   V multiplier;
   f32 gain, factor;
@@ -56,17 +51,17 @@ struct Fader {
   /// The weight, in the low half of each pixel.
   V Weight(V s) const {
     const V alpha = ShiftRight32(s, 24);
-    if constexpr (weights == Weights::kFaded) return MulHigh16(alpha, multiplier);
-    if constexpr (weights == Weights::kExact) return Product(alpha);
+    if constexpr (fade == Fade::kMultiplier) return MulHigh16(alpha, multiplier);
+    if constexpr (fade == Fade::kProduct) return Product(alpha);
     return alpha;
   }
 
   /// Every channel as the alpha is weighted.
   V Pixels(V s) const {
-    if constexpr (weights == Weights::kFaded) {
+    if constexpr (fade == Fade::kMultiplier) {
       return MulHigh16(Even(s), multiplier) | ShiftLeft16(MulHigh16(Odd(s), multiplier), 8);
     }
-    if constexpr (weights == Weights::kExact) {
+    if constexpr (fade == Fade::kProduct) {
       const V low = V::All32(0xFF);
       return Product(s & low) | ShiftLeft32(Product(ShiftRight32(s, 8) & low), 8) |
              ShiftLeft32(Product(ShiftRight32(s, 16) & low), 16) |
@@ -76,24 +71,26 @@ struct Fader {
   }
 };
 
-// Each rule blends a vector of pixels. The pixels it treats apart have a source alpha of 255
-// (kApartOpaque) or 0 (kApartClear), or a destination alpha of 0 (kApartClearDst).
+// Each rule blends a vector of pixels. Some pixels it treats apart: those with a source alpha of
+// 255 (kApartOpaque) or 0 (kApartClear), or with a destination alpha of 0 (kApartClearDst). A
+// `soft` stretch holds none of them, and the rule is shorter there; but a faded weight may still be
+// 0.
 
-template <bool sourceAlpha, Weights weights>
+template <bool sourceAlpha, Fade fade, bool soft>
 struct OverRule {
   static constexpr bool kApartOpaque = true, kApartClear = sourceAlpha, kApartClearDst = false;
-  Fader<weights> fader;
+  Fader<fade> fader;
 
   explicit OverRule(const BlendRow& row) : fader(row) {}
 
   V operator()(V s, V d) const {
     V weight = fader.Weight(s);
     V alphaWeight = V::All32(sourceAlpha ? kWholeAlpha : 0);
-    if constexpr (sourceAlpha && weights != Weights::kSoft) {
+    if constexpr (sourceAlpha && !soft) {
       const V clear = Equal32(weight, V::All32(0));
       alphaWeight = AndNot(clear & SwapPairs(clear), alphaWeight);
     }
-    if constexpr (weights == Weights::kAny) {
+    if constexpr (fade == Fade::kNone && !soft) {
       V full = Equal32(weight, V::All32(255));
       full = full & SwapPairs(full);
       weight = Sub32(weight, full);  // 256 where the pair is copied
@@ -102,15 +99,15 @@ struct OverRule {
     return Mix(s, d, Repeat16(weight), weight | alphaWeight);
   }
 };
-template <Weights weights>
-using Over = OverRule<false, weights>;
-template <Weights weights>
-using OverSourceAlpha = OverRule<true, weights>;
+template <Fade fade, bool soft>
+using Over = OverRule<false, fade, soft>;
+template <Fade fade, bool soft>
+using OverSourceAlpha = OverRule<true, fade, soft>;
 
-template <Weights weights>
+template <Fade fade, bool soft>
 struct Premultiplied {
   static constexpr bool kApartOpaque = false, kApartClear = true, kApartClearDst = false;
-  Fader<weights> fader;
+  Fader<fade> fader;
 
   explicit Premultiplied(const BlendRow& row) : fader(row) {}
 
@@ -119,15 +116,15 @@ struct Premultiplied {
     const V weight = ShiftRight32(s, 24);
     V added = s | V::All32(kAlpha);
     // Nothing is added where the weight is 0; 256 - 0 then leaves the destination as it is.
-    if constexpr (weights != Weights::kSoft) added = AndNot(Equal32(weight, V::All32(0)), added);
+    if constexpr (fade != Fade::kNone || !soft) added = AndNot(Equal32(weight, V::All32(0)), added);
     return AddSaturated8(added, Scale(d, Sub16(V::All16(256), Repeat16(weight))));
   }
 };
 
-template <Weights weights>
+template <Fade fade, bool soft>
 struct Composite {
   static constexpr bool kApartOpaque = false, kApartClear = true, kApartClearDst = true;
-  Fader<weights> fader;
+  Fader<fade> fader;
 
   explicit Composite(const BlendRow& row) : fader(row) {}
 
@@ -138,18 +135,21 @@ struct Composite {
     // With the alpha inverted on the way in and out, one product serves colours and alpha.
     const V rest = V::All16(255) ^ Repeat16(weight);
     const V mixed = AddSaturated8(s & colours, Scale(d ^ alpha, rest) ^ alpha);
-    if constexpr (weights == Weights::kSoft) return mixed;
-    const V copied = IsFaded(weights) ? (source & colours) | (s & alpha) : source;
-    const V laid = Select(Equal32(ShiftRight32(d, 24), zero), mixed, copied);
+    V laid = mixed;
+    if constexpr (!soft) {
+      const V copied = fade == Fade::kNone ? source : (source & colours) | (s & alpha);
+      laid = Select(Equal32(ShiftRight32(d, 24), zero), mixed, copied);
+    }
+    if constexpr (fade == Fade::kNone && soft) return laid;
     return Select(Equal32(weight, zero), laid, d);
   }
 };
 
-template <bool writeWeight, bool onBackdrop, Weights weights>
+template <bool writeWeight, bool onBackdrop, Fade fade, bool soft>
 struct OpacityRule {
   static constexpr bool kApartOpaque = true, kApartClear = writeWeight || onBackdrop,
                         kApartClearDst = false;
-  Fader<weights> fader;
+  Fader<fade> fader;
   V backdrop;
 
   explicit OpacityRule(const BlendRow& row)
@@ -158,7 +158,7 @@ struct OpacityRule {
   V operator()(V s, V d) const {
     const V plain = fader.Weight(s);
     V weight = plain, alphaWeight = V::All32(0);
-    if constexpr (weights == Weights::kAny) {
+    if constexpr (fade == Fade::kNone && !soft) {
       const V full = Equal32(plain, V::All32(255));
       weight = Sub32(plain, full);  // 256 where the pixel is copied
       alphaWeight = full & V::All32(kWholeAlpha);
@@ -166,18 +166,18 @@ struct OpacityRule {
     const V base = onBackdrop ? backdrop | (d & V::All32(kAlpha)) : d;
     V mixed = Mix(s, base, Repeat16(weight), weight | alphaWeight);
     if constexpr (writeWeight) mixed = (mixed & V::All32(kColours)) | ShiftLeft32(plain, 24);
-    if constexpr (weights == Weights::kSoft || !kApartClear) return mixed;
+    if constexpr (!kApartClear || (fade == Fade::kNone && soft)) return mixed;
     return Select(Equal32(plain, V::All32(0)), mixed, d);
   }
 };
-template <Weights weights>
-using Opacity = OpacityRule<false, false, weights>;
-template <Weights weights>
-using OpacityOnBackdrop = OpacityRule<false, true, weights>;
-template <Weights weights>
-using OpacityToAlpha = OpacityRule<true, false, weights>;
-template <Weights weights>
-using OpacityToAlphaOnBackdrop = OpacityRule<true, true, weights>;
+template <Fade fade, bool soft>
+using Opacity = OpacityRule<false, false, fade, soft>;
+template <Fade fade, bool soft>
+using OpacityOnBackdrop = OpacityRule<false, true, fade, soft>;
+template <Fade fade, bool soft>
+using OpacityToAlpha = OpacityRule<true, false, fade, soft>;
+template <Fade fade, bool soft>
+using OpacityToAlphaOnBackdrop = OpacityRule<true, true, fade, soft>;
 
 constexpr i64 kVectorBytes = V::kPixels * 4;
 constexpr i64 kBlockBytes = 4 * kVectorBytes;
@@ -232,20 +232,21 @@ inline void Prefetch(const u8* p) {
   }
 }
 
-/// Whether the rule's short form does for a block. Alphas that are faded to 0 are too common for
-/// the question to pay in faded rows.
-template <typename Rule, Weights weights>
+/// Whether a block is soft. That it holds a source alpha of 0 or 255 matters to plain rows only.
+template <typename Rule, Fade fade>
 bool IsSoft(const Block& s, const u8* dst) {
-  return weights == Weights::kAny && !(Rule::kApartOpaque && s.AnyOpaque()) &&
-         !(Rule::kApartClear && s.AnyClear()) && !(Rule::kApartClearDst && Block(dst).AnyClear());
+  constexpr bool plain = fade == Fade::kNone;
+  return !(plain && Rule::kApartOpaque && s.AnyOpaque()) &&
+         !(plain && Rule::kApartClear && s.AnyClear()) &&
+         !(Rule::kApartClearDst && Block(dst).AnyClear());
 }
 
 /// One row, or one packed picture. Blocks that are all clear, or all opaque where that means a
 /// copy, cost one test.
-template <template <Weights> typename Rule, Weights weights>
+template <template <Fade, bool> typename Rule, Fade fade>
 void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
-  const Rule<weights> rule(row);
-  const Rule<Weights::kSoft> softRule(row);
+  const Rule<fade, false> rule(row);
+  const Rule<fade, true> softRule(row);
   const i64 bytes = width * 4;
   i64 at = 0;
   for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
@@ -253,11 +254,11 @@ void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
     Prefetch(dst + at);
     const Block s(src + at);
     if (s.AllClear()) continue;
-    if (weights == Weights::kAny && s.AllOpaque()) {
+    if (fade == Fade::kNone && s.AllOpaque()) {
       for (i64 i = 0; i < 4; ++i) s.v[i].Store(dst + at + i * kVectorBytes);
       continue;
     }
-    if (IsSoft<Rule<weights>, weights>(s, dst + at)) {
+    if (IsSoft<Rule<fade, false>, fade>(s, dst + at)) {
       BlendBlock(softRule, dst + at, s);
     } else {
       BlendBlock(rule, dst + at, s);
@@ -269,13 +270,13 @@ void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
   if (at < bytes) BlendRest(rule, dst + at, src + at, bytes - at);
 }
 
-template <template <Weights> typename Rule>
-constexpr RowBuilds kRows = {VectorRow<Rule, Weights::kAny>, VectorRow<Rule, Weights::kFaded>,
-                             VectorRow<Rule, Weights::kExact>};
+template <template <Fade, bool> typename Rule>
+constexpr RowBuilds kRows = {VectorRow<Rule, Fade::kNone>, VectorRow<Rule, Fade::kMultiplier>,
+                             VectorRow<Rule, Fade::kProduct>};
 
 constexpr BlendBuilds kBlendBuilds = {
     .over = kRows<Over>,
-    .overSourceAlpha = kRows<OverSourceAlpha>,
+    .overSourceAlpha = {VectorRow<OverSourceAlpha, Fade::kNone>, nullptr, nullptr},  // never faded
     .premultiplied = kRows<Premultiplied>,
     .composite = kRows<Composite>,
     .opacity = kRows<Opacity>,
