@@ -1,0 +1,279 @@
+// Pictavo.dll as a host meets it: through its exports and the public header alone.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "module_folder.h"
+#include "pictavo/pictavo.h"
+
+namespace pictavo::test {
+namespace {
+
+/// What lies at an address relative to a loaded module.
+template <typename T>
+const T* At(HMODULE module, DWORD address) {
+  return reinterpret_cast<const T*>(reinterpret_cast<const u8*>(module) + address);
+}
+
+template <typename T>
+const T* Directory(HMODULE module, int index) {
+  const LONG header = At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew;
+  const auto* nt = At<IMAGE_NT_HEADERS64>(module, static_cast<DWORD>(header));
+  return At<T>(module, nt->OptionalHeader.DataDirectory[index].VirtualAddress);
+}
+
+std::vector<std::string> Exports(HMODULE module) {
+  const auto* table = Directory<IMAGE_EXPORT_DIRECTORY>(module, IMAGE_DIRECTORY_ENTRY_EXPORT);
+  const auto* names = At<DWORD>(module, table->AddressOfNames);
+  std::vector<std::string> exports;
+  for (DWORD i = 0; i < table->NumberOfNames; ++i) exports.emplace_back(At<char>(module, names[i]));
+  return exports;
+}
+
+std::vector<std::string> Imports(HMODULE module) {
+  std::vector<std::string> imports;
+  const auto* entry = Directory<IMAGE_IMPORT_DESCRIPTOR>(module, IMAGE_DIRECTORY_ENTRY_IMPORT);
+  for (; entry->Name != 0; ++entry) imports.emplace_back(At<char>(module, entry->Name));
+  return imports;
+}
+
+struct File {
+  const wchar_t* name;
+  std::vector<std::string> exports;  // sorted
+} const kFiles[] = {
+    {L"Pictavo.dll",
+     {"GetPictavo", "GetPictavo2", "GetPictavo3", "GetPictavo4", "GetPictavo5", "GetPictavo6",
+      "ReleasePictavo", "ReleasePictavo2", "ReleasePictavo3", "ReleasePictavo4", "ReleasePictavo5",
+      "ReleasePictavo6"}},
+    {L"CPUIstructionSetDetect.dll", {"AllocateCPUISDetectUtility", "ReleaseCPUISDetectUtility"}},
+    {L"VKTMemMgr.dll", {"CreateVKTMemMgr5", "ReleaseVKTMemMgr5"}},
+};
+
+TEST(Files, ExportTheirPlainNamesOnlyAndNeedOnlyTheSystem) {
+  wchar_t system[MAX_PATH], path[MAX_PATH];
+  GetSystemDirectoryW(system, MAX_PATH);
+  for (const auto& file : kFiles) {
+    const RealModule module(file.name);
+    EXPECT_EQ(Exports(module.handle()), file.exports);
+    for (const auto& import : Imports(module.handle())) {
+      GetModuleFileNameW(GetModuleHandleA(import.c_str()), path, MAX_PATH);
+      EXPECT_EQ(_wcsnicmp(path, system, wcslen(system)), 0) << import;
+    }
+  }
+  const RealModule module(L"Pictavo.dll");
+  for (const auto& name : kFiles[0].exports) {
+    const char* same = name.starts_with("Get") ? "GetPictavo" : "ReleasePictavo";
+    EXPECT_EQ(module.Entry<void()>(name.c_str()), module.Entry<void()>(same)) << name;
+  }
+}
+
+TEST(Files, StateTheirVersion) {
+  for (const auto& file : kFiles) {
+    const RealModule module(file.name);
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(module.handle(), path, MAX_PATH);
+    std::vector<u8> block(GetFileVersionInfoSizeW(path, nullptr));
+    ASSERT_TRUE(GetFileVersionInfoW(path, 0, static_cast<DWORD>(block.size()), block.data()));
+    void* version = nullptr;
+    UINT length = 0;
+    ASSERT_TRUE(VerQueryValueA(block.data(), "\\StringFileInfo\\040904b0\\ProductVersion", &version,
+                               &length));
+    EXPECT_STREQ(static_cast<const char*>(version), PICTAVO_VERSION);
+  }
+}
+
+class Object : public testing::Test {
+ protected:
+  ~Object() override { EXPECT_EQ(release_(object_), 0); }
+
+  const RealModule module_{L"Pictavo.dll"};
+  IPictavo6* (*create_)() = module_.Entry<IPictavo6*()>("GetPictavo6");
+  int32_t (*release_)(IPictavo6*) = module_.Entry<int32_t(IPictavo6*)>("ReleasePictavo6");
+  IPictavo6* object_ = create_();
+};
+
+TEST_F(Object, KeepsItsOwnLevel) {
+  IPictavo6* other = create_();
+  ASSERT_NE(other, nullptr);
+  const i32 detected = other->GetCPULevel();
+  for (const i32 level : {0, 8, -1, 1000, INT32_MIN, detected + 1}) {
+    object_->SetCPULevel(level);
+    EXPECT_EQ(object_->GetCPULevel(), level);
+    EXPECT_EQ(other->GetCPULevel(), detected);
+  }
+  object_->DetectInstructionSet();
+  EXPECT_EQ(object_->GetCPULevel(), detected);
+  EXPECT_EQ(release_(other), 0);
+  EXPECT_EQ(release_(nullptr), 0);
+}
+
+TEST_F(Object, DetectsTheProcessorWhereItsModuleIs) {
+  EXPECT_EQ(object_->GetCPULevel(), __builtin_cpu_supports("avx2")     ? 8
+                                    : __builtin_cpu_supports("sse4.2") ? 7
+                                    : __builtin_cpu_supports("sse4.1") ? 6
+                                    : __builtin_cpu_supports("ssse3")  ? 5
+                                    : __builtin_cpu_supports("sse3")   ? 4
+                                                                       : 3);
+  release_(object_);
+  FindModulesIn(kNoModules);
+  object_ = create_();
+  EXPECT_EQ(object_->GetCPULevel(), 0);
+}
+
+/// The places of methods in the table: a pointer to a virtual method holds the offset, plus one.
+template <typename... Methods>
+std::vector<std::size_t> SlotsOf(Methods... methods) {
+  return {std::bit_cast<std::array<std::size_t, 2>>(methods)[0] / sizeof(void*)...};
+}
+
+TEST(Table, HasEachMethodAtItsSlot) {
+  using P = IPictavo6;
+  EXPECT_EQ(
+      SlotsOf(&P::DetectInstructionSet, &P::GetCPULevel, &P::BlendOverWithOpacityRamp,
+              &P::BlendOverPacked, &P::BlendOverPitched, &P::BlendPremultipliedWithOpacityRamp,
+              &P::BlendPremultipliedPacked, &P::BlendPremultipliedPitched,
+              &P::CompositePremultipliedWithOpacityRamp, &P::CompositePremultipliedPitched,
+              &P::CompositePremultipliedPacked, &P::BlendOverWithOpacity, &P::ConvertRGBToYUVPixel,
+              &P::ConvertYUVToRGBPixel, &P::UnpremultiplyPitched, &P::UnpremultiplyPacked,
+              &P::PremultiplyPitched, &P::PremultiplyPacked, &P::ConvertBGRAToYUVA,
+              &P::ConvertBGRAToYUVAPortable, &P::ResizeBox16AlphaWeighted, &P::ResizeBilinear16,
+              &P::ResizeBilinear7, &P::ConvertRGBToYUV4Pixels, &P::ConvertRGBToYUVPixels,
+              &P::BlendOverWithOpacityRampAndAlpha, &P::BlendOverWithOpacityRampKeepAlpha,
+              &P::SetCPULevel, &P::ComputeHistogram, &P::ComputeLumaHistogram,
+              &P::ConvertBGRAToGray, &P::DrawRectOutline, &P::ResizeNearest32, &P::ResizeBox16,
+              &P::ResizeBilinear16KeepAlpha, &P::MotionBlur, &P::GetMotionBlurDstSize,
+              &P::ExtendBoundary, &P::BlendLayer, &P::BlendLayerSubpixel, &P::FillSolidColor,
+              &P::ComputeMean, &P::ApplyChromaKey, &P::GaussianBlurBox3, &P::ConvertHSLToRGB,
+              &P::ExtendBoundaryOpenCL, &P::TransformOpenCL, &P::BilinearInterpolationOpenCL,
+              &P::BoxBlurD3D, &P::FastBlurOpenCL, &P::MemsetColorOpenCL,
+              &P::ExtendBoundaryTransparent, &P::D3DComputeOp),
+      (std::vector<std::size_t>{0,  1,  2,  3,  4,   5,   6,   7,   8,   9,   10, 11, 14, 15,
+                                16, 17, 18, 19, 20,  21,  29,  30,  31,  34,  35, 36, 37, 42,
+                                43, 44, 46, 48, 55,  57,  58,  63,  64,  71,  73, 74, 77, 82,
+                                86, 87, 95, 98, 100, 102, 103, 104, 105, 107, 108}));
+  EXPECT_EQ(SlotsOf(&P::Reserved110)[0] + 1, PICTAVO_METHOD_COUNT);
+}
+
+TEST_F(Object, AnswersWhatItHasNotBuilt) {
+  using Word = std::uintptr_t;  // as wide as any argument
+  using Method = u32(void*, Word, Word, Word, Word, Word, Word, Word, Word, Word, Word);
+  Method* const* table = *reinterpret_cast<Method***>(object_);
+  const std::set<u32> built = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 36, 37, 42, 73, 74};
+  const std::set<u32> silent = {14, 15, 34, 35};
+  for (const Word a : {Word{0}, ~Word{0}}) {
+    for (u32 slot = 0; slot < PICTAVO_METHOD_COUNT; ++slot) {
+      if (built.contains(slot) || silent.contains(slot)) continue;
+      EXPECT_EQ(table[slot](object_, a, a, a, a, a, a, a, a, a, a), PICTAVO_E_NOTIMPL) << slot;
+    }
+  }
+  const u8 pixels[16] = {1, 2, 3};
+  i32 out[12];
+  std::fill(std::begin(out), std::end(out), -77);
+  u32* colour = reinterpret_cast<u32*>(out);
+  object_->ConvertRGBToYUVPixel(1, 2, 3, colour, colour + 1, colour + 2);
+  object_->ConvertYUVToRGBPixel(1, 2, 3, colour, colour + 1, colour + 2);
+  object_->ConvertRGBToYUV4Pixels(pixels, out, out + 4, out + 8);
+  object_->ConvertRGBToYUVPixels(pixels, out, out + 4, out + 8);
+  EXPECT_EQ(std::count(std::begin(out), std::end(out), -77), 12);
+}
+
+TEST_F(Object, BlendsByTheRuleOfEachSlot) {
+  constexpr i32 kDst = 8, kSrc = 4;  // pitches; where there is one for both, it is kDst
+  constexpr f32 kStart = 0.25f, kEnd = 1.0f;
+  constexpr u8 kOpacity = 200;
+  constexpr u32 kBackdrop = 0xFF204060;
+  using P = IPictavo;
+  const u32 src[] = {0xC8643219, 0x80503C28, 0x60402010, 0xA0907050};
+  std::array<u32, 4> dst;
+  const u8* s = reinterpret_cast<const u8*>(src);
+  u8* d = reinterpret_cast<u8*>(dst.data());
+  const auto packed = [&](auto method) {
+    return [=, this] { return (object_->*method)(d, s, 1, 2); };
+  };
+  const auto pitched = [&](auto method) {
+    return [=, this] { return (object_->*method)(d, s, 1, 2, kDst); };
+  };
+  const auto ramp = [&](auto method) {
+    return [=, this] { return (object_->*method)(d, s, 1, 2, kDst, kSrc, 1, kStart, kEnd); };
+  };
+  const auto both = [&](auto method) {
+    return [=, this] {
+      return (object_->*method)(d, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop, 1, kStart, kEnd);
+    };
+  };
+  struct Case {
+    u32 slot;
+    std::function<u32()> blend;
+    u32 top, bottom;
+  } const cases[] = {
+      {2, ramp(&P::BlendOverWithOpacityRamp), 0xFF18232F, 0xFF82726E},
+      {3, packed(&P::BlendOverPacked), 0xC8512E1E, 0x80585654},
+      {4, pitched(&P::BlendOverPitched), 0xFF512E1E, 0xFF7C7A7E},
+      {5, ramp(&P::BlendPremultipliedWithOpacityRamp), 0xFF222B34, 0xFF8F7971},
+      {6, packed(&P::BlendPremultipliedPacked), 0xFF673923, 0xFF807468},
+      {7, pitched(&P::BlendPremultipliedPitched), 0xFF673923, 0xFFA48E88},
+      {8, ramp(&P::CompositePremultipliedWithOpacityRamp), 0x59212A33, 0xC78F7870},
+      {9, pitched(&P::CompositePremultipliedPitched), 0xD6673823, 0xBBA38D87},
+      {10, packed(&P::CompositePremultipliedPacked), 0xD6673823, 0xA97F7367},
+      {11,
+       [&] { return object_->BlendOverWithOpacity(d, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop); },
+       0x40493734, 0x90323E4A},
+      {36, both(&P::BlendOverWithOpacityRampAndAlpha), 0x19243F5A, 0x623A3A44},
+      {37, both(&P::BlendOverWithOpacityRampKeepAlpha), 0x40243F5A, 0x903A3A44},
+  };
+  const std::set<u32> packedSlots = {3, 6, 10};
+  object_->SetCPULevel(0);
+  for (const auto& c : cases) {
+    dst = {0x40102030, 0x50607080, 0x90A0B0C0, 0xD0E0F0FF};
+    std::array<u32, 4> expected = dst;
+    expected[0] = c.top;
+    expected[packedSlots.contains(c.slot) ? 1 : 2] = c.bottom;
+    EXPECT_EQ(c.blend(), c.slot == 11 ? PICTAVO_S_OK : 1) << "slot " << c.slot;
+    EXPECT_EQ(dst, expected) << "slot " << c.slot;
+  }
+}
+
+TEST_F(Object, ChecksLayers) {
+  u8 pixel[4] = {1, 2, 3, 4};
+  ImageDesc image = {{}, 1, 1, 0, pixel, 1, 1, 4, 4}, empty = image, texture = image;
+  empty.data = nullptr;
+  texture.memoryKind = PICTAVO_MEMORY_D3D11_TEXTURE;
+  texture.data = reinterpret_cast<void*>(0x10);  // never followed
+  const BlendParam normal = {0, 255, 0, 0, 0}, clear = {99, 0, 0, 0, 0};
+  struct Case {
+    ImageDesc *dst, *src;
+    const BlendParam* param;
+    u32 result;
+  } const cases[] = {
+      {nullptr, &image, &clear, PICTAVO_E_POINTER},
+      {&image, nullptr, &clear, PICTAVO_E_POINTER},
+      {&image, &image, nullptr, PICTAVO_E_POINTER},
+      {&empty, &image, &clear, PICTAVO_E_POINTER},
+      {&image, &empty, &clear, PICTAVO_E_POINTER},
+      {&texture, &image, &clear, PICTAVO_S_OK},
+      {&texture, &image, &normal, PICTAVO_E_INVALIDARG},
+      {&image, &texture, &normal, PICTAVO_E_INVALIDARG},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(object_->BlendLayer(c.dst, c.src, c.param), c.result);
+    EXPECT_EQ(object_->BlendLayerSubpixel(c.dst, c.src, c.param), c.result);
+  }
+  const auto answer = [](bool known) { return known ? PICTAVO_E_NOTIMPL : PICTAVO_E_INVALIDARG; };
+  for (const u32 mode : {0u, 7u, 8u, 9u, 11u, 12u, 19u, 20u, 21u, 23u, 24u, ~11u, ~0u}) {
+    const BlendParam param = {mode, 1, 0, 0, 0};
+    EXPECT_EQ(object_->BlendLayer(&image, &image, &param), answer(mode <= 23 && mode != 20));
+    EXPECT_EQ(object_->BlendLayerSubpixel(&image, &image, &param), answer(mode <= 11 && mode != 8));
+  }
+  EXPECT_EQ(std::memcmp(pixel, "\1\2\3\4", 4), 0);
+}
+
+}  // namespace
+}  // namespace pictavo::test
