@@ -1,0 +1,198 @@
+// pictavo-host blend: lays one picture over another at any place.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cwchar>
+#include <limits>
+#include <string_view>
+
+#include "commands.h"
+#include "operations.h"
+#include "text.h"
+
+namespace host {
+namespace {
+
+struct Job {
+  std::vector<std::wstring> files;
+  const Operation* operation = FindOperation("over");
+  BlendSettings settings;
+  unsigned given = kNone;  // the settings that stand on the command line
+  i32 level = -1;          // the processor's
+  i32 x = 0;
+  i32 y = 0;
+};
+
+/// Takes the command line apart, one argument after the other.
+class Parser {
+ public:
+  explicit Parser(const Arguments& arguments) : arguments_(arguments) {}
+
+  bool AtEnd() const { return next_ == arguments_.size(); }
+
+  std::wstring Next(const std::string& what) {
+    if (AtEnd()) throw UsageFailure(what + " is missing");
+    return arguments_[next_++];
+  }
+
+  i32 Integer(const std::string& what, i64 least, i64 most) {
+    const std::wstring text = Next(what);
+    wchar_t* end = nullptr;
+    const i64 value = std::wcstoll(text.c_str(), &end, 10);
+    if (end == text.c_str() || *end != L'\0' || value < least || value > most) {
+      throw UsageFailure(Format("%s must be a whole number from %lld to %lld, not \"%s\"",
+                                what.c_str(), static_cast<long long>(least),
+                                static_cast<long long>(most), Utf8(text).c_str()));
+    }
+    return static_cast<i32>(value);
+  }
+
+  f32 Real(const std::string& what) {
+    const std::wstring text = Next(what);
+    wchar_t* end = nullptr;
+    const f32 value = std::wcstof(text.c_str(), &end);
+    if (end == text.c_str() || *end != L'\0' || !std::isfinite(value)) {
+      throw UsageFailure(what + " must be a number, not \"" + Utf8(text) + '"');
+    }
+    return value;
+  }
+
+  u32 Colour(const std::string& what) {
+    const std::wstring text = Next(what);
+    if (text.size() != 8 || text.find_first_not_of(L"0123456789ABCDEFabcdef") != text.npos) {
+      throw UsageFailure(what + " must be eight hexadecimal digits, not \"" + Utf8(text) + '"');
+    }
+    return static_cast<u32>(std::wcstoul(text.c_str(), nullptr, 16));
+  }
+
+ private:
+  const Arguments& arguments_;
+  size_t next_ = 0;
+};
+
+void ParseOption(const std::string& option, i32 highestLevel, Parser* parser, Job* job) {
+  if (option == "--op") {
+    const std::string name = Utf8(parser->Next("the name after --op"));
+    job->operation = FindOperation(name);
+    if (job->operation == nullptr) throw UsageFailure("there is no operation \"" + name + '"');
+  } else if (option == "--at") {
+    constexpr i64 kFar = std::numeric_limits<i32>::max();
+    job->x = parser->Integer("X of --at", -kFar, kFar);
+    job->y = parser->Integer("Y of --at", -kFar, kFar);
+  } else if (option == "--level") {
+    job->level = parser->Integer("--level", 0, highestLevel);
+  } else if (option == "--ramp") {
+    job->settings.rampStart = parser->Real("START of --ramp");
+    job->settings.rampEnd = parser->Real("END of --ramp");
+    job->given |= kRamp;
+  } else if (option == "--flip") {
+    job->settings.flip = true;
+    job->given |= kFlip;
+  } else if (option == "--opacity") {
+    job->settings.opacity = static_cast<u8>(parser->Integer("--opacity", 0, 255));
+    job->given |= kOpacity;
+  } else if (option == "--backdrop") {
+    job->settings.backdrop = parser->Colour("--backdrop");
+    job->given |= kBackdrop;
+  } else {
+    throw UsageFailure("there is no option \"" + option + '"');
+  }
+}
+
+void CheckGivenSettings(const Job& job) {
+  constexpr struct {
+    Settings setting;
+    const char* option;
+  } kOptions[] = {
+      {kRamp, "--ramp"}, {kFlip, "--flip"}, {kOpacity, "--opacity"}, {kBackdrop, "--backdrop"}};
+  for (const auto& [setting, option] : kOptions) {
+    if ((job.given & ~job.operation->settings & setting) != 0) {
+      throw UsageFailure(std::string("the operation ") + job.operation->name + " takes no " +
+                         option);
+    }
+  }
+}
+
+Job Parse(const Arguments& arguments, i32 highestLevel) {
+  Job job;
+  Parser parser(arguments);
+  while (!parser.AtEnd()) {
+    const std::wstring argument = parser.Next("an argument");
+    if (argument.rfind(L"--", 0) == 0) {
+      ParseOption(Utf8(argument), highestLevel, &parser, &job);
+    } else {
+      job.files.push_back(argument);
+    }
+  }
+  if (job.files.size() != 3) {
+    throw UsageFailure(
+        Format("blend takes three files, BACKGROUND LAYER OUT, not %zu", job.files.size()));
+  }
+  CheckGivenSettings(job);
+  return job;
+}
+
+/// The part of 0 … size that a length at an offset covers; from an end on nothing is left.
+struct Overlap {
+  Overlap(i32 offset, i32 length, i32 size)
+      : first(std::max(0, offset)),
+        count(static_cast<i32>(std::min<i64>(size, i64{offset} + length) - first)) {}
+
+  i32 first;
+  i32 count;
+};
+
+/// Blends the part of the layer that lies on the background, and tells whether there is one. The
+/// library is given that part of both pictures, with the ramp's opacities at its edges.
+bool BlendVisible(pictavo::IPictavo6* object, const Job& job, const Picture& layer,
+                  Picture* background) {
+  const Overlap columns(job.x, layer.width, background->width);
+  const Overlap rows(job.y, layer.height, background->height);
+  if (columns.count <= 0 || rows.count <= 0) return false;
+  const i32 top = rows.first - job.y;
+  const Rect shown = {columns.first - job.x,
+                      job.settings.flip ? layer.height - top - rows.count : top, columns.count,
+                      rows.count};
+  const auto opacityAt = [&](i32 row) {
+    return static_cast<f32>(row) / static_cast<f32>(layer.height) *
+               (job.settings.rampEnd - job.settings.rampStart) +
+           job.settings.rampStart;
+  };
+  BlendSettings settings = job.settings;
+  settings.rampStart = opacityAt(top);
+  settings.rampEnd = opacityAt(top + rows.count);
+
+  const Operation& operation = *job.operation;
+  Picture part = operation.PreparedBackground(
+      Cropped(*background, {columns.first, rows.first, columns.count, rows.count}));
+  if (!operation.run(object, &part, operation.PreparedLayer(Cropped(layer, shown)), settings)) {
+    throw Failure(std::string("the library refused the operation ") + operation.name);
+  }
+  Paste(operation.Finished(std::move(part)), columns.first, rows.first, background);
+  return true;
+}
+
+}  // namespace
+
+int RunBlend(pictavo::Library& library, const Arguments& arguments) {
+  const Job job = Parse(arguments, library->GetCPULevel());
+  if (job.level >= 0) library->SetCPULevel(job.level);
+  Progress progress;
+  Picture background = ReadPicture(job.files[0]);
+  progress.Show("Reading the layer");
+  const Picture layer = ReadPicture(job.files[1]);
+  progress.Show("Blending");
+  const bool visible = BlendVisible(library.get(), job, layer, &background);
+  progress.Show("Writing");
+  WritePicture(job.files[2], background);
+  progress.Clear();
+
+  const std::string settings = SettingsText(job.operation->settings, job.settings);
+  std::printf("%s: %d x %d, %s (slot %d) at level %d%s%s%s\n", Utf8(job.files[2]).c_str(),
+              background.width, background.height, job.operation->name, job.operation->slot,
+              library->GetCPULevel(), settings.empty() ? "" : ", ", settings.c_str(),
+              visible ? "" : "; the layer lies outside the background");
+  return 0;
+}
+
+}  // namespace host

@@ -1,0 +1,73 @@
+#ifndef PICTAVO_SAMPLES_HOST_PICTURE_H_
+#define PICTAVO_SAMPLES_HOST_PICTURE_H_
+
+#include <filesystem>
+#include <vector>
+
+#include "pictavo/pictavo.h"
+
+namespace host {
+
+using pictavo::f32;
+using pictavo::i32;
+using pictavo::i64;
+using pictavo::u32;
+using pictavo::u8;
+
+struct Rect {
+  i32 left, top, width, height;
+};
+
+/// A picture of 32-bit pixels as Pictavo takes them: blue, green, red, alpha, rows packed, the top
+/// row first.
+struct Picture {
+  /// Clear black. Throws Failure when that many pixels do not fit.
+  Picture(i32 pictureWidth, i32 pictureHeight);
+
+  i32 pitch() const { return 4 * width; }
+  u8* At(i32 x, i32 y) { return pixels.data() + Offset(x, y); }
+  const u8* At(i32 x, i32 y) const { return pixels.data() + Offset(x, y); }
+
+  i32 width;
+  i32 height;
+  std::vector<u8> pixels;
+
+ private:
+  size_t Offset(i32 x, i32 y) const {
+    return 4 * (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x));
+  }
+};
+
+/// Reads any picture that Windows has a codec for. Throws Failure. COM must be up.
+Picture ReadPicture(const std::filesystem::path& path);
+
+/// Writes a PNG, or a JPEG on white when the name ends in .jpg or .jpeg. Throws Failure. COM must
+/// be up.
+void WritePicture(const std::filesystem::path& path, const Picture& picture);
+
+/// A part of a picture. It must lie inside.
+Picture Cropped(const Picture& picture, const Rect& part);
+
+/// Puts a picture into another, over whatever is there. It must lie inside.
+void Paste(const Picture& picture, i32 left, i32 top, Picture* into);
+
+/// Resizes by the mean of the area under each pixel, colours weighted by alpha.
+Picture Resized(const Picture& picture, i32 width, i32 height);
+
+/// The largest size of the picture's shape inside width x height.
+Picture Fitted(const Picture& picture, i32 width, i32 height);
+
+/// The picture's middle, resized to fill width x height.
+Picture Covering(const Picture& picture, i32 width, i32 height);
+
+/// The picture in front of opaque white.
+Picture OnWhite(Picture picture);
+
+// The library's own premultiplication (slots 16 to 19) is not built yet.
+
+Picture Premultiply(Picture picture);
+Picture Unpremultiply(Picture picture);
+
+}  // namespace host
+
+#endif  // PICTAVO_SAMPLES_HOST_PICTURE_H_

@@ -1,0 +1,62 @@
+#ifndef PICTAVO_SAMPLES_HOST_TEXT_H_
+#define PICTAVO_SAMPLES_HOST_TEXT_H_
+
+#include <windows.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// Text is UTF-8 inside the program, UTF-16 where Windows takes or gives it.
+
+std::string Utf8(std::wstring_view text);
+std::wstring Utf16(std::string_view text);
+
+#ifdef __GNUC__
+#define HOST_CHECK_FORMAT [[gnu::format(gnu_printf, 1, 2)]]
+#else
+#define HOST_CHECK_FORMAT
+#endif
+
+/// printf into a string.
+HOST_CHECK_FORMAT std::string Format(const char* format, ...);
+
+/// What Windows says about one of its error codes or HRESULTs, or the code's number.
+std::string SystemMessage(HRESULT code);
+
+/// What keeps a command from its work, as one line for the user.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A misused command line.
+class UsageFailure : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+/// One line on the error stream that tells how far long work is. Stays away when the work is short
+/// or nobody watches.
+class Progress {
+ public:
+  Progress();
+  ~Progress() { Clear(); }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void Show(const std::string& text);
+  void Clear();  // before anything else is printed
+
+ private:
+  const bool watched_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  bool shown_ = false;
+};
+
+}  // namespace host
+
+#endif  // PICTAVO_SAMPLES_HOST_TEXT_H_
