@@ -21,6 +21,8 @@ if [ ${#pictures[@]} -eq 0 ]; then
   pictures=("$PWD/out/pictures/china.jpg" "$PWD/out/pictures/flower.jpg")
 fi
 
+# Wine reads file names in the locale's character set.
+export LC_ALL=C.UTF-8
 host() {
   echo
   scripts/wine.sh build/windows/bin/pictavo-host.exe "$@"
