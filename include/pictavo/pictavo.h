@@ -18,7 +18,8 @@
 // - Ownership. Pictures, records and arrays stay the host's. Nothing is kept between calls.
 // - Flip. A non-zero flip reads the source bottom-up; a destination is always written top-down.
 // - Opacity ramp. Two floats fade a picture from its top row to its bottom row: row r of h uses the
-//   factor r / h * (end - start) + start in single precision. Factors are not clamped.
+//   factor r / h * (end - start) + start in single precision. Factors are not clamped. A product
+//   with one that does not fit 32 bits, or is not a number, counts as the most negative integer.
 // - Results. A method whose result is called a status returns 1 for success and 0 for bad
 //   arguments; every other u32 result is one of the PICTAVO_ codes below. A refused call writes
 //   nothing. No exception leaves a method.
@@ -137,6 +138,8 @@ static_assert(sizeof(ChromaKey) == 12, "ChromaKey is 12 bytes");
 struct IPictavo {
   /// Slot 0. Asks the detection module CPUIstructionSetDetect.dll for the processor's level and
   /// uses it from now on; level 0 when there is no such module. Runs once at construction too.
+  /// BlendLayer and BlendLayerSubpixel keep the kernels of the level that construction found or
+  /// SetCPULevel last set.
   virtual void DetectInstructionSet() noexcept = 0;
 
   /// Slot 1. The level in use, as detected or as last given to SetCPULevel.
@@ -178,8 +181,8 @@ struct IPictavo {
   ///
   /// With row factor f and w = trunc(source alpha * f): w = 255 copies the pixel, w = 0 leaves the
   /// destination, otherwise each colour becomes min(255, trunc(s * f) + ((d * (256 - w)) >> 8)) and
-  /// alpha 255. A weight or result outside 0 … 255, from a row factor outside 0 … 1, is stored by
-  /// its low byte.
+  /// alpha 255. A pixel of weight 0 is left alone whatever its colours, at every level. A row
+  /// factor outside 0 … 1 can make results below 0, which are stored by their low byte.
   /// @return status: 0 when dst or src is null, else 1
   virtual u32 BlendPremultipliedWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height,
                                                 i32 dstPitch, i32 srcPitch, i32 flip,
@@ -472,7 +475,8 @@ struct IPictavo4 : IPictavo3 {
   ~IPictavo4() = default;
 };
 
-/// Slots 88 to 97: colour conversion through ConvertUtility.dll.
+/// Slots 88 to 97: colour conversion through ConvertUtility.dll. The arguments of slots 88 to 92
+/// are fixed when they are built.
 struct IPictavo5 : IPictavo4 {
   virtual u32 Reserved88() noexcept = 0;  ///< Slot 88. Picture conversion; arguments to be fixed.
   virtual u32 Reserved89() noexcept = 0;  ///< Slot 89. The twin of slot 88.

@@ -27,28 +27,17 @@ struct BlendRow {
 using RowFn = void(u8* dst, const u8* src, i64 width, const BlendRow& row);
 
 // ---------------------------------------------------------------------------------------------
-// The rules. Weights may leave 0 … 255 when a ramp leaves 0 … 1; sums then wrap at 32 bits, which
-// keeps the stored low byte of a sum >> 8 exact.
+// The rules. Weights leave 0 … 255 when a ramp leaves 0 … 1; sums of 64 bits hold what they make.
 
 i32 Weight(u8 alpha, const BlendRow& row) {
   return TruncateToI32(static_cast<f32>(alpha) * row.gain * row.factor) >> row.gainShift;
 }
 
-i32 Wrapped(i32 byte, i32 weight) {
-  return static_cast<i32>(static_cast<u32>(byte) * static_cast<u32>(weight));
-}
+u8 Mixed(i64 s, i64 d, i64 w) { return static_cast<u8>((s * w + d * (256 - w)) >> 8); }
 
-u8 Mixed(u8 s, u8 d, i32 w) {
-  const u32 sum =
-      static_cast<u32>(s) * static_cast<u32>(w) + static_cast<u32>(d) * (256 - static_cast<u32>(w));
-  return static_cast<u8>(sum >> 8);
-}
-
-/// min(255, trunc(s * factor) + ((d * rest) >> 8)).
-u8 Added(u8 s, u8 d, u32 rest, f32 factor) {
-  const u32 sum = static_cast<u32>(TruncateToI32(static_cast<f32>(s) * factor)) +
-                  static_cast<u32>(Wrapped(d, static_cast<i32>(rest)) >> 8);
-  return static_cast<u8>(std::min(255, static_cast<i32>(sum)));
+u8 Added(u8 s, i64 d, i64 rest, f32 factor) {
+  const i64 faded = TruncateToI32(static_cast<f32>(s) * factor);
+  return static_cast<u8>(std::min<i64>(255, faded + ((d * rest) >> 8)));
 }
 
 template <bool sourceAlpha>
@@ -70,7 +59,7 @@ void PremultipliedRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
     if (w == 255) {
       std::memcpy(dst, src, 4);
     } else if (w != 0) {
-      const u32 rest = 256 - static_cast<u32>(w);
+      const i64 rest = 256 - i64{w};
       for (int c = 0; c < 3; ++c) dst[c] = Added(src[c], dst[c], rest, row.factor);
       dst[3] = 255;
     }
@@ -85,9 +74,9 @@ void CompositeRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
       std::memcpy(dst, src, 3);
       dst[3] = static_cast<u8>(w);
     } else {
-      const u32 rest = 255 - static_cast<u32>(w);
+      const i64 rest = 255 - i64{w};
       for (int c = 0; c < 3; ++c) dst[c] = Added(src[c], dst[c], rest, row.factor);
-      dst[3] = static_cast<u8>(255 - (Wrapped(255 - dst[3], static_cast<i32>(rest)) >> 8));
+      dst[3] = static_cast<u8>(255 - (((255 - dst[3]) * rest) >> 8));
     }
   }
 }

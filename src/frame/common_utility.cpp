@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
-#include <iterator>
 #include <new>
 
 #include "platform/module.h"
@@ -25,6 +24,18 @@ bool RoundUp(u32* value, u32 alignment) {
   return rounded <= UINT32_MAX;
 }
 
+/// Rounds a new buffer's sizes up. A width that grows takes its pitch with it; one that is a
+/// multiple already keeps the pitch it has. False when a size leaves 32 bits.
+bool Align(u32 alignment, u32 format, u32* width, u32* height, u32* pitch) {
+  if (alignment == 0) return true;
+  if (*width % alignment != 0) {
+    const u32 pixelBytes = format != 0 ? 4 : 1;
+    if (!RoundUp(width, alignment) || *width > UINT32_MAX / pixelBytes) return false;
+    *pitch = *width * pixelBytes;
+  }
+  return RoundUp(height, alignment);
+}
+
 void ClearPixels(IMemoryBuffer* buffer, u32 format, std::uint64_t pictureBytes) {
   void* pixels = buffer->GetPixels();
   if (format <= 1) {
@@ -33,6 +44,13 @@ void ClearPixels(IMemoryBuffer* buffer, u32 format, std::uint64_t pictureBytes) 
     std::fill_n(static_cast<u32*>(pixels), std::min(pictureBytes, buffer->GetSize()) / 4,
                 kClearBlack);
   }
+}
+
+template <std::size_t size>
+void CopyName(const wchar_t* from, wchar_t (&to)[size]) {
+  const std::size_t length = std::min(std::wcslen(from), size - 1);
+  std::wmemmove(to, from, length);  // `from` may be `to`
+  to[length] = L'\0';
 }
 
 }  // namespace
@@ -49,31 +67,34 @@ CCommonUtility* CCommonUtility::Create(const char* tag, const void* owner) noexc
 }
 
 CCommonUtility::CCommonUtility(const wchar_t* name) noexcept {
-  StoreName(name);  // also when attaching fails, for the attempts that follow
+  CopyName(name, name_);  // also when attaching fails, for the attempts that follow
   Attach(name_);
 }
 
 CCommonUtility::~CCommonUtility() { Detach(); }
 
 u32 CCommonUtility::Attach(const wchar_t* name) noexcept {
-  if (version_ >= 1 && std::wcscmp(name_, name) == 0) return PICTAVO_S_OK;
-  Detach();
-  module_ = LoadLibraryW(L"VKTMemMgr.dll");
+  Name wanted;
+  CopyName(name, wanted);
+  if (version_ >= 1) {
+    if (std::wcscmp(name_, wanted) == 0) return PICTAVO_S_OK;
+    Detach();
+  }
+  if (module_ == nullptr) module_ = LoadLibraryW(L"VKTMemMgr.dll");
   if (module_ == nullptr) return PICTAVO_E_FAIL;
 
   // Only a missing entry point sends us on to an older one; a refusal by an existing one is final.
-  const bool found = TryCreate("CreateVKTMemMgr5", name, 5, &manager5_) ||
-                     TryCreate("CreateVKTMemMgr4", name, 4, &manager4_) ||
-                     TryCreate("CreateVKTMemMgr3", name, 3, &manager3_) ||
-                     TryCreate("CreateVKTMemMgr", name, 1, &manager_);
-  if (found) FillOlderViews();
+  const bool found = TryCreate("CreateVKTMemMgr5", wanted, 5, &manager5_) ||
+                     TryCreate("CreateVKTMemMgr4", wanted, 4, &manager4_) ||
+                     TryCreate("CreateVKTMemMgr3", wanted, 3, &manager3_) ||
+                     TryCreate("CreateVKTMemMgr", wanted, 1, &manager_);
+  if (!found) return PICTAVO_E_FAIL;  // the module stays for the next attempt
+  FillOlderViews();
   if (manager_ == nullptr) {
-    version_ = -1;
-    FreeLibrary(module_);
-    module_ = nullptr;
+    Unload();
     return PICTAVO_E_FAIL;
   }
-  StoreName(name);
+  CopyName(wanted, name_);
   return PICTAVO_S_OK;
 }
 
@@ -96,13 +117,7 @@ u32 CCommonUtility::Detach() noexcept {
     default:
       result = PICTAVO_E_FAIL;
   }
-  manager_ = nullptr;
-  manager3_ = nullptr;
-  manager4_ = nullptr;
-  manager5_ = nullptr;
-  version_ = -1;
-  FreeLibrary(module_);
-  module_ = nullptr;
+  Unload();
   return result;
 }
 
@@ -112,23 +127,16 @@ u32 CCommonUtility::AllocateBuffer(IMemoryBuffer** buffer, u32 kind, u32 format,
   u32 result = Attach(name_);
   if (Failed(result)) return result;
   if (height == 0 || pitch == 0) return PICTAVO_E_INVALIDARG;
-  if (*buffer != nullptr && (*buffer)->GetSize() < std::uint64_t{height} * pitch) {
-    manager_->ReleaseBuffer(buffer, kReleaseFlag);
-    *buffer = nullptr;
-  }
-  if (*buffer == nullptr) {
-    if (alignment != 0 && width % alignment != 0) {
-      const u32 pixelBytes = format != 0 ? 4 : 1;
-      if (!RoundUp(&width, alignment) || width > UINT32_MAX / pixelBytes) {
-        return PICTAVO_E_INVALIDARG;
-      }
-      pitch = width * pixelBytes;
-    }
-    if (alignment != 0 && !RoundUp(&height, alignment)) return PICTAVO_E_INVALIDARG;
+  if (*buffer == nullptr || (*buffer)->GetSize() < std::uint64_t{height} * pitch) {
+    if (!Align(alignment, format, &width, &height, &pitch)) return PICTAVO_E_INVALIDARG;
+    ReleaseBuffer(buffer);
     result = CreateBuffer(buffer, {kind, format, kBufferFlags, width, height, pitch, usage});
     if (Failed(result)) return result;
   }
-  if (kind == 0 && clear != 0) ClearPixels(*buffer, format, std::uint64_t{height} * pitch);
+  if (kind == 0 && clear != 0) {
+    if ((*buffer)->GetPixels() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+    ClearPixels(*buffer, format, std::uint64_t{height} * pitch);
+  }
   return result;
 }
 
@@ -136,15 +144,8 @@ u32 CCommonUtility::FreeBuffer(IMemoryBuffer** buffer) noexcept {
   if (*buffer == nullptr) return PICTAVO_S_OK;
   const u32 result = Attach(name_);
   if (Failed(result)) return result;
-  manager_->ReleaseBuffer(buffer, kReleaseFlag);
-  *buffer = nullptr;
+  ReleaseBuffer(buffer);
   return PICTAVO_S_OK;
-}
-
-void CCommonUtility::StoreName(const wchar_t* name) noexcept {
-  const std::size_t length = std::min(std::wcslen(name), std::size(name_) - 1);
-  std::wmemmove(name_, name, length);  // `name` may be name_ itself
-  name_[length] = L'\0';
 }
 
 /// True when the entry point exists, whatever it answered.
@@ -175,13 +176,26 @@ u32 CCommonUtility::CreateBuffer(IMemoryBuffer** buffer, const MemoryBufferDesc&
                          ? manager3_->CreateBufferWithIdentity(buffer, &adapterIdentity_, &desc)
                          : manager_->CreateBuffer(buffer, desc.kind, desc.format, desc.width,
                                                   desc.height, desc.pitch, desc.usage);
-  if (Failed(result) || *buffer == nullptr) return PICTAVO_E_OUTOFMEMORY;
-  if ((*buffer)->GetPixels() == nullptr) {
-    manager_->ReleaseBuffer(buffer, kReleaseFlag);
-    *buffer = nullptr;
-    return PICTAVO_E_OUTOFMEMORY;
-  }
-  return result;
+  if (Failed(result)) *buffer = nullptr;  // whatever the manager left there
+  if (*buffer != nullptr && (*buffer)->GetPixels() != nullptr) return result;
+  ReleaseBuffer(buffer);
+  return PICTAVO_E_OUTOFMEMORY;
+}
+
+void CCommonUtility::ReleaseBuffer(IMemoryBuffer** buffer) noexcept {
+  if (*buffer != nullptr) manager_->ReleaseBuffer(buffer, kReleaseFlag);
+  *buffer = nullptr;
+}
+
+/// Forgets the manager.
+void CCommonUtility::Unload() noexcept {
+  manager_ = nullptr;
+  manager3_ = nullptr;
+  manager4_ = nullptr;
+  manager5_ = nullptr;
+  version_ = -1;
+  FreeLibrary(module_);
+  module_ = nullptr;
 }
 
 }  // namespace pictavo

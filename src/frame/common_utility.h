@@ -24,21 +24,22 @@ class CCommonUtility {
   /// short.
   static CCommonUtility* Create(const char* tag, const void* owner) noexcept;
 
-  /// Loads the manager, newest version first, unless it is attached under this name already.
+  /// Loads the manager, newest version first, unless it is attached under this name already. Names
+  /// are cut at 255 characters.
   /// @return PICTAVO_S_OK or PICTAVO_E_FAIL
   u32 Attach(const wchar_t* name) noexcept;
 
   /// Gives the manager back and unloads its module. @return PICTAVO_S_OK or PICTAVO_E_FAIL
   u32 Detach() noexcept;
 
-  /// Makes sure that `*buffer` holds at least height * pitch bytes: keeps it when it is large
-  /// enough, otherwise releases it and creates another.
+  /// Keeps `*buffer` when it holds at least height * pitch bytes, otherwise releases it and creates
+  /// another.
   /// @param format 0 for one byte a pixel, anything else for four
   /// @param pitch bytes
   /// @param clear non-zero clears plain memory (kind 0): to 0, or to clear black in luma-chroma
   /// pixels for a format above 1
   /// @param alignment when not 0, width and height of a new buffer are rounded up to multiples of
-  /// it
+  /// it; a width that grows replaces the pitch by its own bytes
   /// @return the manager's success code, PICTAVO_E_FAIL without a manager, PICTAVO_E_INVALIDARG for
   /// an empty or too large size, PICTAVO_E_OUTOFMEMORY when no buffer with pixels can be had
   u32 AllocateBuffer(IMemoryBuffer** buffer, u32 kind, u32 format, u32 width, u32 height, u32 pitch,
@@ -54,13 +55,16 @@ class CCommonUtility {
   static AdapterIdentity processAdapterIdentity;
 
  private:
-  void StoreName(const wchar_t* name) noexcept;
+  using Name = wchar_t[256];
+
   template <typename Manager>
   bool TryCreate(const char* entryPoint, const wchar_t* name, i32 version, Manager** view) noexcept;
   template <typename Manager>
   void ReleaseView(const char* entryPoint, Manager** view) noexcept;
   void FillOlderViews() noexcept;
   u32 CreateBuffer(IMemoryBuffer** buffer, const MemoryBufferDesc& desc) noexcept;
+  void ReleaseBuffer(IMemoryBuffer** buffer) noexcept;
+  void Unload() noexcept;
 
   HMODULE module_ = nullptr;
   IMemoryManager* manager_ = nullptr;
@@ -69,7 +73,7 @@ class CCommonUtility {
   IMemoryManager5* manager5_ = nullptr;
   i32 version_ = -1;
   AdapterIdentity adapterIdentity_ = processAdapterIdentity;
-  wchar_t name_[256] = {};
+  Name name_ = {};
 };
 
 }  // namespace pictavo
