@@ -69,30 +69,40 @@ TEST_F(MemoryClient, TakesTheNewestVersionAndCreatesThroughTheRightView) {
 }
 
 TEST_F(MemoryClient, AttachesOncePerName) {
+  const std::wstring tooLong(300, L'n');
   CCommonUtility client(L"one");
   EXPECT_EQ(client.Attach(L"one"), PICTAVO_S_OK);
   EXPECT_EQ(TakeEvents(), Events{"memory5 create one"});
-  EXPECT_EQ(client.Attach(L"two"), PICTAVO_S_OK);
-  EXPECT_EQ(TakeEvents(), (Events{"memory5 release one", "memory5 create two"}));
+  EXPECT_EQ(client.Attach(tooLong.c_str()), PICTAVO_S_OK);
+  EXPECT_EQ(client.Attach(tooLong.c_str()), PICTAVO_S_OK);
+  const std::string kept(255, 'n');
+  EXPECT_EQ(TakeEvents(), (Events{"memory5 release one", "memory5 create " + kept}));
   EXPECT_EQ(client.Detach(), PICTAVO_S_OK);
-  EXPECT_EQ(TakeEvents(), Events{"memory5 release two"});
+  EXPECT_EQ(TakeEvents(), Events{"memory5 release " + kept});
   EXPECT_EQ(client.version(), -1);
   EXPECT_FALSE(IsLoaded());
 }
 
 TEST_F(MemoryClient, FailsWithoutAManagerAndTriesAgain) {
-  for (const wchar_t* folder : {kNoModules, L"all"}) {
-    ResetFakes(folder);
+  struct Case {
+    const wchar_t* folder;
+    bool stays;       // the module, loaded for the next attempt
+    Events attempts;  // a refusal by the newest version is final: no older one is asked
+  } const cases[] = {{kNoModules, false, {}},
+                     {L"no_create", true, {}},
+                     {L"all", false, Events(3, "memory5 refused name")}};
+  for (const auto& c : cases) {
+    ResetFakes(c.folder);
     fakeControl.refuseManager = true;
     CCommonUtility client(L"name");
     EXPECT_EQ(client.Attach(L"name"), PICTAVO_E_FAIL);
     EXPECT_EQ(Allocate(client, 4, 4, 16), PICTAVO_E_FAIL);
     EXPECT_EQ(client.version(), -1);
-    EXPECT_FALSE(IsLoaded());
-    // A refusal by the newest version is final: no older one is asked.
-    const Events refusals(folder == kNoModules ? 0 : 3, "memory5 refused name");
-    EXPECT_EQ(TakeEvents(), refusals);
+    EXPECT_EQ(IsLoaded(), c.stays);
+    EXPECT_EQ(TakeEvents(), c.attempts);
 
+    client.Detach();
+    EXPECT_FALSE(IsLoaded());
     ResetFakes(L"all");
     EXPECT_EQ(Allocate(client, 4, 4, 16), PICTAVO_S_OK);
     EXPECT_EQ(client.FreeBuffer(&buffer_), PICTAVO_S_OK);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -129,17 +130,18 @@ TEST_F(MemoryManagerDirect, FreesWhatItsClientForgot) {
 }
 
 TEST_F(MemoryManagerDirect, ServesSeveralThreads) {
+  std::latch start(4);
   std::vector<std::jthread> threads;
-  for (int thread = 0; thread < 4; ++thread) {
+  for (u8 thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&, thread] {
+      start.arrive_and_wait();
       IMemoryBuffer* buffers[8] = {};
-      for (u32 i = 0; i < 2000; ++i) {
+      for (u32 i = 0; i < 40000; ++i) {
         IMemoryBuffer*& buffer = buffers[i % 8];
-        if (buffer != nullptr) {
+        if (buffer != nullptr) {  // nobody else was given the same memory
           const u8* pixels = static_cast<u8*>(buffer->GetPixels());
-          for (std::uint64_t byte = 0; byte < buffer->GetSize(); ++byte) {
-            ASSERT_EQ(pixels[byte], thread);  // nobody else was given the same memory
-          }
+          ASSERT_TRUE(std::all_of(pixels, pixels + buffer->GetSize(),
+                                  [&](u8 byte) { return byte == thread; }));
         }
         ASSERT_EQ(manager_->ReleaseBuffer(&buffer, 1), PICTAVO_S_OK);
         ASSERT_EQ(manager_->CreateBuffer(&buffer, 0, 1, 4, 1 + i % 7, 33, 0), PICTAVO_S_OK);
