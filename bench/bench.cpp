@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "cpu/blend.h"
+#include "cpu/layer.h"
 #include "cpu/target_region.h"
 
 namespace {
@@ -29,55 +30,81 @@ struct Build {
   const char* name;
   i32 level;
 };
-constexpr Build kBuilds[] = {{"portable", 0}, {"SSE2", 3}, {"AVX2", 8}};
+constexpr Build kBuilds[] = {{"portable", 0}, {"128 bits", 7}, {"256 bits", 8}};
 
 using Blend = std::function<void(i32 level, u8* dst, const u8* src, i32 width, i32 height)>;
 
 struct Operation {
-  const char* name;
+  std::string name;
   Blend run;
 };
 
-const Operation kOperations[] = {
-    {"2 over, ramp",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::BlendOverWithOpacityRamp(level, d, s, w, h, w * 4, w * 4, 0, 1.0f, 0.0f);
-     }},
-    {"3 over, packed",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) { cpu::BlendOverPacked(level, d, s, w, h); }},
-    {"4 over", [](i32 level, u8* d, const u8* s, i32 w,
-                  i32 h) { cpu::BlendOverPitched(level, d, s, w, h, w * 4); }},
-    {"5 premultiplied, ramp",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::BlendPremultipliedWithOpacityRamp(level, d, s, w, h, w * 4, w * 4, 0, 1.0f, 0.0f);
-     }},
-    {"7 premultiplied", [](i32 level, u8* d, const u8* s, i32 w,
-                           i32 h) { cpu::BlendPremultipliedPitched(level, d, s, w, h, w * 4); }},
-    {"8 composite, ramp",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::CompositePremultipliedWithOpacityRamp(level, d, s, w, h, w * 4, w * 4, 0, 1.0f, 0.0f);
-     }},
-    {"9 composite", [](i32 level, u8* d, const u8* s, i32 w,
-                       i32 h) { cpu::CompositePremultipliedPitched(level, d, s, w, h, w * 4); }},
-    {"11 opacity",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::BlendOverWithOpacity(level, d, s, w, h, w * 4, w * 4, 180, 0);
-     }},
-    {"11 opacity, backdrop",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::BlendOverWithOpacity(level, d, s, w, h, w * 4, w * 4, 180, 0xFF204060);
-     }},
-    {"36 opacity, ramp, alpha",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::BlendOverWithOpacityRampAndAlpha(level, d, s, w, h, w * 4, w * 4, 180, 0, 0, 1.0f,
-                                             0.0f);
-     }},
-    {"37 opacity, ramp",
-     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       cpu::BlendOverWithOpacityRampKeepAlpha(level, d, s, w, h, w * 4, w * 4, 180, 0, 0, 1.0f,
-                                              0.0f);
-     }},
-};
+std::vector<Operation> Blends() {
+  return {
+      {"2 over, ramp",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::BlendOverWithOpacityRamp(level, d, s, w, h, w * 4, w * 4, 0, 1.0f, 0.0f);
+       }},
+      {"3 over, packed", [](i32 level, u8* d, const u8* s, i32 w,
+                            i32 h) { cpu::BlendOverPacked(level, d, s, w, h); }},
+      {"4 over", [](i32 level, u8* d, const u8* s, i32 w,
+                    i32 h) { cpu::BlendOverPitched(level, d, s, w, h, w * 4); }},
+      {"5 premultiplied, ramp",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::BlendPremultipliedWithOpacityRamp(level, d, s, w, h, w * 4, w * 4, 0, 1.0f, 0.0f);
+       }},
+      {"7 premultiplied", [](i32 level, u8* d, const u8* s, i32 w,
+                             i32 h) { cpu::BlendPremultipliedPitched(level, d, s, w, h, w * 4); }},
+      {"8 composite, ramp",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::CompositePremultipliedWithOpacityRamp(level, d, s, w, h, w * 4, w * 4, 0, 1.0f, 0.0f);
+       }},
+      {"9 composite", [](i32 level, u8* d, const u8* s, i32 w,
+                         i32 h) { cpu::CompositePremultipliedPitched(level, d, s, w, h, w * 4); }},
+      {"11 opacity",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::BlendOverWithOpacity(level, d, s, w, h, w * 4, w * 4, 180, 0);
+       }},
+      {"11 opacity, backdrop",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::BlendOverWithOpacity(level, d, s, w, h, w * 4, w * 4, 180, 0xFF204060);
+       }},
+      {"36 opacity, ramp, alpha",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::BlendOverWithOpacityRampAndAlpha(level, d, s, w, h, w * 4, w * 4, 180, 0, 0, 1.0f,
+                                               0.0f);
+       }},
+      {"37 opacity, ramp",
+       [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+         cpu::BlendOverWithOpacityRampKeepAlpha(level, d, s, w, h, w * 4, w * 4, 180, 0, 0, 1.0f,
+                                                0.0f);
+       }},
+  };
+}
+
+/// A layer mode at full opacity.
+Operation Layer(const std::string& name, u32 mode, u32 alphaMode) {
+  return {"73 " + name, [=](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+            const cpu::LayerKernels& kernels = cpu::kLayerKernels;
+            cpu::LayerKernel* kernel = level >= 6 ? kernels.sse41[mode] : kernels.defaults[mode];
+            if (level >= 8 && kernels.avx2[mode] != nullptr) kernel = kernels.avx2[mode];
+            kernel(d, s, w, h, w * 4, w * 4, {mode, 255, alphaMode, 0, 0});
+          }};
+}
+
+std::vector<Operation> AllOperations() {
+  std::vector<Operation> operations = Blends();
+  const char* const modes[] = {"normal", "darken",     "multiply",   "lighten",
+                               "screen", "overlay",    "difference", "hue",
+                               "add",    "saturation", "luma",       "colour"};
+  for (u32 mode = 0; mode < cpu::kLayerModes; ++mode)
+    operations.push_back(Layer(modes[mode], mode, 0));
+  operations.push_back(Layer("normal, over alpha", 0, 2));
+  operations.push_back(Layer("multiply, over alpha", 2, 2));
+  return operations;
+}
+
+const std::vector<Operation> kOperations = AllOperations();
 
 TARGET_REGION("avx2")
 /// Reads two pictures and writes one: the bytes a blend moves, with next to no arithmetic.
@@ -151,7 +178,7 @@ class Table : public benchmark::BenchmarkReporter {
     std::printf("   x faster than portable\n");
     for (const Operation& op : kOperations) {
       for (const Size& size : kSizes) {
-        for (const char* alpha : kAlphas) PrintRow(op.name, size, alpha);
+        for (const char* alpha : kAlphas) PrintRow(op.name.c_str(), size, alpha);
       }
     }
   }

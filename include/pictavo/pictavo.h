@@ -420,17 +420,49 @@ struct IPictavo3 : IPictavo2 {
 
 /// Slots 73 to 87: layers, solid colours, statistics, chroma key, blur.
 struct IPictavo4 : IPictavo3 {
-  /// Slot 73. Mixes a layer into the destination over their common top-left rectangle. The checks
-  /// are in place; no mode is built yet.
-  /// @return PICTAVO_E_POINTER when the parameter record, a record or its data is null;
-  /// PICTAVO_S_OK at once when the opacity is 0; PICTAVO_E_INVALIDARG for mode 20, a mode above 23
-  /// or a record that holds a texture; PICTAVO_E_NOTIMPL for any other mode
+  /// Slot 73. Mixes a layer into the destination over their common top-left rectangle.
+  ///
+  /// A pixel's layer weight is a = (source alpha * (opacity + 1)) >> 8. A mode blends the source
+  /// colour s and the destination colour d into b, per channel unless it says otherwise:
+  ///
+  ///      0 normal      s                       6 difference  |s - d|
+  ///      1 darken      min(s, d)               7 hue         the source's hue
+  ///      2 multiply    (s * d) >> 8            8 add         see below
+  ///      3 lighten     max(s, d)               9 saturation  the source's saturation
+  ///      4 screen      255 - (((255 - s) * (255 - d)) >> 8)
+  ///      5 overlay     (s * d) >> 7 for d < 128, else 255 - (((255 - s) * (255 - d)) >> 7)
+  ///     10 luminosity  the source's luma      11 colour      the source's hue and saturation
+  ///
+  /// Modes 7, 9, 10 and 11 are the non-separable modes of the W3C's Compositing and Blending Level
+  /// 1 in integers: luma is (28 * blue + 151 * green + 77 * red) >> 8, saturation is the greatest
+  /// channel less the least, and divisions round towards zero.
+  ///
+  /// alphaMode 0 takes the destination as opaque and leaves its alpha: each colour becomes
+  /// (b * a + d * (256 - a)) >> 8 where a > 0; normal mode copies where a = 255. alphaMode 1 does
+  /// the same and sets alpha to a, also where a = 0. alphaMode 2 lays over a straight-alpha
+  /// destination of alpha dA: alpha becomes oA = dA - dA * a / 255 + a, and each colour
+  /// min(255, (((d * dA * (256 - a)) >> 8) + b * a) / oA); a = 0 leaves the pixel, and dA = 0, or
+  /// a = 255 in normal mode, copies the source colour. Add mode is not mixed: in every alphaMode a
+  /// colour becomes min(255, ((s * a) >> 8) + d), with s itself where a = 255, and the source
+  /// colour where alphaMode 2 finds dA = 0.
+  ///
+  /// Modes 12 to 23 are modes 0 to 11 sampled between pixels, as in slot 74.
+  ///
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when the parameter record, a record or its data is
+  /// null; PICTAVO_S_OK at once when the opacity is 0; PICTAVO_E_INVALIDARG for mode 20 or above
+  /// 23, an opacity above 255, an alphaMode above 2 or a record that holds a texture
   virtual u32 BlendLayer(ImageDesc* dst, const ImageDesc* src,
                          const BlendParam* param) noexcept = 0;
 
-  /// Slot 74. BlendLayer with the source sampled between pixels, at the fractions of the parameter
-  /// record. Modes 0 … 11, without 8. The checks are in place; no mode is built yet.
-  /// @return as BlendLayer; PICTAVO_E_INVALIDARG for mode 8 and modes above 11
+  /// Slot 74. BlendLayer with the source sampled between pixels, in modes 0 to 11 without 8.
+  ///
+  /// The source pixel is taken at the fractions of the parameter record to the right and below,
+  /// from four pixels with the weights wx = trunc((1 - fraction) * 256 + 0.5) and 256 - wx across,
+  /// wy likewise down: each channel is the weighted sum >> 16. Where one of the four is clear,
+  /// colours are weighted by alpha too, so that a clear pixel's colour never shows; alpha is the
+  /// plain sum. The last column and row of the common rectangle go on beyond it.
+  /// @return as BlendLayer; PICTAVO_E_INVALIDARG also for mode 8, modes above 11 and fractions
+  /// outside 0 … 1
   virtual u32 BlendLayerSubpixel(ImageDesc* dst, const ImageDesc* src,
                                  const BlendParam* param) noexcept = 0;
 

@@ -139,15 +139,19 @@ struct BlendBuilds {
 
 namespace sse2 {
 namespace {
+#include "cpu/pixels.inl"
+
 #include "cpu/blend_rows.inl"
-}
+}  // namespace
 }  // namespace sse2
 
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
+#include "cpu/pixels.inl"
+
 #include "cpu/blend_rows.inl"
-}
+}  // namespace
 }  // namespace avx2
 TARGET_REGION_END
 

@@ -31,9 +31,12 @@ inline V Sub16(V a, V b) { return {_mm256_sub_epi16(a.v, b.v)}; }
 inline V Mul16(V a, V b) { return {_mm256_mullo_epi16(a.v, b.v)}; }
 inline V MulHigh16(V a, V b) { return {_mm256_mulhi_epu16(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm256_adds_epu8(a.v, b.v)}; }
+inline V SubSaturated8(V a, V b) { return {_mm256_subs_epu8(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm256_min_epu8(a.v, b.v)}; }
 inline V Max8(V a, V b) { return {_mm256_max_epu8(a.v, b.v)}; }
+inline V Add32(V a, V b) { return {_mm256_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
+inline V IsHigh8(V a) { return {_mm256_cmpgt_epi8(_mm256_setzero_si256(), a.v)}; }
 inline V Equal8(V a, V b) { return {_mm256_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm256_cmpeq_epi32(a.v, b.v)}; }
 
@@ -45,6 +48,11 @@ inline V ShiftRight32(V a, int bits) { return {_mm256_srli_epi32(a.v, bits)}; }
 inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   const auto scaled = _mm256_mul_ps(_mm256_cvtepi32_ps(a.v), _mm256_set1_ps(gain));
   return {_mm256_cvttps_epi32(_mm256_mul_ps(scaled, _mm256_set1_ps(factor)))};
+}
+
+inline V ByteQuotient32(V a, V b) {
+  const auto quotient = _mm256_div_ps(_mm256_cvtepi32_ps(a.v), _mm256_cvtepi32_ps(b.v));
+  return {_mm256_cvttps_epi32(_mm256_min_ps(quotient, _mm256_set1_ps(255.0f)))};
 }
 
 inline V SwapPairs(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }

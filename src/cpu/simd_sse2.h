@@ -32,9 +32,13 @@ inline V Sub16(V a, V b) { return {_mm_sub_epi16(a.v, b.v)}; }
 inline V Mul16(V a, V b) { return {_mm_mullo_epi16(a.v, b.v)}; }
 inline V MulHigh16(V a, V b) { return {_mm_mulhi_epu16(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm_adds_epu8(a.v, b.v)}; }
+inline V SubSaturated8(V a, V b) { return {_mm_subs_epu8(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm_min_epu8(a.v, b.v)}; }
 inline V Max8(V a, V b) { return {_mm_max_epu8(a.v, b.v)}; }
+inline V Add32(V a, V b) { return {_mm_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
+/// All ones where the byte is 128 or more, 0 elsewhere.
+inline V IsHigh8(V a) { return {_mm_cmpgt_epi8(_mm_setzero_si128(), a.v)}; }
 /// All ones where equal, 0 elsewhere.
 inline V Equal8(V a, V b) { return {_mm_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm_cmpeq_epi32(a.v, b.v)}; }
@@ -48,6 +52,13 @@ inline V ShiftRight32(V a, int bits) { return {_mm_srli_epi32(a.v, bits)}; }
 inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   const auto scaled = _mm_mul_ps(_mm_cvtepi32_ps(a.v), _mm_set1_ps(gain));
   return {_mm_cvttps_epi32(_mm_mul_ps(scaled, _mm_set1_ps(factor)))};
+}
+
+/// min(255, a / b) per 32-bit lane, rounded towards zero; exact for a below 2^24 and b from 1 to
+/// 255.
+inline V ByteQuotient32(V a, V b) {
+  const auto quotient = _mm_div_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v));
+  return {_mm_cvttps_epi32(_mm_min_ps(quotient, _mm_set1_ps(255.0f)))};
 }
 
 /// Swaps pixels 0 and 1, 2 and 3, …

@@ -4,26 +4,15 @@
 #include <array>
 #include <atomic>
 
+#include "cpu/layer.h"
 #include "pictavo/pictavo.h"
 
 namespace pictavo {
 
-/// Mixes the top-left width x height pixels of src into dst. Pitches in bytes.
-using LayerKernel = u32(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitch,
-                        const BlendParam& param);
-
-inline constexpr u32 kLayerModes = 12;  // modes of one group
-
-/// The builds that a table is filled from. A null entry of `defaults` is a mode without a kernel; a
-/// null entry of a vector build keeps what a lower level put there.
-struct LayerKernels {
-  std::array<LayerKernel*, 2 * kLayerModes> defaults;  // group A (slot 73), then group B (slot 74)
-  std::array<LayerKernel*, kLayerModes> sse41;         // group A
-  std::array<LayerKernel*, kLayerModes> avx2;          // group A
-};
-
-/// The library's own builds.
-extern const LayerKernels kLayerKernels;
+using cpu::kLayerKernels;
+using cpu::kLayerModes;
+using cpu::LayerKernel;
+using cpu::LayerKernels;
 
 /// Layer kernels by mode, for one level. May be read while another thread fills it: each entry is
 /// then the old kernel or the new one, and both give the same pixels.

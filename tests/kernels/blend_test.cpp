@@ -14,12 +14,10 @@
 #include <vector>
 
 #include "guarded_memory.h"
+#include "pixels.h"
 
 namespace pictavo::test {
 namespace {
-
-using Bytes = std::vector<u8>;
-using Random = std::mt19937;
 
 /// The arguments of a blend; each operation takes the ones it has.
 struct Call {
@@ -104,18 +102,6 @@ const Operation& Slot(int slot) {
                        [slot](const Operation& op) { return std::atoi(op.name) == slot; });
 }
 
-/// The first level of each vector build that this processor can run.
-std::vector<i32> VectorBuilds() {
-  return __builtin_cpu_supports("avx2") ? std::vector<i32>{3, 8} : std::vector<i32>{3};
-}
-
-/// Levels that must choose a vector build, as far as this processor can run it.
-std::vector<i32> VectorLevels() {
-  std::vector<i32> levels = {3, 4, 5, 6, 7};
-  if (__builtin_cpu_supports("avx2")) levels.insert(levels.end(), {8, 9, INT32_MAX});
-  return levels;
-}
-
 // --- The stated difference of slots 2, 3 and 4 from level 3 ------------------------------------
 
 /// Blends one row, or a packed picture, by pairs as the header says.
@@ -154,35 +140,6 @@ void ExpectPairs(u8* dst, const u8* src, const Call& c, const Operation& op) {
 }
 
 // --- Pictures ----------------------------------------------------------------------------------
-
-enum Kind { kRandom, kOpaque, kClear, kSoft, kRuns, kEdges, kKinds };
-
-/// Fills with random colours and alphas of a kind; `kEdges` draws all bytes from the corner values.
-void FillPixels(u8* bytes, size_t count, int kind, Random& random) {
-  static constexpr u8 kCorners[] = {0, 1, 2, 127, 128, 129, 253, 254, 255};
-  u8 run = 0;
-  for (size_t i = 0; i < count; ++i) {
-    bytes[i] = kind == kEdges ? kCorners[random() % 9] : static_cast<u8>(random());
-    if (i % 4 != 3) continue;
-    if (random() % 5 == 0) run = static_cast<u8>(random() % 3 * 127 + random() % 2);
-    switch (kind) {
-      case kOpaque:
-        bytes[i] = 255;
-        break;
-      case kClear:
-        bytes[i] = 0;
-        break;
-      case kSoft:
-        bytes[i] = static_cast<u8>(1 + random() % 254);
-        break;
-      case kRuns:
-        bytes[i] = run > 200 ? 255 : run;
-        break;
-      default:
-        break;
-    }
-  }
-}
 
 i64 Span(i32 width, i32 height, i32 pitch) {
   return i64{height - 1} * std::abs(pitch) + 4 * i64{width};

@@ -1,0 +1,212 @@
+// Layer blend modes: the vector kernels against the default ones, and the rules' corner cases.
+#include "cpu/layer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "guarded_memory.h"
+#include "pixels.h"
+
+namespace pictavo::test {
+namespace {
+
+using cpu::kLayerKernels;
+using cpu::kLayerModes;
+using cpu::LayerKernel;
+
+struct Picture {
+  i32 width, height, dstPitch, srcPitch;
+};
+
+/// Runs a kernel on guarded copies of tightly spanned pictures and returns the destination.
+Bytes Lay(LayerKernel* kernel, const Picture& p, const Bytes& dst, const Bytes& src,
+          const BlendParam& param) {
+  GuardedMemory d(dst.size(), GuardedMemory::Side::kAfter),
+      s(src.size(), GuardedMemory::Side::kAfter);
+  std::memcpy(d.data(), dst.data(), dst.size());
+  std::memcpy(s.data(), src.data(), src.size());
+  EXPECT_EQ(kernel(d.data(), s.data(), p.width, p.height, p.dstPitch, p.srcPitch, param),
+            PICTAVO_S_OK);
+  return Bytes(d.data(), d.data() + dst.size());
+}
+
+void ExpectBuildsAgree(u32 mode, const Picture& p, const Bytes& dst, const Bytes& src,
+                       const BlendParam& param) {
+  const Bytes expected = Lay(kLayerKernels.defaults[mode], p, dst, src, param);
+  std::vector<LayerKernel*> builds;
+  if (__builtin_cpu_supports("sse4.1")) builds.push_back(kLayerKernels.sse41[mode]);
+  if (__builtin_cpu_supports("avx2")) builds.push_back(kLayerKernels.avx2[mode]);
+  for (LayerKernel* build : builds) {
+    if (build == nullptr) continue;
+    const Bytes actual = Lay(build, p, dst, src, param);
+    if (actual == expected) continue;
+    const auto at = static_cast<size_t>(
+        std::mismatch(actual.begin(), actual.end(), expected.begin()).first - actual.begin());
+    FAIL() << "mode " << mode << " build " << (build == builds[0] ? "SSE4.1" : "AVX2") << ", "
+           << p.width << " x " << p.height << ", alphaMode " << param.alphaMode << ", opacity "
+           << param.opacity << ": byte " << at << " is " << int{actual[at]} << ", not "
+           << int{expected[at]} << "; source " << int{src[at]} << " alpha " << int{src[at | 3]}
+           << ", destination " << int{dst[at]} << " alpha " << int{dst[at | 3]};
+  }
+}
+
+TEST(Layer, BuildsAgreeInsideGuardedPictures) {
+  Random random(5);
+  for (u32 mode = 0; mode < kLayerModes; ++mode) {
+    for (u32 round = 0; round < 150 && !HasFatalFailure(); ++round) {
+      Picture p{static_cast<i32>(1 + random() % 70), static_cast<i32>(1 + random() % 4), 0, 0};
+      p.dstPitch = p.width * 4 + static_cast<i32>(random() % 3 * 5);
+      p.srcPitch = p.width * 4 + static_cast<i32>(random() % 3 * 7);
+      Bytes dst(static_cast<size_t>((p.height - 1) * p.dstPitch + 4 * p.width));
+      Bytes src(static_cast<size_t>((p.height - 1) * p.srcPitch + 4 * p.width));
+      FillPixels(dst.data(), dst.size(), static_cast<int>(random() % kKinds), random);
+      FillPixels(src.data(), src.size(), static_cast<int>(random() % kKinds), random);
+      const u32 opacity = static_cast<u32>(random() % 2 ? 255 : 1 + random() % 254);
+      ExpectBuildsAgree(mode, p, dst, src, {mode, opacity, round % 3, 0, 0});
+    }
+  }
+}
+
+/// All pairs of bytes in all three channels, under every weight and some destination alphas.
+TEST(Layer, EveryPairUnderEveryWeight) {
+  const Picture p{256, 256, 1024, 1024};
+  Bytes dst(256 * 1024), src(dst.size());
+  for (u32 mode = 0; mode < kLayerModes; ++mode) {
+    for (u32 a = 0; a < 256 && !HasFatalFailure(); a += mode < 7 || mode == 8 ? 1 : 51) {
+      for (u32 i = 0; i < 65536; ++i) {
+        const u32 s = i & 255, d = i >> 8;
+        const u8 source[4] = {static_cast<u8>(s), static_cast<u8>(255 - s),
+                              static_cast<u8>(s * 7 + d), static_cast<u8>(a)};
+        const u8 destination[4] = {static_cast<u8>(d), static_cast<u8>(d * 3 + s),
+                                   static_cast<u8>(255 - d), static_cast<u8>(s * 5 + d * 11)};
+        std::memcpy(&src[4 * i], source, 4);
+        std::memcpy(&dst[4 * i], destination, 4);
+      }
+      ExpectBuildsAgree(mode, p, dst, src, {mode, 255, a % 3, 0, 0});
+      ExpectBuildsAgree(mode, p, dst, src, {mode, 255, 2, 0, 0});
+    }
+  }
+}
+
+using Pixel = std::array<int, 4>;  // blue, green, red, alpha
+
+Bytes PixelBytes(const std::vector<Pixel>& pixels) {
+  Bytes bytes;
+  for (const Pixel& p : pixels)
+    for (const int b : p) bytes.push_back(static_cast<u8>(b));
+  return bytes;
+}
+
+TEST(Layer, Corners) {
+  struct Corner {
+    BlendParam param;  // mode, opacity, alphaMode
+    Pixel src, dst, expected;
+  } const corners[] = {
+      // Normal copies at a weight of 255, and mixes below it.
+      {{0, 255, 0, 0, 0}, {10, 20, 30, 255}, {90, 90, 90, 7}, {10, 20, 30, 7}},
+      {{0, 255, 1, 0, 0}, {10, 20, 30, 255}, {90, 90, 90, 7}, {10, 20, 30, 255}},
+      {{0, 127, 0, 0, 0}, {200, 100, 0, 255}, {100, 100, 100, 7}, {149, 100, 50, 7}},
+      {{0, 127, 1, 0, 0}, {200, 100, 0, 255}, {100, 100, 100, 7}, {149, 100, 50, 127}},
+      // A clear source clears the alpha when it is carried, and nothing else.
+      {{0, 255, 1, 0, 0}, {10, 20, 30, 0}, {90, 91, 92, 7}, {90, 91, 92, 0}},
+      {{0, 255, 2, 0, 0}, {10, 20, 30, 0}, {90, 91, 92, 7}, {90, 91, 92, 7}},
+      // Over a straight-alpha destination: 100 - 100 * 128 / 255 + 128 = 178.
+      {{0, 255, 2, 0, 0}, {200, 0, 10, 128}, {100, 255, 10, 100}, {171, 71, 10, 178}},
+      {{0, 255, 2, 0, 0}, {200, 0, 10, 128}, {100, 255, 10, 0}, {200, 0, 10, 128}},
+      {{0, 255, 2, 0, 0}, {200, 0, 10, 255}, {100, 255, 10, 3}, {200, 0, 10, 255}},
+      // The others mix at a weight of 255 too: (b * 255 + d) >> 8.
+      {{1, 255, 0, 0, 0}, {10, 200, 30, 255}, {90, 90, 30, 7}, {10, 90, 30, 7}},
+      {{2, 255, 0, 0, 0}, {255, 128, 0, 255}, {200, 200, 200, 7}, {199, 100, 0, 7}},
+      {{3, 255, 0, 0, 0}, {10, 200, 30, 255}, {90, 90, 30, 7}, {90, 199, 30, 7}},
+      {{4, 255, 0, 0, 0}, {255, 128, 0, 255}, {200, 200, 200, 7}, {254, 227, 200, 7}},
+      {{5, 255, 0, 0, 0}, {255, 128, 0, 255}, {127, 128, 255, 7}, {252, 128, 255, 7}},
+      {{6, 255, 0, 0, 0}, {255, 10, 77, 255}, {55, 20, 77, 7}, {199, 10, 0, 7}},
+      // Add is weighted, not mixed.
+      {{8, 255, 0, 0, 0}, {100, 200, 0, 255}, {100, 100, 100, 7}, {200, 255, 100, 7}},
+      {{8, 127, 1, 0, 0}, {100, 200, 0, 255}, {100, 100, 100, 7}, {149, 199, 100, 127}},
+      // Red over grey takes grey's luma: as a colour it stays red, as a hue grey has nothing to
+      // carry it; grey over red takes its saturation or gives its luma.
+      {{11, 255, 0, 0, 0}, {0, 0, 255, 255}, {128, 128, 128, 7}, {75, 75, 254, 7}},
+      {{7, 255, 0, 0, 0}, {0, 0, 255, 255}, {128, 128, 128, 7}, {128, 128, 128, 7}},
+      {{9, 255, 0, 0, 0}, {128, 128, 128, 255}, {0, 0, 255, 7}, {75, 75, 76, 7}},
+      {{10, 255, 0, 0, 0}, {76, 76, 76, 255}, {0, 0, 255, 7}, {0, 0, 255, 7}},
+      // On a clear destination every mode gives the source.
+      {{2, 255, 2, 0, 0}, {255, 128, 3, 99}, {0, 0, 0, 0}, {255, 128, 3, 99}},
+  };
+  for (const Corner& corner : corners) {
+    EXPECT_EQ(Lay(kLayerKernels.defaults[corner.param.mode], {1, 1, 4, 4}, PixelBytes({corner.dst}),
+                  PixelBytes({corner.src}), corner.param),
+              PixelBytes({corner.expected}))
+        << "mode " << corner.param.mode << " case " << &corner - corners;
+  }
+}
+
+TEST(Layer, SubPixelFractionsOfZeroAreThePlainMode) {
+  Random random(9);
+  const Picture p{37, 5, 148, 148};
+  Bytes dst(740), src(740);
+  for (u32 mode = 0; mode < kLayerModes; ++mode) {
+    LayerKernel* sampled = kLayerKernels.defaults[kLayerModes + mode];
+    if (mode == 8) {
+      EXPECT_EQ(sampled, nullptr);
+      continue;
+    }
+    for (u32 alphaMode = 0; alphaMode < 3; ++alphaMode) {
+      FillPixels(dst.data(), dst.size(), kRandom, random);
+      FillPixels(src.data(), src.size(), kRuns, random);
+      const BlendParam param{mode, 200, alphaMode, 0, 0};
+      EXPECT_EQ(Lay(sampled, p, dst, src, param),
+                Lay(kLayerKernels.defaults[mode], p, dst, src, param));
+    }
+  }
+}
+
+TEST(Layer, SubPixelSamples) {
+  const auto sample = [](std::vector<Pixel> src, f32 x, f32 y) {
+    // Laid in normal mode with carried alpha on a clear destination, the sample itself shows at the
+    // top left for a weight of 255; its alpha shows for any.
+    return Lay(kLayerKernels.defaults[kLayerModes], {2, 2, 8, 8}, Bytes(16), PixelBytes(src),
+               {0, 255, 2, x, y});
+  };
+  const auto topLeft = [](const Bytes& bytes) {
+    return Pixel{bytes[0], bytes[1], bytes[2], bytes[3]};
+  };
+  const Pixel a{0, 40, 200, 255}, b{100, 40, 0, 255}, c{200, 0, 0, 255}, d{100, 0, 0, 255};
+  EXPECT_EQ(topLeft(sample({a, b, c, d}, 0.5f, 0)), (Pixel{50, 40, 100, 255}));
+  EXPECT_EQ(topLeft(sample({a, b, c, d}, 0.5f, 0.5f)), (Pixel{100, 20, 50, 255}));
+  EXPECT_EQ(topLeft(sample({a, b, c, d}, 1, 1)), d);
+  // A clear neighbour takes alpha away and leaves the colour.
+  EXPECT_EQ(topLeft(sample({a, {9, 9, 9, 0}, a, {9, 9, 9, 0}}, 0.5f, 0.25f)),
+            (Pixel{0, 40, 200, 127}));
+  // Beyond the last column and row the last pixel goes on.
+  const Bytes edge = sample({a, b, c, d}, 0.5f, 0.5f);
+  EXPECT_EQ(Bytes(edge.begin() + 12, edge.end()), PixelBytes({d}));
+}
+
+TEST(Layer, RefusesWhatItCannotUse) {
+  constexpr f32 kNan = std::numeric_limits<f32>::quiet_NaN();
+  const BlendParam refused[] = {{0, 255, 3, 0, 0}, {0, 256, 0, 0, 0}, {0, 255, 0xFFFFFFFF, 0, 0}};
+  const BlendParam off[] = {{0, 255, 0, kNan, 0}, {0, 255, 0, 0, 1.5f}, {0, 255, 0, -0.1f, 0}};
+  const Bytes src(64, 200);
+  const auto expectRefusal = [&](LayerKernel* kernel, const BlendParam& param) {
+    if (kernel == nullptr) return;
+    Bytes dst(64, 3);
+    EXPECT_EQ(kernel(dst.data(), src.data(), 4, 4, 16, 16, param), PICTAVO_E_INVALIDARG);
+    EXPECT_EQ(dst, Bytes(64, 3));
+  };
+  for (const BlendParam& param : refused) {
+    for (LayerKernel* kernel : kLayerKernels.defaults) expectRefusal(kernel, param);
+    for (LayerKernel* kernel : kLayerKernels.sse41) expectRefusal(kernel, param);
+    for (LayerKernel* kernel : kLayerKernels.avx2) expectRefusal(kernel, param);
+  }
+  for (const BlendParam& param : off) {
+    for (u32 mode = 0; mode < kLayerModes; ++mode)
+      expectRefusal(kLayerKernels.defaults[kLayerModes + mode], param);
+  }
+}
+
+}  // namespace
+}  // namespace pictavo::test
