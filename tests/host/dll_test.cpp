@@ -266,13 +266,28 @@ TEST_F(Object, ChecksLayers) {
     EXPECT_EQ(object_->BlendLayer(c.dst, c.src, c.param), c.result);
     EXPECT_EQ(object_->BlendLayerSubpixel(c.dst, c.src, c.param), c.result);
   }
-  const auto answer = [](bool known) { return known ? PICTAVO_E_NOTIMPL : PICTAVO_E_INVALIDARG; };
+  const auto answer = [](bool known) { return known ? PICTAVO_S_OK : PICTAVO_E_INVALIDARG; };
   for (const u32 mode : {0u, 7u, 8u, 9u, 11u, 12u, 19u, 20u, 21u, 23u, 24u, ~11u, ~0u}) {
     const BlendParam param = {mode, 1, 0, 0, 0};
     EXPECT_EQ(object_->BlendLayer(&image, &image, &param), answer(mode <= 23 && mode != 20));
     EXPECT_EQ(object_->BlendLayerSubpixel(&image, &image, &param), answer(mode <= 11 && mode != 8));
   }
-  EXPECT_EQ(std::memcmp(pixel, "\1\2\3\4", 4), 0);
+  EXPECT_EQ(std::memcmp(pixel, "\1\2\3\4", 4), 0);  // an opacity of 1 weighs nothing here
+}
+
+TEST_F(Object, LaysOverTheCommonRectangle) {
+  u32 wide[] = {0xFF000000, 0xFF000000}, high[] = {0xFF112233, 0xFF445566};
+  ImageDesc dst = {{}, 0, 0, 0, wide, 2, 1, 8, 4}, src = {{}, 0, 0, 0, high, 1, 2, 4, 4};
+  for (const i32 level : {0, 6, object_->GetCPULevel()}) {
+    object_->SetCPULevel(level);
+    wide[0] = 0xFF000000;
+    const BlendParam normal = {0, 255, 0, 0, 0}, between = {0, 255, 0, 0, 0.5f};
+    EXPECT_EQ(object_->BlendLayer(&dst, &src, &normal), PICTAVO_S_OK);
+    EXPECT_EQ(wide[0], 0xFF112233);
+    EXPECT_EQ(object_->BlendLayerSubpixel(&dst, &src, &between), PICTAVO_S_OK);
+    EXPECT_EQ(wide[0], 0xFF112233);  // the common rectangle has no second row to sample
+    EXPECT_EQ(wide[1], 0xFF000000);
+  }
 }
 
 }  // namespace
