@@ -138,6 +138,14 @@ std::vector<u8> MakePixels(const Size& size, const std::string& alpha) {
   return pixels;
 }
 
+/// The same, made once.
+const std::vector<u8>& Pixels(const Size& size, const std::string& alpha) {
+  static std::map<std::pair<std::string, std::string>, std::vector<u8>> made;
+  std::vector<u8>& pixels = made[{size.name, alpha}];
+  if (pixels.empty()) pixels = MakePixels(size, alpha);
+  return pixels;
+}
+
 /// Name of a benchmark: operation/size/alpha/build; the streaming loop is an operation of its own.
 std::string Name(const std::string& operation, const Size& size, const std::string& alpha,
                  const std::string& build) {
@@ -148,8 +156,8 @@ void Register(const std::string& name, const Size& size, const std::string& alph
               std::function<void(u8*, const u8*)> run) {
   benchmark::RegisterBenchmark(name.c_str(),
                                [=](benchmark::State& state) {
-                                 std::vector<u8> dst = MakePixels(size, "soft");
-                                 const std::vector<u8> src = MakePixels(size, alpha);
+                                 std::vector<u8> dst = Pixels(size, "soft");
+                                 const std::vector<u8>& src = Pixels(size, alpha);
                                  for (auto _ : state) {
                                    run(dst.data(), src.data());
                                    benchmark::ClobberMemory();

@@ -4,6 +4,8 @@
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine} WINEDEBUG=${WINEDEBUG:--all}
+# Without its debugger: that would end a program that crashed with exit code 0.
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-winedbg.exe=d}
 
 # Debian's `wine` asks for its 32-bit half at every start; the 64-bit loader does not.
 wine=wine
