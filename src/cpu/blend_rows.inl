@@ -155,17 +155,24 @@ using OpacityToAlpha = OpacityRule<true, false, fade, soft>;
 template <Fade fade, bool soft>
 using OpacityToAlphaOnBackdrop = OpacityRule<true, true, fade, soft>;
 
-/// Whether a block is soft. That it holds a source alpha of 0 or 255 matters to plain rows only.
+/// What a block holds for a rule.
+enum class Holds { kNothing, kCopies, kSoft, kMixed };
+
 template <typename Rule, Fade fade>
-bool IsSoft(const Block& s, const u8* dst) {
-  constexpr bool plain = fade == Fade::kNone;
-  return !(plain && Rule::kApartOpaque && s.AnyOpaque()) &&
-         !(plain && Rule::kApartClear && s.AnyClear()) &&
-         !(Rule::kApartClearDst && Block(dst).AnyClear());
+Holds WhatHolds(const Block& s, const u8* dst) {
+  if (s.AllClear()) return Holds::kNothing;
+  if constexpr (fade == Fade::kNone) {  // else neither a source alpha of 0 nor one of 255 matters
+    const bool anyOpaque = s.AnyOpaque();
+    if (anyOpaque && s.AllOpaque()) return Holds::kCopies;
+    if (Rule::kApartOpaque && anyOpaque) return Holds::kMixed;
+    if (Rule::kApartClear && s.AnyClear()) return Holds::kMixed;
+  }
+  if (Rule::kApartClearDst && Block(dst).AnyClear()) return Holds::kMixed;
+  return Holds::kSoft;
 }
 
 /// One row, or one packed picture. Blocks that are all clear, or all opaque where that means a
-/// copy, cost one test.
+/// copy, cost a test or two.
 template <template <Fade, bool> typename Rule, Fade fade>
 void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
   const Rule<fade, false> rule(row);
@@ -176,15 +183,13 @@ void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
     Prefetch(src + at);
     Prefetch(dst + at);
     const Block s(src + at);
-    if (s.AllClear()) continue;
-    if (fade == Fade::kNone && s.AllOpaque()) {
-      for (i64 i = 0; i < 4; ++i) s.v[i].Store(dst + at + i * kVectorBytes);
-      continue;
-    }
-    if (IsSoft<Rule<fade, false>, fade>(s, dst + at)) {
+    const Holds holds = WhatHolds<Rule<fade, false>, fade>(s, dst + at);
+    if (holds == Holds::kSoft) {
       BlendBlock(softRule, dst + at, s);
-    } else {
+    } else if (holds == Holds::kMixed) {
       BlendBlock(rule, dst + at, s);
+    } else if (holds == Holds::kCopies) {
+      s.Store(dst + at);
     }
   }
   for (; at + kVectorBytes <= bytes; at += kVectorBytes) {

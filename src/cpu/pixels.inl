@@ -38,14 +38,17 @@ struct Block {
   explicit Block(const u8* p) {
     for (i64 i = 0; i < 4; ++i) v[i] = V::Load(p + i * kVectorBytes);
   }
-  bool AllClear() const { return AlphasClear(v[0] | v[1] | v[2] | v[3]); }
-  bool AllOpaque() const { return AlphasOpaque(v[0] & v[1] & v[2] & v[3]); }
-  bool AnyOpaque() const {
-    return !AlphasClear(Equal8(Max8(Max8(v[0], v[1]), Max8(v[2], v[3])), V::All32(~0u)));
+  void Store(u8* p) const {
+    for (i64 i = 0; i < 4; ++i) v[i].Store(p + i * kVectorBytes);
   }
-  bool AnyClear() const {
-    return !AlphasClear(Equal8(Min8(Min8(v[0], v[1]), Min8(v[2], v[3])), V::All32(0)));
-  }
+
+  V Most() const { return Max8(Max8(v[0], v[1]), Max8(v[2], v[3])); }
+  V Least() const { return Min8(Min8(v[0], v[1]), Min8(v[2], v[3])); }
+
+  bool AllClear() const { return AlphasClear(Most()); }
+  bool AllOpaque() const { return AlphasOpaque(Least()); }
+  bool AnyOpaque() const { return !AlphasClear(Equal8(Most(), V::All32(~0u))); }
+  bool AnyClear() const { return !AlphasClear(Equal8(Least(), V::All32(0))); }
 };
 
 template <typename Rule>
