@@ -181,14 +181,15 @@ void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
   i64 at = 0;
   for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
     Prefetch(src + at);
-    Prefetch(dst + at);
     const Block s(src + at);
     const Holds holds = WhatHolds<Rule<fade, false>, fade>(s, dst + at);
+    if (holds == Holds::kNothing) continue;
+    Prefetch(dst + at);  // only here: a clear stretch leaves the destination out of the cache
     if (holds == Holds::kSoft) {
       BlendBlock(softRule, dst + at, s);
     } else if (holds == Holds::kMixed) {
       BlendBlock(rule, dst + at, s);
-    } else if (holds == Holds::kCopies) {
+    } else {
       s.Store(dst + at);
     }
   }
