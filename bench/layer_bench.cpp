@@ -1,0 +1,56 @@
+// Layer blend modes.
+#include "bench.h"
+#include "cpu/layer.h"
+
+namespace pictavo::bench {
+namespace {
+
+struct Layer {
+  const char* name;
+  u32 mode, alphaMode;
+};
+
+const Layer kLayers[] = {
+    {"73 normal", 0, 0},
+    {"73 darken", 1, 0},
+    {"73 multiply", 2, 0},
+    {"73 lighten", 3, 0},
+    {"73 screen", 4, 0},
+    {"73 overlay", 5, 0},
+    {"73 difference", 6, 0},
+    {"73 hue", 7, 0},
+    {"73 add", 8, 0},
+    {"73 saturation", 9, 0},
+    {"73 luminosity", 10, 0},
+    {"73 colour", 11, 0},
+    {"73 normal, over alpha", 0, 2},
+    {"73 multiply, over alpha", 2, 2},
+};
+
+/// The kernel that the kernel table holds at a level.
+cpu::LayerKernel* Kernel(u32 mode, i32 level) {
+  const cpu::LayerKernels& kernels = cpu::kLayerKernels;
+  if (level >= 8 && kernels.avx2[mode] != nullptr) return kernels.avx2[mode];
+  return level >= 6 ? kernels.sse41[mode] : kernels.defaults[mode];
+}
+
+}  // namespace
+
+Table Layers() {
+  Table table = {"Layer modes", BuildColumns(), BuildColumns().size(), {}};
+  for (const Layer& layer : kLayers) {
+    for (const Size& size : {kHd, kCached}) {
+      for (const char* alpha : {"opaque", "clear", "mixed", "soft"}) {
+        table.lines.push_back(
+            {layer.name, size.name() + " " + alpha, size.pixels(), &Pixels(size, alpha),
+             &Pixels(size, "soft"), true, AtEachBuild([=](i32 level, u8* dst, const u8* src) {
+               Kernel(layer.mode, level)(dst, src, size.width, size.height, size.width * 4,
+                                         size.width * 4, {layer.mode, 255, layer.alphaMode, 0, 0});
+             })});
+      }
+    }
+  }
+  return table;
+}
+
+}  // namespace pictavo::bench
