@@ -34,4 +34,4 @@ host blend "Z:${pictures[0]}" "Z:${pictures[1]}" out/blend.png --op opacity-ramp
 host demo out "Z:${pictures[0]}" "Z:${pictures[1]}"
 
 echo
-echo "The pictures are in $PWD/out: contact-sheet.png and blend.png"
+echo "The pictures are in $PWD/out: contact-sheet-*.png and blend.png"

@@ -1,11 +1,9 @@
 // pictavo-host blend: lays one picture over another at any place.
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <cwchar>
 #include <limits>
-#include <string_view>
 
+#include "command_line.h"
 #include "commands.h"
 #include "operations.h"
 #include "text.h"
@@ -21,53 +19,6 @@ struct Job {
   i32 level = -1;          // the processor's
   i32 x = 0;
   i32 y = 0;
-};
-
-/// Takes the command line apart, one argument after the other.
-class Parser {
- public:
-  explicit Parser(const Arguments& arguments) : arguments_(arguments) {}
-
-  bool AtEnd() const { return next_ == arguments_.size(); }
-
-  std::wstring Next(const std::string& what) {
-    if (AtEnd()) throw UsageFailure(what + " is missing");
-    return arguments_[next_++];
-  }
-
-  i32 Integer(const std::string& what, i64 least, i64 most) {
-    const std::wstring text = Next(what);
-    wchar_t* end = nullptr;
-    const i64 value = std::wcstoll(text.c_str(), &end, 10);
-    if (end == text.c_str() || *end != L'\0' || value < least || value > most) {
-      throw UsageFailure(Format("%s must be a whole number from %lld to %lld, not \"%s\"",
-                                what.c_str(), static_cast<long long>(least),
-                                static_cast<long long>(most), Utf8(text).c_str()));
-    }
-    return static_cast<i32>(value);
-  }
-
-  f32 Real(const std::string& what) {
-    const std::wstring text = Next(what);
-    wchar_t* end = nullptr;
-    const f32 value = std::wcstof(text.c_str(), &end);
-    if (end == text.c_str() || *end != L'\0' || !std::isfinite(value)) {
-      throw UsageFailure(what + " must be a number, not \"" + Utf8(text) + '"');
-    }
-    return value;
-  }
-
-  u32 Colour(const std::string& what) {
-    const std::wstring text = Next(what);
-    if (text.size() != 8 || text.find_first_not_of(L"0123456789ABCDEFabcdef") != text.npos) {
-      throw UsageFailure(what + " must be eight hexadecimal digits, not \"" + Utf8(text) + '"');
-    }
-    return static_cast<u32>(std::wcstoul(text.c_str(), nullptr, 16));
-  }
-
- private:
-  const Arguments& arguments_;
-  size_t next_ = 0;
 };
 
 void ParseOption(const std::string& option, i32 highestLevel, Parser* parser, Job* job) {
@@ -92,7 +43,7 @@ void ParseOption(const std::string& option, i32 highestLevel, Parser* parser, Jo
     job->settings.opacity = static_cast<u8>(parser->Integer("--opacity", 0, 255));
     job->given |= kOpacity;
   } else if (option == "--backdrop") {
-    job->settings.backdrop = parser->Colour("--backdrop");
+    job->settings.backdrop = parser->Hex("--backdrop", 8);
     job->given |= kBackdrop;
   } else {
     throw UsageFailure("there is no option \"" + option + '"');
@@ -117,8 +68,9 @@ Job Parse(const Arguments& arguments, i32 highestLevel) {
   Job job;
   Parser parser(arguments);
   while (!parser.AtEnd()) {
+    const bool option = parser.AtOption();
     const std::wstring argument = parser.Next("an argument");
-    if (argument.rfind(L"--", 0) == 0) {
+    if (option) {
       ParseOption(Utf8(argument), highestLevel, &parser, &job);
     } else {
       job.files.push_back(argument);
@@ -172,8 +124,6 @@ bool BlendVisible(pictavo::IPictavo6* object, const Job& job, const Picture& lay
   return true;
 }
 
-}  // namespace
-
 int RunBlend(pictavo::Library& library, const Arguments& arguments) {
   const Job job = Parse(arguments, library->GetCPULevel());
   if (job.level >= 0) library->SetCPULevel(job.level);
@@ -194,5 +144,20 @@ int RunBlend(pictavo::Library& library, const Arguments& arguments) {
               visible ? "" : "; the layer lies outside the background");
   return 0;
 }
+
+}  // namespace
+
+const Command kBlendCommand = {
+    L"blend",
+    "  pictavo-host blend BACKGROUND LAYER OUT [options]\n"
+    "      Blends a layer into a background and writes a PNG, or a JPEG for a name in .jpg.\n"
+    "      --op NAME            the operation, one of the list below; over by default\n"
+    "      --at X Y             where the layer's top left corner goes; 0 0 by default\n"
+    "      --level N            instruction-set level, 0 to the processor's\n"
+    "      --ramp START END     opacity of the layer's top and bottom, 1 for full\n"
+    "      --flip               turns the layer upside down\n"
+    "      --opacity N          opacity of the layer, 0 to 255\n"
+    "      --backdrop AARRGGBB  colour to mix with instead of the background\n",
+    RunBlend};
 
 }  // namespace host

@@ -2,21 +2,24 @@
 #define PICTAVO_SAMPLES_HOST_COMMANDS_H_
 
 #include <string>
-#include <vector>
 
+#include "command_line.h"
 #include "pictavo/pictavo_host.h"
 
 namespace host {
 
-using Arguments = std::vector<std::wstring>;
+struct Command {
+  const wchar_t* name;
+  const char* usage;  // lines for people, the first one its form
 
-// The commands. Each takes what follows its name on the command line and returns the program's exit
-// code; it throws Failure, or UsageFailure for arguments that make no sense. The library is loaded
-// and COM is up.
+  /// Takes what follows the name on the command line and returns the program's exit code. Throws
+  /// Failure, or UsageFailure for arguments that make no sense. The library is loaded and COM is
+  /// up.
+  int (*run)(pictavo::Library& library, const Arguments& arguments);
+};
 
-int RunInfo(pictavo::Library& library, const Arguments& arguments);
-int RunBlend(pictavo::Library& library, const Arguments& arguments);
-int RunDemo(pictavo::Library& library, const Arguments& arguments);
+// The commands, each in its own file.
+extern const Command kInfoCommand, kBlendCommand, kDemoCommand;
 
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);

@@ -227,6 +227,8 @@ std::wstring PathOf(HMODULE module) {
   }
 }
 
+namespace {
+
 int RunInfo(pictavo::Library& library, const Arguments& arguments) {
   if (!arguments.empty()) throw UsageFailure("info takes no arguments");
   const i32 level = library->GetCPULevel();
@@ -237,5 +239,13 @@ int RunInfo(pictavo::Library& library, const Arguments& arguments) {
   PrintMethods(library.get());
   return 0;
 }
+
+}  // namespace
+
+const Command kInfoCommand = {
+    L"info",
+    "  pictavo-host info\n"
+    "      Says what the library beside this program can do on this processor.\n",
+    RunInfo};
 
 }  // namespace host

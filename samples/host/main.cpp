@@ -19,11 +19,8 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kMisused = 2;
 
-struct Command {
-  const wchar_t* name;
-  int (*run)(pictavo::Library& library, const Arguments& arguments);
-};
-constexpr Command kCommands[] = {{L"info", RunInfo}, {L"blend", RunBlend}, {L"demo", RunDemo}};
+/// In the order in which the usage tells of them.
+const Command* const kCommands[] = {&kInfoCommand, &kBlendCommand, &kDemoCommand};
 
 /// For as long as it lives, the console shows UTF-8. Text reaches it as it is and in whole pieces:
 /// neither the C library nor the console puts a character together from single bytes.
@@ -63,26 +60,9 @@ class ComApartment {
 };
 
 void PrintUsage() {
+  std::puts("Shows Pictavo.dll at work on pictures.\n");
+  for (const Command* command : kCommands) std::puts(command->usage);
   std::fputs(
-      "Shows Pictavo.dll at work on pictures.\n"
-      "\n"
-      "  pictavo-host info\n"
-      "      Says what the library beside this program can do on this processor.\n"
-      "\n"
-      "  pictavo-host blend BACKGROUND LAYER OUT [options]\n"
-      "      Blends a layer into a background and writes a PNG, or a JPEG for a name in .jpg.\n"
-      "      --op NAME            the operation, one of the list below; over by default\n"
-      "      --at X Y             where the layer's top left corner goes; 0 0 by default\n"
-      "      --level N            instruction-set level, 0 to the processor's\n"
-      "      --ramp START END     opacity of the layer's top and bottom, 1 for full\n"
-      "      --flip               turns the layer upside down\n"
-      "      --opacity N          opacity of the layer, 0 to 255\n"
-      "      --backdrop AARRGGBB  colour to mix with instead of the background\n"
-      "\n"
-      "  pictavo-host demo FOLDER [BACKGROUND LAYER]\n"
-      "      Runs every operation, checks and times it at each level, and writes what it gives to\n"
-      "      contact-sheet.png in the folder. Without pictures it paints its own.\n"
-      "\n"
       "Exit code: 0 done, 1 failed or a check failed, 2 wrong arguments.\n"
       "\n"
       "  Operation             Slot  Takes                          Blends\n",
@@ -123,11 +103,11 @@ int Run(const Arguments& arguments) {
     PrintUsage();
     return kMisused;
   }
-  for (const Command& command : kCommands) {
-    if (arguments[0] != command.name) continue;
+  for (const Command* command : kCommands) {
+    if (arguments[0] != command->name) continue;
     const ComApartment apartment;
     pictavo::Library library = LoadLibraryBesideProgram();
-    return command.run(library, Arguments(arguments.begin() + 1, arguments.end()));
+    return command->run(library, Arguments(arguments.begin() + 1, arguments.end()));
   }
   throw UsageFailure("there is no command \"" + Utf8(arguments[0]) + '"');
 }

@@ -1,0 +1,36 @@
+#ifndef PICTAVO_SAMPLES_HOST_COMMAND_LINE_H_
+#define PICTAVO_SAMPLES_HOST_COMMAND_LINE_H_
+
+#include <string>
+#include <vector>
+
+#include "picture.h"
+
+namespace host {
+
+using Arguments = std::vector<std::wstring>;
+
+/// Takes a command line apart, one argument after the other. Throws UsageFailure for what is
+/// missing or not what it should be; `what` names it for people.
+class Parser {
+ public:
+  explicit Parser(const Arguments& arguments) : arguments_(arguments) {}
+
+  bool AtEnd() const { return next_ == arguments_.size(); }
+  /// Whether an option comes next, which begins with two hyphens.
+  bool AtOption() const;
+
+  std::wstring Next(const std::string& what);
+  i32 Integer(const std::string& what, i64 least, i64 most);
+  f32 Real(const std::string& what);
+  /// Hexadecimal digits, two a byte.
+  u32 Hex(const std::string& what, size_t digits);
+
+ private:
+  const Arguments& arguments_;
+  size_t next_ = 0;
+};
+
+}  // namespace host
+
+#endif  // PICTAVO_SAMPLES_HOST_COMMAND_LINE_H_
