@@ -16,6 +16,12 @@
 // - Aliasing. Source and destination may be the same picture at the same place; any other overlap
 //   gives pixels that depend on the instruction-set level.
 // - Ownership. Pictures, records and arrays stay the host's. Nothing is kept between calls.
+// - Resizing. Rows follow their pitches literally: those of a source may share bytes or run
+// upwards,
+//   those of a destination are written in order, a later one over an earlier. Source and
+//   destination must not overlap, or the pixels depend on the level. Positions have 16.16 bits
+//   where a comment says so; a source wider or higher than 32767 is then refused with
+//   PICTAVO_E_INVALIDARG.
 // - Flip. A non-zero flip reads the source bottom-up; a destination is always written top-down.
 // - Opacity ramp. Two floats fade a picture from its top row to its bottom row: row r of h uses the
 //   factor r / h * (end - start) + start in single precision. Factors are not clamped. A product
@@ -271,17 +277,49 @@ struct IPictavo {
   virtual u32 Reserved27() noexcept = 0;  ///< Slot 27.
   virtual u32 Reserved28() noexcept = 0;  ///< Slot 28.
 
-  /// Slot 29. Resizes by a 4 x 4 grid of samples, colours weighted by alpha. Not built yet.
+  /// Slot 29. Resizes by the mean of a 4 x 4 grid of samples, colours weighted by alpha.
+  ///
+  /// In 16.16 bits, sx = srcWidth * 65536 / dstWidth and sy likewise; pixel (x, y) samples the
+  /// source at the columns (x * sx + i * (sx / 4)) >> 16 and rows (y * sy + j * (sy / 4)) >> 16, i
+  /// and j from 0 to 3. With S the sum of the sixteen alphas, alpha becomes S >> 4 and each colour
+  /// the sum of colour * alpha, / S; a pixel whose alpha becomes 0 becomes all 0. A non-zero
+  /// forceOpaque takes each colour's sum >> 4 and alpha 255 instead. Divisions round towards zero.
+  ///
+  /// Pitches in bytes. @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
+  /// PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the source is too large
   virtual u32 ResizeBox16AlphaWeighted(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
                                        const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
                                        i32 forceOpaque) noexcept = 0;
 
-  /// Slot 30. Bilinear resize with 16.16 steps. Not built yet.
+  /// Slot 30. Resizes bilinearly with 16-bit weights.
+  ///
+  /// In 16.16 bits, column x lies at x * sx, sx = srcWidth * 65536 / dstWidth; where the last
+  /// column would then have no right neighbour, the dividend is made 65536 smaller until it has
+  /// one. With p the source pixel there, q the one right of it and f the low 16 bits of the
+  /// position, each channel becomes (((q - p) * f) >> 16) + p, rounded down; so for two rows, and
+  /// between them likewise with the row's position. A non-zero forceOpaque sets alpha to 255.
+  /// Without fullSize the last column and row of the destination are left alone; sx keeps its
+  /// dividend and divisor. In a source of one column, or row, that one is its own neighbour.
+  ///
+  /// Pitches in bytes. @return PICTAVO_S_OK, also when nothing is left to write; PICTAVO_E_POINTER
+  /// when dst or src is null; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the
+  /// source is too large; PICTAVO_E_OUTOFMEMORY
   virtual u32 ResizeBilinear16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                                i32 srcWidth, i32 srcHeight, i32 srcPitch, i32 forceOpaque,
                                i32 fullSize) noexcept = 0;
 
-  /// Slot 31. Bilinear resize with 7-bit weights. Not built yet.
+  /// Slot 31. Resizes bilinearly with 7-bit weights.
+  ///
+  /// Column x lies at t = x * 256 * srcWidth / dstWidth: p is the source pixel t >> 8, q the one
+  /// right of it and f = (t >> 1) & 127; from the source's last column on, p is the last but one
+  /// and f 127. Each channel becomes (((q - p) * f) >> 7) + p, rounded down; so for two rows, and
+  /// between them likewise with the row's t. The destination's last row is not blended with the row
+  /// below it. From one destination column or row to the next, at most 255 source ones are stepped
+  /// over. In a source of one column, or row, that one is its own neighbour.
+  ///
+  /// Pitches in bytes. @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
+  /// PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the destination is wider or
+  /// higher than 2^23; PICTAVO_E_OUTOFMEMORY
   virtual u32 ResizeBilinear7(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                               i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
 
@@ -364,17 +402,24 @@ struct IPictavo2 : IPictavo {
   virtual u32 Reserved54(const u8* src, i32 width, i32 height, u8* dst, i32 option,
                          u32 flags) noexcept = 0;
 
-  /// Slot 55. Nearest-neighbour resize. Not built yet.
+  /// Slot 55. Resizes by taking the source pixel at the column (x * sx) >> 16 and row (y * sy) >>
+  /// 16 for pixel (x, y), sx = (srcWidth << 16) / dstWidth and sy likewise: the upper left of those
+  /// that it covers. The same code at every level.
+  ///
+  /// Pitches in bytes, of which only whole pixels count. @return PICTAVO_S_OK; PICTAVO_E_POINTER
+  /// when dst or src is null; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the
+  /// source is too large
   virtual u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
                               i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
 
   virtual u32 Reserved56() noexcept = 0;  ///< Slot 56. A filter with float parameters.
 
-  /// Slot 57. Resizes by a 4 x 4 grid of samples, every channel alike. Not built yet.
+  /// Slot 57. Resizes by the mean of slot 29's 4 x 4 grid of samples: every channel, alpha
+  /// included, becomes its sum >> 4. The same code at every level. @return as slot 29
   virtual u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                           i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
 
-  /// Slot 58. Slot 30 with alpha always interpolated. Not built yet.
+  /// Slot 58. Slot 30 with alpha always interpolated. @return as slot 30
   virtual u32 ResizeBilinear16KeepAlpha(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
                                         const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
                                         i32 fullSize) noexcept = 0;

@@ -31,6 +31,9 @@ inline V Sub16(V a, V b) { return {_mm_sub_epi16(a.v, b.v)}; }
 /// The low and the high half of the unsigned 32-bit product.
 inline V Mul16(V a, V b) { return {_mm_mullo_epi16(a.v, b.v)}; }
 inline V MulHigh16(V a, V b) { return {_mm_mulhi_epu16(a.v, b.v)}; }
+/// The high half of the signed one.
+inline V MulHighSigned16(V a, V b) { return {_mm_mulhi_epi16(a.v, b.v)}; }
+inline V Add8(V a, V b) { return {_mm_add_epi8(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm_adds_epu8(a.v, b.v)}; }
 inline V SubSaturated8(V a, V b) { return {_mm_subs_epu8(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm_min_epu8(a.v, b.v)}; }
@@ -39,6 +42,8 @@ inline V Add32(V a, V b) { return {_mm_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
 /// All ones where the byte is 128 or more, 0 elsewhere.
 inline V IsHigh8(V a) { return {_mm_cmpgt_epi8(_mm_setzero_si128(), a.v)}; }
+/// All ones where the 16-bit number is negative, 0 elsewhere.
+inline V IsNegative16(V a) { return {_mm_srai_epi16(a.v, 15)}; }
 /// All ones where equal, 0 elsewhere.
 inline V Equal8(V a, V b) { return {_mm_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm_cmpeq_epi32(a.v, b.v)}; }

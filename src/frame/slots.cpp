@@ -1,6 +1,7 @@
 // The interface table, in slot order: each method names the operation behind it. The methods about
 // the object itself stand in pictavo_object.cpp.
 #include "cpu/blend.h"
+#include "cpu/resize.h"
 #include "frame/pictavo_object.h"
 
 namespace pictavo {
@@ -71,14 +72,22 @@ u32 Pictavo::Reserved25() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved26() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved27() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved28() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ResizeBox16AlphaWeighted(u8*, i32, i32, i32, const u8*, i32, i32, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ResizeBox16AlphaWeighted(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
+                                      const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
+                                      i32 forceOpaque) noexcept {
+  return cpu::ResizeBox16AlphaWeighted(cpuLevel, dst, dstWidth, dstHeight, dstPitch, src, srcWidth,
+                                       srcHeight, srcPitch, forceOpaque);
 }
-u32 Pictavo::ResizeBilinear16(u8*, i32, i32, i32, const u8*, i32, i32, i32, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ResizeBilinear16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                              i32 srcWidth, i32 srcHeight, i32 srcPitch, i32 forceOpaque,
+                              i32 fullSize) noexcept {
+  return cpu::ResizeBilinear16(cpuLevel, dst, dstWidth, dstHeight, dstPitch, src, srcWidth,
+                               srcHeight, srcPitch, forceOpaque, fullSize);
 }
-u32 Pictavo::ResizeBilinear7(u8*, i32, i32, i32, const u8*, i32, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ResizeBilinear7(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                             i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
+  return cpu::ResizeBilinear7(cpuLevel, dst, dstWidth, dstHeight, dstPitch, src, srcWidth,
+                              srcHeight, srcPitch);
 }
 u32 Pictavo::Reserved32() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved33() noexcept { return PICTAVO_E_NOTIMPL; }
@@ -126,15 +135,21 @@ u32 Pictavo::Reserved51() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved52() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved53() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved54(const u8*, i32, i32, u8*, i32, u32) noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ResizeNearest32(u32*, i32, i32, i32, const u32*, i32, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
+                             i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
+  return cpu::ResizeNearest32(dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight,
+                              srcPitch);
 }
 u32 Pictavo::Reserved56() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ResizeBox16(u8*, i32, i32, i32, const u8*, i32, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                         i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
+  return cpu::ResizeBox16(dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch);
 }
-u32 Pictavo::ResizeBilinear16KeepAlpha(u8*, i32, i32, i32, const u8*, i32, i32, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ResizeBilinear16KeepAlpha(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
+                                       const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
+                                       i32 fullSize) noexcept {
+  return cpu::ResizeBilinear16KeepAlpha(cpuLevel, dst, dstWidth, dstHeight, dstPitch, src, srcWidth,
+                                        srcHeight, srcPitch, fullSize);
 }
 u32 Pictavo::Reserved59(void*, void*, u32, u32) noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved60() noexcept { return PICTAVO_E_NOTIMPL; }

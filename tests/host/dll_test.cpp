@@ -166,7 +166,8 @@ TEST_F(Object, AnswersWhatItHasNotBuilt) {
   using Word = std::uintptr_t;  // as wide as any argument
   using Method = u32(void*, Word, Word, Word, Word, Word, Word, Word, Word, Word, Word);
   Method* const* table = *reinterpret_cast<Method***>(object_);
-  const std::set<u32> built = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 36, 37, 42, 73, 74};
+  const std::set<u32> built = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,
+                               29, 30, 31, 36, 37, 42, 55, 57, 58, 73, 74};
   const std::set<u32> silent = {14, 15, 34, 35};
   for (const Word a : {Word{0}, ~Word{0}}) {
     for (u32 slot = 0; slot < PICTAVO_METHOD_COUNT; ++slot) {
@@ -238,6 +239,45 @@ TEST_F(Object, BlendsByTheRuleOfEachSlot) {
     expected[packedSlots.contains(c.slot) ? 1 : 2] = c.bottom;
     EXPECT_EQ(c.blend(), c.slot == 11 ? PICTAVO_S_OK : 1) << "slot " << c.slot;
     EXPECT_EQ(dst, expected) << "slot " << c.slot;
+  }
+}
+
+TEST_F(Object, ResizesByTheRuleOfEachSlot) {
+  const u32 src[] = {0x00000000, 0x80404040};
+  const u8* s = reinterpret_cast<const u8*>(src);
+  std::array<u32, 4> dst;
+  u8* d = reinterpret_cast<u8*>(dst.data());
+  struct Case {
+    u32 slot;
+    std::function<u32()> resize;
+    std::array<u32, 4> expected;  // three pixels of two, and one that is not touched
+  } const cases[] = {
+      {29,
+       [&] { return object_->ResizeBox16AlphaWeighted(d, 3, 1, 12, s, 2, 1, 8, 0); },
+       {0, 0x20404040, 0x80404040, 7}},
+      {30,
+       [&] { return object_->ResizeBilinear16(d, 3, 1, 12, s, 2, 1, 8, 1, 1); },
+       {0xFF000000, 0xFF151515, 0xFF2A2A2A, 7}},
+      {31,
+       [&] { return object_->ResizeBilinear7(d, 3, 1, 12, s, 2, 1, 8); },
+       {0, 0x552A2A2A, 0x7F3F3F3F, 7}},
+      {55,
+       [&] { return object_->ResizeNearest32(dst.data(), 3, 1, 12, src, 2, 1, 8); },
+       {0, 0, 0x80404040, 7}},
+      {57,
+       [&] { return object_->ResizeBox16(d, 3, 1, 12, s, 2, 1, 8); },
+       {0, 0x20101010, 0x80404040, 7}},
+      {58,
+       [&] { return object_->ResizeBilinear16KeepAlpha(d, 3, 2, 12, s, 2, 1, 8, 0); },
+       {0, 0x552A2A2A, 7, 7}},
+  };
+  for (const i32 level : {0, object_->GetCPULevel()}) {
+    object_->SetCPULevel(level);
+    for (const auto& c : cases) {
+      dst.fill(7);
+      EXPECT_EQ(c.resize(), PICTAVO_S_OK) << "slot " << c.slot;
+      EXPECT_EQ(dst, c.expected) << "slot " << c.slot;
+    }
   }
 }
 

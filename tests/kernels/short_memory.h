@@ -1,0 +1,15 @@
+#ifndef PICTAVO_TESTS_SHORT_MEMORY_H_
+#define PICTAVO_TESTS_SHORT_MEMORY_H_
+
+namespace pictavo::test {
+
+/// While it lives, only so many more allocations of pages succeed.
+class ShortMemory {
+ public:
+  explicit ShortMemory(int allocations);
+  ~ShortMemory();
+};
+
+}  // namespace pictavo::test
+
+#endif  // PICTAVO_TESTS_SHORT_MEMORY_H_
