@@ -55,6 +55,7 @@ const Bytes& Pixels(const Size& size, const std::string& alpha);
 // The families, each in its own file.
 Table Blends();
 Table Layers();
+Table MotionBlurs();
 
 }  // namespace pictavo::bench
 

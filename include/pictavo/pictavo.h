@@ -437,12 +437,49 @@ struct IPictavo2 : IPictavo {
 
 /// Slots 63 to 72: motion blur and borders.
 struct IPictavo3 : IPictavo2 {
-  /// Slot 63. Smears a picture along a direction, a zoom or a spin. Not built yet.
+  /// Slot 63. Smears a picture along a direction, a zoom about its centre or a spin about its
+  /// centre: whichever passes through the most places, spin before zoom before direction where they
+  /// tie.
+  ///
+  /// With s = min(strength, 2) and the source's width W and height H, a direction has
+  /// trunc(|(dirX, dirY)| * s / 1.5) places, a zoom trunc(W * |zoom - 1| * s / 3), and a spin
+  /// trunc(2 pi * R * |angle| / 360 * s) with R = sqrt(W * W + H * H) / 1.5.
+  ///
+  /// A destination pixel is the mean of at most maxSamples of its motion's places, evenly spread.
+  /// Colours are the mean of the samples that hit a pixel of the source that is not clear, alpha is
+  /// their sum divided by the number of all samples; divisions round towards zero. Where no sample
+  /// hits, the pixel becomes 0. Every build gives the same bytes; a spin's angles are worked out
+  /// without the C library, so that they are the same on every system too.
+  ///
+  /// - Direction: n places one pixel apart, from the pixel backwards. Its n does not limit
+  /// strength.
+  ///   n = 0 copies W * H packed pixels; a destination whose pitch * height is less is cleared
+  ///   instead, errno becomes ERANGE and the C runtime's invalid-parameter handler is called if one
+  ///   is set.
+  /// - Zoom: place i is the picture shrunk to fit a frame 2 * i pixels wider; place 0 is scaled by
+  ///   65535 / 65536, so that it reads one pixel up and to the left.
+  /// - Spin: places lie along the tangent, in steps that grow from 0 at the centre. The only kind
+  ///   that uses pitches: in the other two, the rows of both pictures are packed whatever the
+  ///   records say.
+  ///
+  /// The destination has the size that GetMotionBlurDstSize tells. Another one is filled as it is;
+  /// direction and zoom then say so to the debugger.
+  ///
+  /// @return PICTAVO_S_OK, also for an empty destination; PICTAVO_E_POINTER when a record is null;
+  /// PICTAVO_E_INVALIDARG when a record's data is null or it holds a texture, when a size of the
+  /// source is negative or a picture cannot fit in memory, when the motion has no place, more than
+  /// 2^24 or one that cannot be computed, and when it would take no sample, one for several places
+  /// or more than 65536; PICTAVO_E_OUTOFMEMORY
   virtual u32 MotionBlur(const ImageDesc* src, ImageDesc* dst,
                          const MotionBlurParam* param) noexcept = 0;
 
-  /// Slot 64. Tells what MotionBlur needs: the size of its destination, and where the destination's
-  /// origin lies from the source's. Not built yet.
+  /// Slot 64. Tells what MotionBlur needs: the width, height and pitch (width * 4) of its
+  /// destination, and where the destination's origin lies from the source's (0 or less).
+  ///
+  /// With the kind, places and R of MotionBlur: a spin needs a square of 2 * trunc(R + 0.5) around
+  /// the source's centre; a zoom of n places a border of n - 1 pixels on every side, or of H / 2
+  /// when that is less; a direction of n places n - 1 pixels towards it.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when an argument is null
   virtual u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst,
                                    const MotionBlurParam* param, i32* offsetX,
                                    i32* offsetY) noexcept = 0;

@@ -14,6 +14,10 @@ inline i32 TruncateToI32(f32 x) {
   return x >= -2147483648.0f && x < 2147483648.0f ? static_cast<i32>(x) : INT32_MIN;
 }
 
+inline i32 TruncateToI32(double x) {
+  return x > -2147483649.0 && x < 2147483648.0 ? static_cast<i32>(x) : INT32_MIN;
+}
+
 /// Whether width * height packed pixels of 4 bytes can lie in memory at all. Sizes must not be
 /// negative.
 inline bool FitsInMemory(i32 width, i32 height) { return i64{width} * height <= PTRDIFF_MAX / 4; }

@@ -17,6 +17,7 @@ struct V {
 
   static V Load(const u8* p) { return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))}; }
   void Store(u8* p) const { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+  static V Zero() { return {_mm256_setzero_si256()}; }
   static V All16(u32 x) { return {_mm256_set1_epi16(static_cast<short>(x))}; }
   static V All32(u32 x) { return {_mm256_set1_epi32(static_cast<int>(x))}; }
 };
@@ -88,6 +89,67 @@ inline void LoadNeighbours(const u8* row, const i32* places, V* here, V* right) 
 
 inline bool AlphasClear(V a) { return _mm256_testz_si256(a.v, V::All32(0xFF000000).v) != 0; }
 inline bool AlphasOpaque(V a) { return _mm256_testc_si256(a.v, V::All32(0xFF000000).v) != 0; }
+
+// The twins of simd_sse41.h.
+
+inline V Max32(V a, V b) { return {_mm256_max_epi32(a.v, b.v)}; }
+inline V Greater32(V a, V b) { return {_mm256_cmpgt_epi32(a.v, b.v)}; }
+inline V Quotient32(V a, V b) {
+  return {_mm256_cvttps_epi32(_mm256_div_ps(_mm256_cvtepi32_ps(a.v), _mm256_cvtepi32_ps(b.v)))};
+}
+inline V Mul32(V a, V b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
+inline V Index32() { return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}; }
+inline bool IsZero(V a) { return _mm256_testz_si256(a.v, a.v) != 0; }
+
+inline V LoadFours(const u8* p, const i32* places) {
+  const auto* low = reinterpret_cast<const __m128i*>(p + places[0]);
+  const auto* high = reinterpret_cast<const __m128i*>(p + places[1]);
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(low)),
+                                  _mm_loadu_si128(high), 1)};
+}
+inline V ShuffleFours(V a, V from) { return {_mm256_shuffle_epi8(a.v, from.v)}; }
+
+inline V LoadEach(const u8* p, V places, V mask) {
+  const auto* base = reinterpret_cast<const int*>(p);
+  return {_mm256_mask_i32gather_epi32(_mm256_setzero_si256(), base, places.v, mask.v, 1)};
+}
+inline V LoadEach(const u8* p, V places) {
+  return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(p), places.v, 1)};
+}
+
+struct F {
+  __m256 v;
+
+  static F All(f32 x) { return {_mm256_set1_ps(x)}; }
+};
+inline F operator+(F a, F b) { return {_mm256_add_ps(a.v, b.v)}; }
+inline F operator*(F a, F b) { return {_mm256_mul_ps(a.v, b.v)}; }
+inline F operator/(F a, F b) { return {_mm256_div_ps(a.v, b.v)}; }
+inline F Sqrt(F a) { return {_mm256_sqrt_ps(a.v)}; }
+inline F Real(V a) { return {_mm256_cvtepi32_ps(a.v)}; }
+inline V Truncate(F a) { return {_mm256_cvttps_epi32(a.v)}; }
+
+struct D {
+  __m256d v;
+};
+inline D All(double x) { return {_mm256_set1_pd(x)}; }
+inline D operator+(D a, D b) { return {_mm256_add_pd(a.v, b.v)}; }
+inline D operator-(D a, D b) { return {_mm256_sub_pd(a.v, b.v)}; }
+inline D operator*(D a, D b) { return {_mm256_mul_pd(a.v, b.v)}; }
+inline D operator/(D a, D b) { return {_mm256_div_pd(a.v, b.v)}; }
+inline D Abs(D a) { return {_mm256_andnot_pd(_mm256_set1_pd(-0.0), a.v)}; }
+inline D Least(D a, D b) { return {_mm256_min_pd(a.v, b.v)}; }
+inline D Most(D a, D b) { return {_mm256_max_pd(a.v, b.v)}; }
+inline D Sqrt(D a) { return {_mm256_sqrt_pd(a.v)}; }
+inline D operator<(D a, D b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_LT_OQ)}; }
+inline D Select(D mask, D a, D b) { return {_mm256_blendv_pd(a.v, b.v, mask.v)}; }
+inline D RoundToSingle(D a) { return {_mm256_cvtps_pd(_mm256_cvtpd_ps(a.v))}; }
+inline D LowDoubles(F a) { return {_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))}; }
+inline D HighDoubles(F a) { return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))}; }
+inline F Singles(D low, D high) {
+  return {_mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(low.v)),
+                               _mm256_cvtpd_ps(high.v), 1)};
+}
 
 }  // namespace pictavo::cpu::avx2
 TARGET_REGION_END

@@ -16,6 +16,7 @@ struct V {
 
   static V Load(const u8* p) { return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))}; }
   void Store(u8* p) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+  static V Zero() { return {_mm_setzero_si128()}; }
   static V All16(u32 x) { return {_mm_set1_epi16(static_cast<short>(x))}; }
   static V All32(u32 x) { return {_mm_set1_epi32(static_cast<int>(x))}; }
 };

@@ -1,6 +1,7 @@
 // The interface table, in slot order: each method names the operation behind it. The methods about
 // the object itself stand in pictavo_object.cpp.
 #include "cpu/blend.h"
+#include "cpu/motion_blur.h"
 #include "cpu/resize.h"
 #include "frame/pictavo_object.h"
 
@@ -158,12 +159,14 @@ u32 Pictavo::Reserved62() noexcept { return PICTAVO_E_NOTIMPL; }
 
 // IPictavo3
 
-u32 Pictavo::MotionBlur(const ImageDesc*, ImageDesc*, const MotionBlurParam*) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::MotionBlur(const ImageDesc* src, ImageDesc* dst,
+                        const MotionBlurParam* param) noexcept {
+  return cpu::MotionBlur(cpuLevel, src, dst, param);
 }
-u32 Pictavo::GetMotionBlurDstSize(const ImageDesc*, ImageDesc*, const MotionBlurParam*, i32*,
-                                  i32*) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst,
+                                  const MotionBlurParam* param, i32* offsetX,
+                                  i32* offsetY) noexcept {
+  return cpu::GetMotionBlurDstSize(src, dst, param, offsetX, offsetY);
 }
 u32 Pictavo::Reserved65() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved66() noexcept { return PICTAVO_E_NOTIMPL; }

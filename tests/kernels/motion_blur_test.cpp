@@ -1,0 +1,307 @@
+// Motion blur: the vector kernels against the portable ones, and the rules' corner cases.
+#include "cpu/motion_blur.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include "guarded_memory.h"
+#include "pixels.h"
+
+namespace pictavo::test {
+namespace {
+
+constexpr f32 kNaN = std::numeric_limits<f32>::quiet_NaN();
+constexpr f32 kInfinity = std::numeric_limits<f32>::infinity();
+
+std::vector<i32> Levels() {
+  std::vector<i32> levels = {PICTAVO_LEVEL_PORTABLE, 5};
+  if (__builtin_cpu_supports("sse4.1")) levels.insert(levels.end(), {6, 7});
+  if (__builtin_cpu_supports("avx2")) levels.insert(levels.end(), {8, 9});
+  return levels;
+}
+
+/// A picture whose last byte lies at the edge of forbidden memory.
+class Guarded {
+ public:
+  Guarded(i32 width, i32 height, i32 pitch)
+      : memory_(std::make_unique<GuardedMemory>(
+            static_cast<size_t>(width > 0 && height > 0 ? (height - 1) * pitch + 4 * width : 0),
+            GuardedMemory::Side::kAfter)) {
+    image.data = memory_->data();
+    image.width = width;
+    image.height = height;
+    image.pitch = pitch;
+    image.bytesPerPixel = 4;
+  }
+
+  Bytes Contents() { return Bytes(memory_->data(), memory_->data() + memory_->size()); }
+  u8* At(i32 x, i32 y) { return memory_->data() + y * image.pitch + 4 * x; }
+  void Fill(int kind, Random& random) {
+    FillPixels(memory_->data(), memory_->size(), kind, random);
+  }
+  void Set(const Bytes& bytes) { std::memcpy(memory_->data(), bytes.data(), bytes.size()); }
+  void Set(int value) { std::memset(memory_->data(), value, memory_->size()); }
+
+  ImageDesc image = {};
+
+ private:
+  std::unique_ptr<GuardedMemory> memory_;
+};
+
+ImageDesc DstSize(const Guarded& src, const MotionBlurParam& param, i32* x = nullptr,
+                  i32* y = nullptr) {
+  ImageDesc dst = {};
+  i32 offsetX, offsetY;
+  EXPECT_EQ(cpu::GetMotionBlurDstSize(&src.image, &dst, &param, x == nullptr ? &offsetX : x,
+                                      y == nullptr ? &offsetY : y),
+            PICTAVO_S_OK);
+  return dst;
+}
+
+/// Runs every build on the same destination and expects the same bytes and result.
+void ExpectBuildsAgree(const Guarded& src, Guarded* dst, const MotionBlurParam& param) {
+  const Bytes before = dst->Contents();
+  Bytes expected;
+  u32 result = 0;
+  for (const i32 level : Levels()) {
+    dst->Set(before);
+    const u32 levelResult = cpu::MotionBlur(level, &src.image, &dst->image, &param);
+    if (level == PICTAVO_LEVEL_PORTABLE) {
+      expected = dst->Contents();
+      result = levelResult;
+      EXPECT_TRUE(result == PICTAVO_S_OK || expected == before) << "a refused call wrote";
+    }
+    ASSERT_EQ(levelResult, result);
+    const Bytes actual = dst->Contents();
+    const auto at = static_cast<i32>(
+        std::mismatch(actual.begin(), actual.end(), expected.begin()).first - actual.begin());
+    ASSERT_EQ(actual == expected, true)
+        << "level " << level << ", " << src.image.width << " x " << src.image.height << " to "
+        << dst->image.width << " x " << dst->image.height << ", strength " << param.strength
+        << ", samples " << param.maxSamples << ", direction " << param.dirX << " " << param.dirY
+        << ", zoom " << param.zoom << ", angle " << param.angle << ": byte "
+        << at % dst->image.pitch << " of row " << at / dst->image.pitch;
+  }
+}
+
+MotionBlurParam RandomMotion(Random& random) {
+  const auto real = [&](f32 low, f32 high) {
+    return std::uniform_real_distribution<f32>(low, high)(random);
+  };
+  MotionBlurParam p = {random() % 3 == 0 ? real(0, 4) : 1, 0, 0, 0, 1, 0, 0};
+  p.maxSamples = static_cast<i32>(random() % 8 == 0 ? 257 + random() % 300 : 2 + random() % 40);
+  switch (random() % 4) {
+    case 0:  // along an axis, where rounding errors meet whole numbers
+      (random() % 2 ? p.dirX : p.dirY) = std::round(real(-60, 60));
+      break;
+    case 1:
+      p.dirX = real(-90, 90);
+      p.dirY = real(-90, 90);
+      break;
+    case 2:
+      p.zoom = real(0, 4);
+      break;
+    default:
+      p.angle = real(-400, 400);
+  }
+  return p;
+}
+
+TEST(MotionBlur, BuildsAgreeInsideGuardedPictures) {
+  Random random(7);
+  for (int round = 0; round < 600 && !HasFatalFailure(); ++round) {
+    const i32 width = static_cast<i32>(random() % 6 == 0 ? random() % 5 : 1 + random() % 90);
+    const i32 height = static_cast<i32>(random() % 40);
+    const MotionBlurParam param = RandomMotion(random);
+    const bool spins = param.angle != 0;  // the only kind that has pitches
+    Guarded src(width, height, 4 * width + (spins ? static_cast<i32>(random() % 3 * 5) : 0));
+    src.Fill(static_cast<int>(random() % kKinds), random);
+    ImageDesc size = DstSize(src, param);
+    const i32 off = static_cast<i32>(random() % 4 == 0 ? random() % 21 : 10);  // mostly expected
+    size.width = std::max(size.width + off - 10, 0);
+    size.height = std::max(size.height + 10 - off, 0);
+    Guarded dst(size.width, size.height,
+                4 * size.width + (spins ? static_cast<i32>(random() % 3 * 7) : 0));
+    dst.Set(0x5A);
+    ExpectBuildsAgree(src, &dst, param);
+  }
+}
+
+TEST(MotionBlur, SizesAndKinds) {
+  struct Case {
+    MotionBlurParam param;  // strength, maxSamples, direction, zoom, reserved, angle
+    i32 width, height, offsetX, offsetY;
+  } const cases[] = {
+      {{0, 30, 50, 50, 3, 0, 90}, 60, 40, 0, 0},    // nothing moves
+      {{1, 30, 15, 0, 1, 0, 0}, 69, 40, -9, 0},     // 10 places to the right
+      {{1, 30, -15, 0, 1, 0, 0}, 69, 40, 0, 0},     // … and to the left
+      {{1, 30, 0, 15, 1, 0, 0}, 60, 49, 0, -9},     // … and down
+      {{3, 30, 15, 0, 1, 0, 0}, 79, 40, -19, 0},    // strength counts up to 2
+      {{1, 30, 0, 0, 1.5f, 0, 0}, 78, 58, -9, -9},  // 60 * 0.5 / 3 = 10 places
+      {{1, 30, 0, 0, 0.5f, 0, 0}, 78, 58, -9, -9},
+      {{1, 30, 15, 0, 1.5f, 0, 0}, 78, 58, -9, -9},  // zoom wins a tie with direction
+      {{1, 30, 0, 0, 5, 0, 0}, 100, 80, -20, -20},   // 80 places: half the height at most
+      {{1, 30, 0, 0, kNaN, 0, 0}, 60, 40, 0, 0},
+      // Two thirds of the diagonal are 48.07, and 12 degrees there are 10 places.
+      {{1, 30, 0, 0, 1, 0, 12}, 96, 96, -18, -28},
+      {{1, 30, 15, 0, 1.5f, 0, -12}, 96, 96, -18, -28},  // spin wins every tie
+  };
+  Guarded src(60, 40, 240);
+  for (const Case& c : cases) {
+    i32 x = 77, y = 77;
+    const ImageDesc dst = DstSize(src, c.param, &x, &y);
+    EXPECT_EQ((std::array{dst.width, dst.height, dst.pitch, x, y}),
+              (std::array{c.width, c.height, 4 * c.width, c.offsetX, c.offsetY}))
+        << "direction " << c.param.dirX << " " << c.param.dirY << " zoom " << c.param.zoom
+        << " angle " << c.param.angle << " strength " << c.param.strength;
+  }
+}
+
+/// Blurs into a destination of the size told and returns it.
+Guarded Blurred(const Guarded& src, const MotionBlurParam& param) {
+  const ImageDesc size = DstSize(src, param);
+  Guarded dst(size.width, size.height, size.pitch);
+  dst.Set(0x5A);
+  EXPECT_EQ(cpu::MotionBlur(Levels().back(), &src.image, &dst.image, &param), PICTAVO_S_OK);
+  return dst;
+}
+
+using Pixel = std::array<int, 4>;
+Pixel At(Guarded& picture, i32 x, i32 y) {
+  const u8* p = picture.At(x, y);
+  return {p[0], p[1], p[2], p[3]};
+}
+void Set(Guarded& picture, i32 x, i32 y, const Pixel& pixel) {
+  for (size_t c = 0; c < 4; ++c) picture.At(x, y)[c] = static_cast<u8>(pixel[c]);
+}
+
+TEST(MotionBlur, MissesThinTheAlphaAlone) {
+  Guarded src(4, 1, 16);
+  src.Set(99);  // colours of clear pixels must not show
+  for (const i32 x : {0, 1}) Set(src, x, 0, {99, 99, 99, 0});
+  Set(src, 2, 0, {10, 20, 30, 255});
+  Set(src, 3, 0, {30, 20, 11, 101});
+  Guarded dst = Blurred(src, {1, 30, 4.5f, 0, 1, 0, 0});  // three places
+  const Pixel expected[] = {{0, 0, 0, 0},      {0, 0, 0, 0},      {10, 20, 30, 85},
+                            {20, 20, 20, 118}, {20, 20, 20, 118}, {30, 20, 11, 33}};
+  for (i32 x = 0; x < 6; ++x) EXPECT_EQ(At(dst, x, 0), expected[x]) << x;
+
+  src.Set(0);
+  dst = Blurred(src, {1, 30, 4.5f, 0, 1, 0, 0});
+  EXPECT_EQ(dst.Contents(), Bytes(24, 0));
+}
+
+TEST(MotionBlur, DirectionIgnoresTheStrengthLimitThatItsSizeHas) {
+  Guarded src(40, 1, 160);
+  for (i32 x = 0; x < 40; ++x) Set(src, x, 0, {x, x, x, 255});
+  Guarded dst = Blurred(src, {3, 60, 15, 0, 1, 0, 0});
+  EXPECT_EQ(dst.image.width, 40 + 19);
+  // Thirty places reach 29 columns, ten of which find no room: the source begins at column 29 and
+  // its last ten columns are missed. Column 58 still sees columns 29 and on of a streak of 30.
+  EXPECT_EQ(At(dst, 0, 0), (Pixel{0, 0, 0, 255 / 30}));      // column 0 alone
+  EXPECT_EQ(At(dst, 29, 0), (Pixel{14, 14, 14, 255}));       // columns 0 to 29
+  EXPECT_EQ(At(dst, 58, 0), (Pixel{29, 29, 29, 255 / 30}));  // column 29 alone
+}
+
+TEST(MotionBlur, ZoomsFirstSampleLiesUpAndLeft) {
+  Guarded src(30, 9, 120);
+  Random random(3);
+  src.Fill(kOpaque, random);
+  Guarded dst = Blurred(src, {1, 30, 0, 0, 1.1f, 0, 0});  // one place
+  ASSERT_EQ(dst.image.width, 30);
+  for (i32 y = 0; y < 9; ++y)
+    for (i32 x = 0; x < 30; ++x)
+      ASSERT_EQ(At(dst, x, y), At(src, std::max(x - 1, 0), std::max(y - 1, 0))) << x << " " << y;
+}
+
+TEST(MotionBlur, SpinFollowsTheTangent) {
+  Guarded src(60, 60, 240);
+  for (i32 y = 0; y < 60; ++y)
+    for (i32 x = 0; x < 60; ++x) Set(src, x, y, {4 * x, 4 * y, 0, 255});
+  Guarded dst = Blurred(src, {1, 30, 0, 0, 1, 0, 40});  // 39 places, 30 samples
+  ASSERT_EQ(dst.image.width, 114);
+  EXPECT_EQ(At(dst, 57, 57), (Pixel{4 * 30, 4 * 30, 0, 255}));  // the centre stands still
+  // Right of the centre the streak runs down, in steps that grow with the distance.
+  for (i32 right = 1; right < 24; ++right) {
+    int sum = 0, previous = 0;
+    for (int k = 0; k < 30; ++k) {
+      const int place = static_cast<int>(k * (38.0 / 29) + 0.5);
+      sum += 4 * (30 + static_cast<int>(57 + place * right / std::sqrt(2 * 57.0 * 57)) - 57);
+      ASSERT_GE(place, previous);
+      previous = place;
+    }
+    EXPECT_EQ(At(dst, 57 + right, 57), (Pixel{4 * (30 + right), sum / 30, 0, 255})) << right;
+  }
+}
+
+TEST(MotionBlur, RefusesWhatItCannotDo) {
+  Guarded src(8, 6, 32), dst(20, 20, 80);
+  src.Set(200);
+  const MotionBlurParam good = {1, 30, 9, 3, 1, 0, 0};
+  const auto run = [&](auto change) {
+    Guarded target(20, 20, 80);
+    ImageDesc from = src.image, to = target.image;
+    MotionBlurParam param = good;
+    change(from, to, param);
+    const u32 result = cpu::MotionBlur(8, &from, &to, &param);
+    EXPECT_EQ(target.Contents(), Bytes(1600, 0)) << "a refused call wrote";
+    return result;
+  };
+  using D = ImageDesc&;
+  using P = MotionBlurParam&;
+  EXPECT_EQ(run([](D from, D, P) { from.data = nullptr; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D, D to, P) { to.data = nullptr; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D from, D, P) { from.memoryKind = 3; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D, D to, P) { to.memoryKind = 3; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D from, D, P) { from.width = -8; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D from, D, P) { from.height = INT32_MIN; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D, D to, P) { to.width = to.height = INT32_MAX; }), PICTAVO_E_INVALIDARG);
+  for (const i32 samples : {1, 0, -1, INT32_MIN})
+    EXPECT_EQ(run([=](D, D, P p) { p.maxSamples = samples; }), PICTAVO_E_INVALIDARG) << samples;
+  for (const f32 strength : {kNaN, kInfinity, -1.0f, 1e30f})
+    EXPECT_EQ(run([=](D, D, P p) { p.strength = strength; }), PICTAVO_E_INVALIDARG) << strength;
+  EXPECT_EQ(run([](D, D, P p) { p.dirX = kInfinity; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D, D, P p) { p.zoom = 1e8f; }), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D, D, P p) { p.angle = 1e9f; }), PICTAVO_E_INVALIDARG);
+  // The first ring is 65536 pixels wide, and its height wraps to 0.
+  EXPECT_EQ(run([](D from, D, P p) {
+              from.width = 65534;
+              from.height = 65536;
+              p.zoom = 1.0002f;
+              p.dirX = 0;
+            }),
+            PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(run([](D, D to, P) { to.height = -1; }), PICTAVO_S_OK);
+  EXPECT_EQ(cpu::MotionBlur(8, nullptr, &dst.image, &good), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::MotionBlur(8, &src.image, nullptr, &good), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &dst.image, nullptr), PICTAVO_E_POINTER);
+  i32 x = 7;
+  EXPECT_EQ(cpu::GetMotionBlurDstSize(&src.image, &dst.image, &good, &x, nullptr),
+            PICTAVO_E_POINTER);
+  EXPECT_EQ(x, 7);
+}
+
+TEST(MotionBlur, CopiesWhatDoesNotMove) {
+  Random random(1);
+  Guarded src(5, 3, 20);
+  src.Fill(kRandom, random);
+  const MotionBlurParam still = {1, 0, 0, 0, 1, 0, 0};
+  Guarded dst = Blurred(src, still);
+  EXPECT_EQ(dst.Contents(), src.Contents());
+  // Too little room: what there is is cleared.
+  Guarded small(5, 2, 20);
+  small.Set(77);
+  errno = 0;
+  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &small.image, &still), PICTAVO_S_OK);
+  EXPECT_EQ(small.Contents(), Bytes(40, 0));
+  EXPECT_EQ(errno, ERANGE);
+}
+
+}  // namespace
+}  // namespace pictavo::test
