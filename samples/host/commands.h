@@ -19,7 +19,7 @@ struct Command {
 };
 
 // The commands, each in its own file.
-extern const Command kInfoCommand, kBlendCommand, kDemoCommand;
+extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kMotionBlurCommand, kDemoCommand;
 
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);

@@ -20,6 +20,7 @@ struct Sheet {
 };
 const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
+    {"effects", "effects", {ShowLayers, ShowMotionBlur}},
 };
 
 /// Stands in for a photograph: waves of colour. Other seeds give other pictures.

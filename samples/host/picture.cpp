@@ -107,6 +107,20 @@ Picture::Picture(i32 pictureWidth, i32 pictureHeight) : width(pictureWidth), hei
   pixels.resize(4 * static_cast<size_t>(width) * static_cast<size_t>(height));
 }
 
+pictavo::ImageDesc Describe(Picture& picture) {
+  pictavo::ImageDesc image = {};
+  image.data = picture.pixels.data();
+  image.bufferWidth = image.width = picture.width;
+  image.bufferHeight = image.height = picture.height;
+  image.pitch = picture.pitch();
+  image.bytesPerPixel = 4;
+  return image;
+}
+
+pictavo::ImageDesc Describe(const Picture& picture) {
+  return Describe(const_cast<Picture&>(picture));
+}
+
 Picture ReadPicture(const std::filesystem::path& path) {
   const Steps check = {"cannot read", "the picture is damaged", path};
   ComPtr<IWICImagingFactory> factory;

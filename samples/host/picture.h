@@ -38,6 +38,10 @@ struct Picture {
   }
 };
 
+/// The record of a picture for the library, which reads or writes the picture's own pixels.
+pictavo::ImageDesc Describe(Picture& picture);
+pictavo::ImageDesc Describe(const Picture& picture);  // to be read only
+
 /// Reads any picture that Windows has a codec for. Throws Failure. COM must be up.
 Picture ReadPicture(const std::filesystem::path& path);
 

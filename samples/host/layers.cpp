@@ -1,0 +1,116 @@
+// Layer modes: pictavo-host layer, and the demo's part.
+#include <cstdio>
+
+#include "commands.h"
+#include "demo.h"
+
+namespace host {
+namespace {
+
+struct Mode {
+  u32 mode;
+  const char* name;
+  const char* description;
+};
+constexpr Mode kModes[] = {
+    {0, "normal", "the layer"},
+    {1, "darken", "the darker of both, by channel"},
+    {2, "multiply", "the product, as of two slides"},
+    {3, "lighten", "the lighter of both, by channel"},
+    {4, "screen", "the product of the negatives"},
+    {5, "overlay", "multiplies darks, screens lights"},
+    {6, "difference", "the distance, by channel"},
+    {7, "hue", "the layer's hue"},
+    {8, "add", "the sum"},
+    {9, "saturation", "the layer's saturation"},
+    {10, "luminosity", "the layer's luma"},
+    {11, "colour", "the layer's hue and saturation"},
+};
+
+bool Lay(pictavo::IPictavo6* object, Picture* background, const Picture& layer,
+         const pictavo::BlendParam& param) {
+  pictavo::ImageDesc dst = Describe(*background);
+  const pictavo::ImageDesc src = Describe(layer);
+  const bool between = param.fractionX != 0 || param.fractionY != 0;
+  return (between ? object->BlendLayerSubpixel(&dst, &src, &param)
+                  : object->BlendLayer(&dst, &src, &param)) == pictavo::PICTAVO_S_OK;
+}
+
+u32 ModeNamed(const std::string& name) {
+  for (const Mode& mode : kModes) {
+    if (name == mode.name) return mode.mode;
+  }
+  throw UsageFailure("there is no mode \"" + name + '"');
+}
+
+int RunLayer(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  pictavo::BlendParam param = {0, 255, 0, 0, 0};
+  std::string mode = "normal";
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--mode") {
+      mode = Utf8(parser.Next("the name after --mode"));
+      param.mode = ModeNamed(mode);
+    } else if (option == "--opacity") {
+      param.opacity = static_cast<u32>(parser.Integer("--opacity", 0, 255));
+    } else if (option == "--over-alpha") {
+      param.alphaMode = 2;
+    } else if (option == "--shift") {
+      param.fractionX = parser.Real("X of --shift");
+      param.fractionY = parser.Real("Y of --shift");
+    } else if (option == "--level") {
+      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 3) throw UsageFailure("layer takes three files, BACKGROUND LAYER OUT");
+  Picture background = ReadPicture(files[0]);
+  const Picture layer = ReadPicture(files[1]);
+  if (!Lay(library.get(), &background, layer, param)) {
+    throw Failure("the library refused mode " + mode + " with these settings");
+  }
+  WritePicture(files[2], background);
+  std::printf("%s: %d x %d, mode %s at level %d\n", Utf8(files[2]).c_str(), background.width,
+              background.height, mode.c_str(), library->GetCPULevel());
+  return 0;
+}
+
+}  // namespace
+
+const Command kLayerCommand = {
+    L"layer",
+    "  pictavo-host layer BACKGROUND LAYER OUT [options]\n"
+    "      Mixes a layer into a background from its top left corner.\n"
+    "      --mode NAME          normal, darken, multiply, lighten, screen, overlay, difference,\n"
+    "                           hue, add, saturation, luminosity or colour\n"
+    "      --opacity N          opacity of the layer, 0 to 255\n"
+    "      --over-alpha         minds the background's alpha\n"
+    "      --shift X Y          samples the layer so far right and down, 0 to 1 (add cannot)\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunLayer};
+
+std::vector<SheetColumn> ShowLayers(Demo& demo) {
+  const Picture layer = SoftDisc(demo.layer);
+  std::vector<SheetColumn> columns;
+  for (const Mode& mode : kModes) {
+    if (mode.mode % 4 == 0) columns.push_back({columns.empty() ? "Layer modes" : "", {}});
+    const Picture mixed = demo.Examine({std::string("layer, ") + mode.name, 73, demo.background,
+                                        [&](pictavo::IPictavo6* object, Picture* dst) {
+                                          return Lay(object, dst, layer, {mode.mode, 255, 0, 0, 0});
+                                        }});
+    columns.back().pictures.push_back({Thumbnail(mixed),
+                                       mode.name,
+                                       Format("slot 73, mode %u", mode.mode),
+                                       {mode.description, ""}});
+  }
+  return columns;
+}
+
+}  // namespace host

@@ -1,0 +1,113 @@
+// Motion blur: pictavo-host motion-blur, and the demo's part.
+#include <cstdio>
+
+#include "commands.h"
+#include "demo.h"
+
+namespace host {
+namespace {
+
+/// The destination that a motion needs, clear, and where the picture lies in it.
+struct Room {
+  Room(pictavo::IPictavo6* object, const Picture& source, const pictavo::MotionBlurParam& param)
+      : picture(1, 1) {
+    const pictavo::ImageDesc src = Describe(source);
+    pictavo::ImageDesc dst = {};
+    i32 offsetX, offsetY;
+    object->GetMotionBlurDstSize(&src, &dst, &param, &offsetX, &offsetY);
+    picture = Picture(dst.width, dst.height);
+    place = {-offsetX, -offsetY, source.width, source.height};
+  }
+
+  Picture picture;
+  Rect place;
+};
+
+bool Blur(pictavo::IPictavo6* object, Picture* dst, const Picture& picture,
+          const pictavo::MotionBlurParam& param) {
+  const pictavo::ImageDesc src = Describe(picture);
+  pictavo::ImageDesc to = Describe(*dst);
+  return object->MotionBlur(&src, &to, &param) == pictavo::PICTAVO_S_OK;
+}
+
+int RunMotionBlur(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  pictavo::MotionBlurParam param = {1, 30, 0, 0, 1, 0, 0};
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--direction") {
+      param.dirX = parser.Real("X of --direction");
+      param.dirY = parser.Real("Y of --direction");
+    } else if (option == "--zoom") {
+      param.zoom = parser.Real("--zoom");
+    } else if (option == "--spin") {
+      param.angle = parser.Real("--spin");
+    } else if (option == "--strength") {
+      param.strength = parser.Real("--strength");
+    } else if (option == "--samples") {
+      param.maxSamples = parser.Integer("--samples", 2, 65536);
+    } else if (option == "--level") {
+      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 2) throw UsageFailure("motion-blur takes two files, PICTURE OUT");
+  const Picture picture = ReadPicture(files[0]);
+  Picture blurred = Room(library.get(), picture, param).picture;
+  if (!Blur(library.get(), &blurred, picture, param)) {
+    throw Failure("the library refused this motion");
+  }
+  WritePicture(files[1], blurred);
+  std::printf("%s: %d x %d from %d x %d, level %d\n", Utf8(files[1]).c_str(), blurred.width,
+              blurred.height, picture.width, picture.height, library->GetCPULevel());
+  return 0;
+}
+
+}  // namespace
+
+const Command kMotionBlurCommand = {
+    L"motion-blur",
+    "  pictavo-host motion-blur PICTURE OUT [options]\n"
+    "      Smears a picture along the strongest of these motions; the result is larger.\n"
+    "      --direction X Y      pixels to the right and down\n"
+    "      --zoom F             about the centre, 1 for none\n"
+    "      --spin DEGREES       about the centre\n"
+    "      --strength S         multiplies the motion; 1 by default\n"
+    "      --samples N          most samples a pixel; 30 by default\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunMotionBlur};
+
+std::vector<SheetColumn> ShowMotionBlur(Demo& demo) {
+  const struct {
+    const char* name;
+    const char* settings;
+    pictavo::MotionBlurParam param;
+  } kMotions[] = {
+      {"direction", "60 right, 30 down", {1, 45, 60, 30, 1, 0, 0}},
+      {"zoom", "1.3 times", {1, 64, 0, 0, 1.3f, 0, 0}},
+      {"spin", "20 degrees", {1, 120, 0, 0, 1, 0, 20}},
+  };
+  SheetColumn column = {"Motion blur", {}};
+  for (const auto& motion : kMotions) {
+    const Room room(demo.object, demo.background, motion.param);
+    const Picture blurred =
+        demo.Examine({std::string("motion blur, ") + motion.name, 63, room.picture,
+                      [&](pictavo::IPictavo6* object, Picture* dst) {
+                        return Blur(object, dst, demo.background, motion.param);
+                      }});
+    column.pictures.push_back({Thumbnail(Cropped(blurred, room.place)),
+                               motion.name,
+                               "slot 63",
+                               {Format("%s, %d samples", motion.settings, motion.param.maxSamples),
+                                Format("cut from %d × %d", blurred.width, blurred.height)}});
+  }
+  return {column};
+}
+
+}  // namespace host
