@@ -4,6 +4,10 @@
 
 #include "cpu/resize.h"
 #include "cpu/resize_pictures.h"
+#include "cpu/simd_avx2.h"
+#include "cpu/simd_sse2.h"
+#include "cpu/simd_sse41.h"
+#include "cpu/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -14,11 +18,20 @@ struct Grid {
 
   Grid(i32 dstSize, i32 srcSize) : step(srcSize * 65536 / dstSize), quarter(step / 4) {}
 
+  bool Halves() const { return step == 2 * 65536; }
   i64 Sample(i64 position, i64 i) const { return (position * step + i * quarter) >> 16; }
 };
 
-/// The source rows that a destination row samples; some may be one.
-using SampledRows = std::array<const u8*, 4>;
+/// What a destination row is made of.
+struct BoxRow {
+  std::array<const u8*, 4> rows;  // the sampled source rows, of which some may be one
+  i64 srcWidth, dstWidth;
+  const Grid& columns;
+  bool opaque;  // alpha is not read
+};
+
+using u64 = std::uint64_t;
+using BoxRowFn = void(u8* dst, const BoxRow& row);
 
 // ---------------------------------------------------------------------------------------------
 // The rule.
@@ -27,9 +40,9 @@ struct Sums {
   std::array<i32, 4> plain = {};     // of each channel
   std::array<i32, 3> weighted = {};  // of each colour times alpha
 
-  Sums(const SampledRows& rows, const Grid& columns, i64 x) {
+  Sums(const BoxRow& row, i64 x) {
     for (i64 i = 0; i < 4; ++i) {
-      for (const u8* row : rows) Add(row + 4 * columns.Sample(x, i));
+      for (const u8* pixels : row.rows) Add(pixels + 4 * row.columns.Sample(x, i));
     }
   }
 
@@ -40,20 +53,18 @@ struct Sums {
   }
 };
 
-using BoxRow = void(u8* dst, i64 width, const SampledRows& rows, const Grid& columns);
-
-void OpaqueRow(u8* dst, i64 width, const SampledRows& rows, const Grid& columns) {
-  for (i64 x = 0; x < width; ++x, dst += 4) {
-    const Sums sums(rows, columns, x);
-    for (size_t c = 0; c < 3; ++c) dst[c] = static_cast<u8>(sums.plain[c] >> 4);
-    dst[3] = 255;
+void PlainRow(u8* dst, const BoxRow& row) {
+  for (i64 x = 0; x < row.dstWidth; ++x, dst += 4) {
+    const Sums sums(row, x);
+    for (size_t c = 0; c < 4; ++c) dst[c] = static_cast<u8>(sums.plain[c] >> 4);
+    if (row.opaque) dst[3] = 255;
   }
 }
 
 /// Where every sample is opaque the weighted mean is the plain one.
-void WeightedRow(u8* dst, i64 width, const SampledRows& rows, const Grid& columns) {
-  for (i64 x = 0; x < width; ++x, dst += 4) {
-    const Sums sums(rows, columns, x);
+void WeightedRow(u8* dst, const BoxRow& row) {
+  for (i64 x = 0; x < row.dstWidth; ++x, dst += 4) {
+    const Sums sums(row, x);
     const i32 alpha = sums.plain[3] >> 4;
     for (size_t c = 0; c < 3; ++c) {
       dst[c] = static_cast<u8>(alpha == 0 ? 0 : sums.weighted[c] / sums.plain[3]);
@@ -62,33 +73,156 @@ void WeightedRow(u8* dst, i64 width, const SampledRows& rows, const Grid& column
   }
 }
 
-void PlainRow(u8* dst, i64 width, const SampledRows& rows, const Grid& columns) {
-  for (i64 x = 0; x < width; ++x, dst += 4) {
-    const Sums sums(rows, columns, x);
-    for (size_t c = 0; c < 4; ++c) dst[c] = static_cast<u8>(sums.plain[c] >> 4);
+// ---------------------------------------------------------------------------------------------
+// The rule by strips: the sampled rows of a stretch of columns are summed once, then the columns.
+
+constexpr i64 kStripColumns = 256;
+
+/// The stretch of source columns that some destination pixels sample.
+struct Strip {
+  i64 x, pixels;  // of the destination
+  i64 first, columns;
+
+  Strip(const BoxRow& row, i64 from)
+      : x(from),
+        pixels(std::min({row.dstWidth - x, MostPixels(row.columns), kStripColumns})),
+        first(row.columns.Sample(x, 0)),
+        columns(row.columns.Sample(x + pixels - 1, 3) + 1 - first) {}
+
+  /// No more destination pixels than fit, wherever the strip begins.
+  static i64 MostPixels(const Grid& grid) {
+    return ((kStripColumns - 1) * 65536 - 1 - 3 * grid.quarter) / std::max<i64>(grid.step, 1) + 1;
+  }
+
+  /// Columns far apart are better sampled one by one.
+  static bool Suits(const Grid& grid) { return grid.step <= 16 * 65536; }
+};
+
+/// Sums of four rows, for each column and channel.
+using RowSums = std::array<u16, 4 * kStripColumns>;
+
+void SumRows(RowSums* sums, const BoxRow& row, const Strip& strip) {
+  const auto [a, b, c, d] = row.rows;
+  const i64 from = 4 * strip.first, count = 4 * strip.columns;
+  u16* const out = sums->data();
+  for (i64 i = 0; i < count; ++i) {
+    out[i] = static_cast<u16>(a[from + i] + b[from + i] + c[from + i] + d[from + i]);
   }
 }
 
-u32 ResizeRows(const ResizePictures& p, BoxRow* boxRow) {
+/// The means of four columns of sums for each pixel; its four channels are added as one number.
+void PlainMeans(u8* dst, const RowSums& sums, const Grid& columns, const Strip& strip) {
+  RowSums boxes;
+  const i64 step = columns.step, quarter = columns.quarter, pixels = strip.pixels;
+  i64 place = strip.x * step - strip.first * 65536;
+  for (i64 x = 0; x < pixels; ++x, place += step) {
+    u64 box = 0;
+    for (i64 i = 0; i < 4; ++i) {
+      u64 column;
+      std::memcpy(&column, sums.data() + 4 * ((place + i * quarter) >> 16), 8);
+      box += column;
+    }
+    std::memcpy(boxes.data() + 4 * x, &box, 8);
+  }
+  for (i64 i = 0; i < 4 * pixels; ++i) {
+    dst[i] = static_cast<u8>(boxes[static_cast<size_t>(i)] >> 4);
+  }
+}
+
+void PlainStrips(u8* dst, const BoxRow& row) {
+  RowSums sums;
+  for (i64 x = 0; x < row.dstWidth;) {
+    const Strip strip(row, x);
+    SumRows(&sums, row, strip);
+    PlainMeans(dst + 4 * x, sums, row.columns, strip);
+    x += strip.pixels;
+  }
+}
+
+u32 LoadPixel(const u8* p) {
+  u32 pixel;
+  std::memcpy(&pixel, p, 4);
+  return pixel;
+}
+
+/// Two rows and columns into one, each of which is sampled twice.
+void HalveRow(u8* dst, const BoxRow& row) {
+  constexpr u32 kEven = 0x00FF00FF;  // blue and red
+  const u8 *top = row.rows[0], *bottom = row.rows[2];
+  const i64 width = row.dstWidth;
+  for (i64 x = 0; x < width; ++x) {
+    const u32 a = LoadPixel(top + 8 * x), b = LoadPixel(top + 8 * x + 4);
+    const u32 c = LoadPixel(bottom + 8 * x), d = LoadPixel(bottom + 8 * x + 4);
+    const u32 even = (a & kEven) + (b & kEven) + (c & kEven) + (d & kEven);
+    const u32 odd = (a >> 8 & kEven) + (b >> 8 & kEven) + (c >> 8 & kEven) + (d >> 8 & kEven);
+    const u32 mean = (even >> 2 & kEven) | (odd << 6 & ~kEven);
+    std::memcpy(dst + 4 * x, &mean, 4);
+  }
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// The vector builds.
+
+TARGET_REGION("sse4.1")
+namespace sse41 {
+namespace {
+#include "cpu/pixels.inl"
+
+#include "cpu/resize_box.inl"
+}  // namespace
+}  // namespace sse41
+TARGET_REGION_END
+
+TARGET_REGION("avx2")
+namespace avx2 {
+namespace {
+#include "cpu/pixels.inl"
+
+#include "cpu/resize_box.inl"
+}  // namespace
+}  // namespace avx2
+TARGET_REGION_END
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// The operations.
+
+u32 ResizeRows(const ResizePictures& p, bool opaque, BoxRowFn* strips, BoxRowFn* pixels) {
   const Grid columns(p.dstWidth, p.srcWidth), lines(p.dstHeight, p.srcHeight);
+  BoxRowFn* const makeRow = Strip::Suits(columns) ? strips : pixels;
   u8* dst = p.dst;
+  BoxRow row = {{}, p.srcWidth, p.dstWidth, columns, opaque};
   for (i64 y = 0; y < p.dstHeight; ++y, dst += p.dstPitch) {
-    SampledRows rows;
-    for (size_t j = 0; j < 4; ++j)
-      rows[j] = p.src + lines.Sample(y, static_cast<i64>(j)) * p.srcPitch;
-    boxRow(dst, p.dstWidth, rows, columns);
+    const auto rowsBefore = row.rows;
+    for (size_t j = 0; j < 4; ++j) {
+      row.rows[j] = p.src + lines.Sample(y, static_cast<i64>(j)) * p.srcPitch;
+    }
+    if (row.rows == rowsBefore) {
+      std::memmove(dst, dst - p.dstPitch, 4 * static_cast<size_t>(p.dstWidth));
+    } else {
+      makeRow(dst, row);
+    }
   }
   return PICTAVO_S_OK;
 }
 
 }  // namespace
 
-u32 ResizeBox16AlphaWeighted(i32, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
-                             i32 srcWidth, i32 srcHeight, i32 srcPitch, i32 forceOpaque) noexcept {
+u32 ResizeBox16AlphaWeighted(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
+                             const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
+                             i32 forceOpaque) noexcept {
   const ResizePictures p = {dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch};
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
-  return ResizeRows(p, forceOpaque != 0 ? OpaqueRow : WeightedRow);
+  const bool opaque = forceOpaque != 0;
+  BoxRowFn* const pixels = opaque ? PlainRow : WeightedRow;
+  BoxRowFn* strips = pixels;
+  if (level >= PICTAVO_LEVEL_SSE4_1 && srcWidth >= sse41::V::kPixels) strips = sse41::MixedRow;
+  if (level >= PICTAVO_LEVEL_AVX2 && srcWidth >= avx2::V::kPixels) strips = avx2::MixedRow;
+  return ResizeRows(p, opaque, strips, pixels);
 }
 
 u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src, i32 srcWidth,
@@ -96,7 +230,10 @@ u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* sr
   const ResizePictures p = {dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch};
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
-  return ResizeRows(p, PlainRow);
+  return ResizeRows(
+      p, false,
+      p.srcWidth == 2 * p.dstWidth && p.srcHeight == 2 * p.dstHeight ? HalveRow : PlainStrips,
+      PlainRow);
 }
 
 }  // namespace pictavo::cpu

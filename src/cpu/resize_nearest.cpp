@@ -6,10 +6,67 @@
 namespace pictavo::cpu {
 namespace {
 
+/// The source pixels at every `step`, in 1/65536 of a pixel.
+class Picker {
+ public:
+  Picker(const u8* row, u32 step) : row_(row), step_(step) {}
+
+  u32 Next() {
+    u32 pixel;
+    std::memcpy(&pixel, row_ + 4 * i64{place_ >> 16}, 4);
+    place_ += step_;
+    return pixel;
+  }
+
+ private:
+  const u8* row_;
+  u32 step_;
+  u32 place_ = 0;
+};
+
+void CopyRow(u8* dst, const u8* src, i64 width, u32) {
+  std::memmove(dst, src, 4 * static_cast<size_t>(width));
+}
+
+// Halves and doubles are common, and loops that a compiler turns into vector code.
+
+void HalveRow(u8* dst, const u8* src, i64 width, u32) {
+  for (i64 x = 0; x < width; ++x) std::memcpy(dst + 4 * x, src + 8 * x, 4);
+}
+
+void DoubleRow(u8* dst, const u8* src, i64 width, u32) {
+  for (i64 x = 0; x < width / 2; ++x) {
+    u32 pixel;
+    std::memcpy(&pixel, src + 4 * x, 4);
+    const u32 pixels[] = {pixel, pixel};
+    std::memcpy(dst + 8 * x, pixels, 8);
+  }
+}
+
 void PickRow(u8* dst, const u8* src, i64 width, u32 step) {
-  u32 place = 0;
-  for (i64 x = 0; x < width; ++x, place += step) {
-    std::memcpy(dst + 4 * x, src + 4 * i64{place >> 16}, 4);
+  Picker picker(src, step);
+  for (; width >= 4; width -= 4, dst += 16) {  // one store for four
+    const u32 pixels[] = {picker.Next(), picker.Next(), picker.Next(), picker.Next()};
+    std::memcpy(dst, pixels, 16);
+  }
+  for (; width > 0; --width, dst += 4) {
+    const u32 pixel = picker.Next();
+    std::memcpy(dst, &pixel, 4);
+  }
+}
+
+using RowFn = void(u8* dst, const u8* src, i64 width, u32 step);
+
+RowFn* RowFor(u32 step, i64 width) {
+  switch (step) {
+    case 0x8000:
+      return width % 2 == 0 ? DoubleRow : PickRow;
+    case 0x10000:
+      return CopyRow;
+    case 0x20000:
+      return HalveRow;
+    default:
+      return PickRow;
   }
 }
 
@@ -24,14 +81,15 @@ u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u
   const u32 stepX = static_cast<u32>((srcWidth << 16) / dstWidth);
   const u32 stepY = static_cast<u32>((srcHeight << 16) / dstHeight);
   const i64 dstStep = dstPitch / 4 * 4, srcStep = srcPitch / 4 * 4;  // whole pixels
+  RowFn* const makeRow = RowFor(stepX, dstWidth);
   u8* row = p.dst;
   u32 place = 0;
   for (i32 y = 0; y < dstHeight; ++y, row += dstStep, place += stepY) {
     const bool repeats = y > 0 && place >> 16 == (place - stepY) >> 16;
-    if (repeats) {
+    if (repeats && makeRow == PickRow) {  // the others are no slower than a copy
       std::memmove(row, row - dstStep, 4 * static_cast<size_t>(dstWidth));
     } else {
-      PickRow(row, p.src + i64{place >> 16} * srcStep, dstWidth, stepX);
+      makeRow(row, p.src + i64{place >> 16} * srcStep, dstWidth, stepX);
     }
   }
   return PICTAVO_S_OK;

@@ -87,6 +87,53 @@ inline void LoadNeighbours(const u8* row, const i32* places, V* here, V* right) 
   right->v = _mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD));
 }
 
+inline void StoreZipped16(V a, V b, u8* p) {
+  const V low = {_mm256_unpacklo_epi16(a.v, b.v)}, high = {_mm256_unpackhi_epi16(a.v, b.v)};
+  FirstHalves(low, high).Store(p);
+  SecondHalves(low, high).Store(p + 32);
+}
+
+inline void StoreZipped32(const V (&a)[4], u8* p) {
+  const __m256i low01 = _mm256_unpacklo_epi32(a[0].v, a[1].v);
+  const __m256i low23 = _mm256_unpacklo_epi32(a[2].v, a[3].v);
+  const __m256i high01 = _mm256_unpackhi_epi32(a[0].v, a[1].v);
+  const __m256i high23 = _mm256_unpackhi_epi32(a[2].v, a[3].v);
+  const V first = {_mm256_unpacklo_epi64(low01, low23)};    // pixels 0 and 4
+  const V second = {_mm256_unpackhi_epi64(low01, low23)};   // 1 and 5
+  const V third = {_mm256_unpacklo_epi64(high01, high23)};  // 2 and 6
+  const V fourth = {_mm256_unpackhi_epi64(high01, high23)};
+  FirstHalves(first, second).Store(p);
+  FirstHalves(third, fourth).Store(p + 32);
+  SecondHalves(first, second).Store(p + 64);
+  SecondHalves(third, fourth).Store(p + 96);
+}
+
+inline V LowWords(V a, V b) { return {_mm256_blend_epi16(a.v, _mm256_slli_epi32(b.v, 16), 0xAA)}; }
+inline V HighWords(V a, V b) { return {_mm256_blend_epi16(_mm256_srli_epi32(a.v, 16), b.v, 0xAA)}; }
+inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
+
+template <typename Address>
+V LoadLanes(Address address) {
+  const auto lane = [&](i64 i) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(address(i)));
+  };
+  return {_mm256_set_m128i(lane(1), lane(0))};
+}
+
+inline V MeansByLast32(V a) {
+  const __m256i sums = _mm256_shuffle_epi32(a.v, 0xFF);
+  const __m256 inverse = _mm256_div_ps(_mm256_set1_ps(1.0f), _mm256_cvtepi32_ps(sums));
+  const __m256 factors = _mm256_blend_ps(inverse, _mm256_set1_ps(1.0f / 16), 0x88);
+  const __m256 halves = _mm256_add_ps(_mm256_cvtepi32_ps(a.v), _mm256_set1_ps(0.5f));
+  const __m256i means = _mm256_cvttps_epi32(_mm256_mul_ps(halves, factors));
+  return {_mm256_and_si256(means, _mm256_cmpgt_epi32(sums, _mm256_set1_epi32(15)))};
+}
+
+inline V PackPixels(const V (&a)[4]) {
+  return {
+      _mm256_packus_epi16(_mm256_packs_epi32(a[0].v, a[1].v), _mm256_packs_epi32(a[2].v, a[3].v))};
+}
+
 inline bool AlphasClear(V a) { return _mm256_testz_si256(a.v, V::All32(0xFF000000).v) != 0; }
 inline bool AlphasOpaque(V a) { return _mm256_testc_si256(a.v, V::All32(0xFF000000).v) != 0; }
 

@@ -104,6 +104,52 @@ inline F Singles(D low, D high) {
   return {_mm_movelh_ps(_mm_cvtpd_ps(low.v), _mm_cvtpd_ps(high.v))};
 }
 
+/// The words of a and b in turns: words of two pixels' channels become those of whole pixels.
+inline void StoreZipped16(V a, V b, u8* p) {
+  V{_mm_unpacklo_epi16(a.v, b.v)}.Store(p);
+  V{_mm_unpackhi_epi16(a.v, b.v)}.Store(p + 16);
+}
+
+/// Four numbers of each pixel, from four vectors that hold one number of all pixels.
+inline void StoreZipped32(const V (&a)[4], u8* p) {
+  const __m128i low01 = _mm_unpacklo_epi32(a[0].v, a[1].v);
+  const __m128i low23 = _mm_unpacklo_epi32(a[2].v, a[3].v);
+  const __m128i high01 = _mm_unpackhi_epi32(a[0].v, a[1].v);
+  const __m128i high23 = _mm_unpackhi_epi32(a[2].v, a[3].v);
+  V{_mm_unpacklo_epi64(low01, low23)}.Store(p);
+  V{_mm_unpackhi_epi64(low01, low23)}.Store(p + 16);
+  V{_mm_unpacklo_epi64(high01, high23)}.Store(p + 32);
+  V{_mm_unpackhi_epi64(high01, high23)}.Store(p + 48);
+}
+
+/// The low 16 bits of each pixel of a, and those of b above them; the high ones likewise.
+inline V LowWords(V a, V b) { return {_mm_blend_epi16(a.v, _mm_slli_epi32(b.v, 16), 0xAA)}; }
+inline V HighWords(V a, V b) { return {_mm_blend_epi16(_mm_srli_epi32(a.v, 16), b.v, 0xAA)}; }
+
+/// 128 bits from each of the addresses that `address` gives for lanes 0, 1, …
+template <typename Address>
+V LoadLanes(Address address) {
+  return V::Load(address(0));
+}
+
+/// Per 128-bit lane, for four numbers b, g, r below 2^20 and s below 2^12: b / s, g / s, r / s and
+/// s / 16, rounded towards zero; all 0 for s below 16.
+///
+/// The halves added keep every quotient further from the next integers than single precision errs.
+inline V MeansByLast32(V a) {
+  const __m128i sums = _mm_shuffle_epi32(a.v, 0xFF);
+  const __m128 inverse = _mm_div_ps(_mm_set1_ps(1.0f), _mm_cvtepi32_ps(sums));
+  const __m128 factors = _mm_blend_ps(inverse, _mm_set1_ps(1.0f / 16), 8);
+  const __m128 halves = _mm_add_ps(_mm_cvtepi32_ps(a.v), _mm_set1_ps(0.5f));
+  const __m128i means = _mm_cvttps_epi32(_mm_mul_ps(halves, factors));
+  return {_mm_and_si128(means, _mm_cmpgt_epi32(sums, _mm_set1_epi32(15)))};
+}
+
+/// The numbers of four vectors, 0 to 255, as the pixels 0 to 3 of each of the four's lanes in turn.
+inline V PackPixels(const V (&a)[4]) {
+  return {_mm_packus_epi16(_mm_packs_epi32(a[0].v, a[1].v), _mm_packs_epi32(a[2].v, a[3].v))};
+}
+
 }  // namespace pictavo::cpu::sse41
 TARGET_REGION_END
 
