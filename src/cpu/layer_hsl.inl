@@ -7,59 +7,63 @@ struct Channels {
     const V low = V::All32(0xFF);
     return {pixels & low, ShiftRight32(pixels, 8) & low, ShiftRight32(pixels, 16) & low};
   }
-  V Pixels() const { return b | ShiftLeft32(g, 8) | ShiftLeft32(r, 16); }
+  Halves ToHalves() const { return {b | ShiftLeft32(r, 16), g}; }
+
   V Least() const { return Min32(Min32(b, g), r); }
   V Most() const { return Max32(Max32(b, g), r); }
   V Saturation() const { return Sub32(Most(), Least()); }
+
+  /// (28 * blue + 151 * green + 77 * red) >> 8.
+  V Luma() const {
+    const V blueRed = DotProduct32(b | ShiftLeft32(r, 16), V::All32(77u << 16 | 28));
+    return ShiftRight32(Add32(blueRed, DotProduct32(g, V::All32(151))), 8);
+  }
+
+  template <typename Change>
+  Channels Each(Change change) const {
+    return {change(b), change(g), change(r)};
+  }
 };
 
-/// (28 * blue + 151 * green + 77 * red) >> 8.
-inline V Luma(V pixels) {
-  const V blueRed = DotProduct32(Even(pixels), V::All32(77u << 16 | 28));
-  const V green = DotProduct32(Odd(pixels), V::All32(151));
-  return ShiftRight32(Add32(blueRed, green), 8);
+/// See WithLuma of the portable rule. The distances from the luma shrink by the same ratio, 1
+/// unless an end would leave 0 … 255; a ratio over no distance is none and counts as 1.
+inline Channels WithLuma(const Channels& colour, V luma) {
+  const V own = colour.Luma();
+  const F one = F::All(1);
+  const F below = Ratio32(luma, Sub32(own, colour.Least()));
+  const F above = Ratio32(Sub32(V::All32(255), luma), Sub32(colour.Most(), own));
+  const F ratio = Least(Least(below, one), Least(above, one));
+  return colour.Each(
+      [&](V channel) { return Add32(luma, Truncate(Real(Sub32(channel, own)) * ratio)); });
 }
 
-/// See WithLuma of the portable rule. At most one of the two ends leaves 0 … 255, so that one
-/// division does for either.
-inline V WithLuma(V pixels, V luma) {
-  Channels c = Channels::Of(pixels);
-  const V shift = Sub32(luma, Luma(pixels));
-  c = {Add32(c.b, shift), Add32(c.g, shift), Add32(c.r, shift)};
-  const V least = c.Least(), most = c.Most();
-  const V below = Greater32(V::All32(0), least), above = Greater32(most, V::All32(255));
-  const V outside = below | above;
-  const V room = Select(below, Sub32(V::All32(255), luma), luma);
-  const V reach =
-      Select(outside, V::All32(1), Select(below, Sub32(most, luma), Sub32(luma, least)));
-  const auto clipped = [&](V channel) {
-    return Select(outside, channel, Add32(luma, Proportion32(Sub32(channel, luma), room, reach)));
-  };
-  return Channels{clipped(c.b), clipped(c.g), clipped(c.r)}.Pixels();
-}
-
-inline V WithSaturation(V pixels, V saturation) {
-  const Channels c = Channels::Of(pixels);
-  const V least = c.Least(), range = Max32(c.Saturation(), V::All32(1));
-  const auto stretched = [&](V channel) {
-    return Proportion32(Sub32(channel, least), saturation, range);
-  };
-  return Channels{stretched(c.b), stretched(c.g), stretched(c.r)}.Pixels();
+inline Channels WithSaturation(const Channels& colour, V saturation) {
+  const V least = colour.Least();
+  const F ratio = Ratio32(saturation, Max32(colour.Saturation(), V::All32(1)));
+  return colour.Each([&](V channel) { return Truncate(Real(Sub32(channel, least)) * ratio); });
 }
 
 struct HueMode {
-  static V Blend(V s, V d) {
-    return WithLuma(WithSaturation(s, Channels::Of(d).Saturation()), Luma(d));
+  static Halves Blend(V s, V d) {
+    const Channels under = Channels::Of(d);
+    const Channels hue = WithSaturation(Channels::Of(s), under.Saturation());
+    return WithLuma(hue, under.Luma()).ToHalves();
   }
 };
 struct SaturationMode {
-  static V Blend(V s, V d) {
-    return WithLuma(WithSaturation(d, Channels::Of(s).Saturation()), Luma(d));
+  static Halves Blend(V s, V d) {
+    const Channels under = Channels::Of(d);
+    const Channels saturated = WithSaturation(under, Channels::Of(s).Saturation());
+    return WithLuma(saturated, under.Luma()).ToHalves();
   }
 };
 struct LuminosityMode {
-  static V Blend(V s, V d) { return WithLuma(d, Luma(s)); }
+  static Halves Blend(V s, V d) {
+    return WithLuma(Channels::Of(d), Channels::Of(s).Luma()).ToHalves();
+  }
 };
 struct ColourMode {
-  static V Blend(V s, V d) { return WithLuma(s, Luma(d)); }
+  static Halves Blend(V s, V d) {
+    return WithLuma(Channels::Of(s), Channels::Of(d).Luma()).ToHalves();
+  }
 };

@@ -1,38 +1,45 @@
 // The vector rows of layer.cpp over V, included once for each instruction set after pixels.inl.
 
-// The modes. Each makes bytes from bytes; what it makes of the alpha does not matter.
+/// The channels of pixels as 16-bit numbers.
+struct Halves {
+  V even, odd;  // blue and red, green and alpha
+
+  static Halves Of(V pixels) { return {Even(pixels), Odd(pixels)}; }
+};
+
+// The modes. What they make of the alpha does not matter.
 
 struct NormalMode {
-  static V Blend(V s, V) { return s; }
+  static Halves Blend(V s, V) { return Halves::Of(s); }
 };
 struct DarkenMode {
-  static V Blend(V s, V d) { return Min8(s, d); }
+  static Halves Blend(V s, V d) { return Halves::Of(Min8(s, d)); }
 };
 struct MultiplyMode {
-  static V Blend(V s, V d) {
-    return ShiftRight16(Mul16(Even(s), Even(d)), 8) | (Mul16(Odd(s), Odd(d)) & V::All16(0xFF00));
+  static Halves Blend(V s, V d) {
+    return {ShiftRight16(Mul16(Even(s), Even(d)), 8), ShiftRight16(Mul16(Odd(s), Odd(d)), 8)};
   }
 };
 struct LightenMode {
-  static V Blend(V s, V d) { return Max8(s, d); }
+  static Halves Blend(V s, V d) { return Halves::Of(Max8(s, d)); }
 };
 struct ScreenMode {
-  static V Blend(V s, V d) {
-    const V ones = V::All32(~0u);
-    return MultiplyMode::Blend(s ^ ones, d ^ ones) ^ ones;
+  static Halves Blend(V s, V d) {
+    const V ones = V::All32(~0u), low = V::All16(0xFF);
+    const Halves dark = MultiplyMode::Blend(s ^ ones, d ^ ones);
+    return {dark.even ^ low, dark.odd ^ low};
   }
 };
 struct OverlayMode {
-  static V Blend(V s, V d) {
+  static Halves Blend(V s, V d) {
     const V inverted = IsHigh8(d);  // both operands and the result, where d is 128 or more
     const V a = s ^ inverted, b = d ^ inverted;
-    const V even = ShiftRight16(Mul16(Even(a), Even(b)), 7);
-    const V odd = ShiftRight16(Mul16(Odd(a), Odd(b)), 7);
-    return (even | ShiftLeft16(odd, 8)) ^ inverted;
+    return {ShiftRight16(Mul16(Even(a), Even(b)), 7) ^ Even(inverted),
+            ShiftRight16(Mul16(Odd(a), Odd(b)), 7) ^ Odd(inverted)};
   }
 };
 struct DifferenceMode {
-  static V Blend(V s, V d) { return SubSaturated8(s, d) | SubSaturated8(d, s); }
+  static Halves Blend(V s, V d) { return Halves::Of(SubSaturated8(s, d) | SubSaturated8(d, s)); }
 };
 
 template <typename Mode, Mixing mixing, u32 alphaMode>
@@ -42,50 +49,58 @@ struct LayerRule {
   explicit LayerRule(u32 layerFactor) : factor(V::All16(layerFactor)) {}
 
   V operator()(V s, V d) const {
-    const V weight = ShiftRight16(Mul16(ShiftRight32(s, 24), factor), 8);
+    // In both halves of a pixel.
+    const V weight = ShiftRight16(Mul16(RepeatAlpha(s), factor), 8);
     // 256 where the source is copied, or added whole.
-    const V full = Equal32(weight, V::All32(255));
-    const V laid = mixing == Mixing::kMixes ? weight : Sub32(weight, full);
+    const V full = Equal16(weight, V::All16(255));
+    const V laid = mixing == Mixing::kMixes ? weight : Sub16(weight, full);
     if constexpr (alphaMode == 2) return LayOver(s, d, weight, full, laid);
-    const V mixed = LayOnOpaque(s, d, laid);
-    if constexpr (alphaMode == 0) return mixed;
-    return (mixed & V::All32(kColours)) | ShiftLeft32(weight, 24);
+    // The destination's alpha stays, or takes the weight.
+    if constexpr (alphaMode == 0) return LayOnOpaque(s, d, laid, laid & V::All32(0xFFFF));
+    const V alpha = V::All32(kAlpha);
+    return AndNot(alpha, LayOnOpaque(s, d, laid, laid)) | (ShiftLeft16(weight, 8) & alpha);
   }
 
  private:
-  /// The destination's alpha stays.
-  static V LayOnOpaque(V s, V d, V laid) {
+  static V LayOnOpaque(V s, V d, V laid, V oddLaid) {
+    const V high = V::All16(0xFF00);
     if constexpr (mixing == Mixing::kAdds) {
-      return AddSaturated8(d, Scale(s, Repeat16(laid)) & V::All32(kColours));
+      const V even = ShiftRight16(Mul16(Even(s), laid), 8);
+      return AddSaturated8(d, even | (Mul16(Odd(s), oddLaid) & high));
     }
-    return Mix(Mode::Blend(s, d), d, Repeat16(laid), laid);
+    const Halves blended = Mode::Blend(s, d);
+    const V even = Add16(Mul16(Sub16(blended.even, Even(d)), laid), ShiftLeft16(d, 8));
+    const V odd = Add16(Mul16(Sub16(blended.odd, Odd(d)), oddLaid), d & high);
+    return ShiftRight16(even, 8) | (odd & high);
   }
 
   static V LayOver(V s, V d, V weight, V full, V laid) {
-    const V colours = V::All32(kColours), zero = V::All32(0);
-    const V alpha = ShiftRight32(d, 24);
+    const V colours = V::All32(kColours), low = V::All32(0xFFFF);
+    const V alpha = RepeatAlpha(d);
     const V product = Mul16(alpha, weight);
     const V quotient =  // product / 255
-        ShiftRight32(Add32(Add32(product, ShiftRight32(product, 8)), V::All32(1)), 8);
-    const V outAlpha = Add32(Sub32(alpha, quotient), weight);
+        ShiftRight16(Add16(Add16(product, ShiftRight16(product, 8)), V::All16(1)), 8);
+    const V outAlpha = Add16(Sub16(alpha, quotient), weight);
     V mixed;
     if constexpr (mixing == Mixing::kAdds) {
-      mixed = LayOnOpaque(s, d, laid) & colours;
+      mixed = LayOnOpaque(s, d, laid, laid) & colours;
     } else {
-      const V blended = Mode::Blend(s, d);
-      const V rest = Mul16(alpha, Sub32(V::All32(256), weight));
-      const auto channel = [&](int shift) {
-        const V low = V::All32(0xFF);
-        const V b = ShiftRight32(blended, shift) & low, c = ShiftRight32(d, shift) & low;
-        const V sum = Add32(MulHigh16(ShiftLeft32(c, 8), rest), Mul16(b, weight));
-        return ShiftLeft32(ByteQuotient32(sum, outAlpha), shift);
+      const Halves blended = Mode::Blend(s, d);
+      const V rest = Mul16(alpha, Sub16(V::All16(256), weight));
+      const V even = MulHigh16(ShiftLeft16(d, 8), rest), evenLaid = Mul16(blended.even, weight);
+      const V odd = MulHigh16(d & V::All16(0xFF00), rest), oddLaid = Mul16(blended.odd, weight);
+      const F scale = Ratio32(V::All32(1), Max32(outAlpha & low, V::All32(1)));
+      const auto channel = [&](V under, V over) {
+        return Truncate(Least(Real(Add32(under, over)) * scale, F::All(255)));
       };
-      mixed = channel(0) | channel(8) | channel(16);
+      mixed = channel(even & low, evenLaid & low) |
+              ShiftLeft32(channel(odd & low, oddLaid & low), 8) |
+              ShiftLeft32(channel(ShiftRight32(even, 16), ShiftRight32(evenLaid, 16)), 16);
     }
-    V copied = Equal32(alpha, zero);
+    V copied = Equal16(alpha, V::Zero());
     if constexpr (mixing == Mixing::kCopies) copied = copied | full;
-    mixed = Select(copied, mixed, s & colours) | ShiftLeft32(outAlpha, 24);
-    return Select(Equal32(weight, zero), mixed, d);
+    mixed = Select(copied, mixed, s & colours) | (ShiftLeft16(outAlpha, 8) & V::All32(kAlpha));
+    return Select(Equal16(weight, V::Zero()), mixed, d);
   }
 };
 

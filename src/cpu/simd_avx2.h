@@ -42,6 +42,7 @@ inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
 inline V IsHigh8(V a) { return {_mm256_cmpgt_epi8(_mm256_setzero_si256(), a.v)}; }
 inline V IsNegative16(V a) { return {_mm256_srai_epi16(a.v, 15)}; }
 inline V Equal8(V a, V b) { return {_mm256_cmpeq_epi8(a.v, b.v)}; }
+inline V Equal16(V a, V b) { return {_mm256_cmpeq_epi16(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm256_cmpeq_epi32(a.v, b.v)}; }
 
 inline V ShiftLeft16(V a, int bits) { return {_mm256_slli_epi16(a.v, bits)}; }
@@ -52,11 +53,6 @@ inline V ShiftRight32(V a, int bits) { return {_mm256_srli_epi32(a.v, bits)}; }
 inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   const auto scaled = _mm256_mul_ps(_mm256_cvtepi32_ps(a.v), _mm256_set1_ps(gain));
   return {_mm256_cvttps_epi32(_mm256_mul_ps(scaled, _mm256_set1_ps(factor)))};
-}
-
-inline V ByteQuotient32(V a, V b) {
-  const auto quotient = _mm256_div_ps(_mm256_cvtepi32_ps(a.v), _mm256_cvtepi32_ps(b.v));
-  return {_mm256_cvttps_epi32(_mm256_min_ps(quotient, _mm256_set1_ps(255.0f)))};
 }
 
 inline V SwapPairs(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }
@@ -148,6 +144,11 @@ inline V Mul32(V a, V b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
 inline V Index32() { return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}; }
 inline bool IsZero(V a) { return _mm256_testz_si256(a.v, a.v) != 0; }
 
+inline V RepeatAlpha(V pixels) {
+  const __m128i bytes = _mm_setr_epi8(3, -1, 3, -1, 7, -1, 7, -1, 11, -1, 11, -1, 15, -1, 15, -1);
+  return {_mm256_shuffle_epi8(pixels.v, _mm256_broadcastsi128_si256(bytes))};
+}
+
 inline V LoadFours(const u8* p, const i32* places) {
   const auto* low = reinterpret_cast<const __m128i*>(p + places[0]);
   const auto* high = reinterpret_cast<const __m128i*>(p + places[1]);
@@ -172,9 +173,11 @@ struct F {
 inline F operator+(F a, F b) { return {_mm256_add_ps(a.v, b.v)}; }
 inline F operator*(F a, F b) { return {_mm256_mul_ps(a.v, b.v)}; }
 inline F operator/(F a, F b) { return {_mm256_div_ps(a.v, b.v)}; }
+inline F Least(F a, F b) { return {_mm256_min_ps(a.v, b.v)}; }
 inline F Sqrt(F a) { return {_mm256_sqrt_ps(a.v)}; }
 inline F Real(V a) { return {_mm256_cvtepi32_ps(a.v)}; }
 inline V Truncate(F a) { return {_mm256_cvttps_epi32(a.v)}; }
+inline F Ratio32(V a, V b) { return F::All(1.0f + 0x1p-20f) * Real(a) / Real(b); }
 
 struct D {
   __m256d v;

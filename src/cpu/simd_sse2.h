@@ -47,6 +47,7 @@ inline V IsHigh8(V a) { return {_mm_cmpgt_epi8(_mm_setzero_si128(), a.v)}; }
 inline V IsNegative16(V a) { return {_mm_srai_epi16(a.v, 15)}; }
 /// All ones where equal, 0 elsewhere.
 inline V Equal8(V a, V b) { return {_mm_cmpeq_epi8(a.v, b.v)}; }
+inline V Equal16(V a, V b) { return {_mm_cmpeq_epi16(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm_cmpeq_epi32(a.v, b.v)}; }
 
 inline V ShiftLeft16(V a, int bits) { return {_mm_slli_epi16(a.v, bits)}; }
@@ -58,13 +59,6 @@ inline V ShiftRight32(V a, int bits) { return {_mm_srli_epi32(a.v, bits)}; }
 inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   const auto scaled = _mm_mul_ps(_mm_cvtepi32_ps(a.v), _mm_set1_ps(gain));
   return {_mm_cvttps_epi32(_mm_mul_ps(scaled, _mm_set1_ps(factor)))};
-}
-
-/// min(255, a / b) per 32-bit lane, rounded towards zero; exact for a below 2^24 and b from 1 to
-/// 255.
-inline V ByteQuotient32(V a, V b) {
-  const auto quotient = _mm_div_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v));
-  return {_mm_cvttps_epi32(_mm_min_ps(quotient, _mm_set1_ps(255.0f)))};
 }
 
 /// Swaps pixels 0 and 1, 2 and 3, …

@@ -21,13 +21,6 @@ inline V Greater32(V a, V b) { return {_mm_cmpgt_epi32(a.v, b.v)}; }
 /// The sum of the products of the two 16-bit halves of each lane.
 inline V DotProduct32(V a, V b) { return {_mm_madd_epi16(a.v, b.v)}; }
 
-/// a * b / c per 32-bit lane, rounded towards zero; exact for products below 2^24, quotients below
-/// 2^9 and c from 1 to 2^9.
-inline V Proportion32(V a, V b, V c) {
-  const __m128 product = _mm_mul_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v));
-  return {_mm_cvttps_epi32(_mm_div_ps(product, _mm_cvtepi32_ps(c.v)))};
-}
-
 /// a / b per 32-bit lane, rounded towards zero; exact for a below 2^24 and b from 1 to 2^16.
 inline V Quotient32(V a, V b) {
   return {_mm_cvttps_epi32(_mm_div_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v)))};
@@ -38,6 +31,12 @@ inline V Mul32(V a, V b) { return {_mm_mullo_epi32(a.v, b.v)}; }
 inline V Index32() { return {_mm_setr_epi32(0, 1, 2, 3)}; }
 /// Whether every bit is 0.
 inline bool IsZero(V a) { return _mm_testz_si128(a.v, a.v) != 0; }
+
+/// Each pixel's alpha in both its 16-bit halves.
+inline V RepeatAlpha(V pixels) {
+  return {_mm_shuffle_epi8(
+      pixels.v, _mm_setr_epi8(3, -1, 3, -1, 7, -1, 7, -1, 11, -1, 11, -1, 15, -1, 15, -1))};
+}
 
 /// Four pixels from each of the places, which are bytes from p.
 inline V LoadFours(const u8* p, const i32* places) { return V::Load(p + places[0]); }
@@ -76,10 +75,16 @@ struct F {
 inline F operator+(F a, F b) { return {_mm_add_ps(a.v, b.v)}; }
 inline F operator*(F a, F b) { return {_mm_mul_ps(a.v, b.v)}; }
 inline F operator/(F a, F b) { return {_mm_div_ps(a.v, b.v)}; }
+/// b where one is not a number.
+inline F Least(F a, F b) { return {_mm_min_ps(a.v, b.v)}; }
 inline F Sqrt(F a) { return {_mm_sqrt_ps(a.v)}; }
 inline F Real(V a) { return {_mm_cvtepi32_ps(a.v)}; }
 /// Towards zero; the most negative integer for what does not fit.
 inline V Truncate(F a) { return {_mm_cvttps_epi32(a.v)}; }
+
+/// a / b and a little more, so that a whole number times it, truncated, is the exact quotient
+/// rounded towards zero: of products below 2^18 and quotients below 2^9.
+inline F Ratio32(V a, V b) { return F::All(1.0f + 0x1p-20f) * Real(a) / Real(b); }
 
 /// Half as many doubles.
 struct D {
