@@ -56,6 +56,7 @@ const Bytes& Pixels(const Size& size, const std::string& alpha);
 Table Blends();
 Table Layers();
 Table MotionBlurs();
+Table Resizing();
 
 }  // namespace pictavo::bench
 

@@ -177,7 +177,7 @@ class Printer : public benchmark::BenchmarkReporter {
 };
 
 int Main(int argc, char** argv) {
-  const std::vector<Table> tables = {Blends(), Layers(), MotionBlurs()};
+  const std::vector<Table> tables = {Blends(), Layers(), MotionBlurs(), Resizing()};
   RegisterAll(tables);
   std::vector<char*> arguments(argv, argv + argc);
   char repetitions[] = "--benchmark_repetitions=7",
