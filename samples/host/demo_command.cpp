@@ -21,6 +21,7 @@ struct Sheet {
 const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
     {"effects", "effects", {ShowLayers, ShowMotionBlur}},
+    {"resizing", "resizing", {ShowResizing}},
 };
 
 /// Stands in for a photograph: waves of colour. Other seeds give other pictures.

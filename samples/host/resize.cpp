@@ -1,0 +1,147 @@
+// Resizing: pictavo-host resize, and the demo's part.
+#include <algorithm>
+#include <cstdio>
+
+#include "commands.h"
+#include "demo.h"
+
+namespace host {
+namespace {
+
+struct Method {
+  const char* name;
+  int slot;
+  const char* description;
+  u32 (*resize)(pictavo::IPictavo6* object, Picture* dst, const Picture& src);
+};
+
+const Method kMethods[] = {
+    {"nearest", 55, "the pixel at the upper left",
+     [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ResizeNearest32(reinterpret_cast<u32*>(d->pixels.data()), d->width, d->height,
+                                      d->pitch(), reinterpret_cast<const u32*>(s.pixels.data()),
+                                      s.width, s.height, s.pitch());
+     }},
+    {"bilinear7", 31, "bilinear, 7-bit weights",
+     [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ResizeBilinear7(d->pixels.data(), d->width, d->height, d->pitch(),
+                                      s.pixels.data(), s.width, s.height, s.pitch());
+     }},
+    {"bilinear16", 58, "bilinear, 16-bit weights",
+     [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ResizeBilinear16KeepAlpha(d->pixels.data(), d->width, d->height, d->pitch(),
+                                                s.pixels.data(), s.width, s.height, s.pitch(), 1);
+     }},
+    {"bilinear16-opaque", 30, "the same, made opaque",
+     [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ResizeBilinear16(d->pixels.data(), d->width, d->height, d->pitch(),
+                                       s.pixels.data(), s.width, s.height, s.pitch(), 1, 1);
+     }},
+    {"box", 57, "the mean of sixteen samples",
+     [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ResizeBox16(d->pixels.data(), d->width, d->height, d->pitch(),
+                                  s.pixels.data(), s.width, s.height, s.pitch());
+     }},
+    {"box-weighted", 29, "the same, weighted by alpha",
+     [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ResizeBox16AlphaWeighted(d->pixels.data(), d->width, d->height, d->pitch(),
+                                               s.pixels.data(), s.width, s.height, s.pitch(), 0);
+     }},
+};
+
+const Method& FindMethod(const std::string& name) {
+  for (const Method& method : kMethods) {
+    if (name == method.name) return method;
+  }
+  throw UsageFailure("there is no method \"" + name + '"');
+}
+
+/// Takes a size apart, for example 640x360.
+Picture PictureOfSize(const std::wstring& size) {
+  const size_t times = std::min(size.find(L'x'), size.size());
+  const Arguments sides = {size.substr(0, times), size.substr(std::min(times + 1, size.size()))};
+  constexpr i64 kMost = 1 << 20;
+  Parser parser(sides);
+  const i32 width = parser.Integer("W of --size WxH", 1, kMost);
+  return Picture(width, parser.Integer("H of --size WxH", 1, kMost));
+}
+
+int RunResize(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  std::wstring size;
+  const Method* method = nullptr;
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--size") {
+      size = parser.Next("WxH of --size");
+    } else if (option == "--method") {
+      method = &FindMethod(Utf8(parser.Next("the name after --method")));
+    } else if (option == "--level") {
+      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 2) throw UsageFailure("resize takes two files, PICTURE OUT");
+  if (size.empty() || method == nullptr) throw UsageFailure("resize needs --size and --method");
+  Picture resized = PictureOfSize(size);
+  const Picture picture = ReadPicture(files[0]);
+  if (method->resize(library.get(), &resized, picture) != pictavo::PICTAVO_S_OK) {
+    throw Failure("the library refused to resize the picture");
+  }
+  WritePicture(files[1], resized);
+  std::printf("%s: %d x %d from %d x %d, %s (slot %d) at level %d\n", Utf8(files[1]).c_str(),
+              resized.width, resized.height, picture.width, picture.height, method->name,
+              method->slot, library->GetCPULevel());
+  return 0;
+}
+
+Picture Resize(Demo& demo, const Method& method, const char* how, const Picture& src, i32 width,
+               i32 height) {
+  return demo.Examine({std::string(method.name) + how, method.slot, Picture(width, height),
+                       [&](pictavo::IPictavo6* object, Picture* dst) {
+                         return method.resize(object, dst, src) == pictavo::PICTAVO_S_OK;
+                       }});
+}
+
+}  // namespace
+
+const Command kResizeCommand = {
+    L"resize",
+    "  pictavo-host resize PICTURE OUT --size WxH --method NAME [--level N]\n"
+    "      Enlarges or reduces a picture. The methods:\n"
+    "      nearest              the pixel at the upper left\n"
+    "      bilinear7            bilinear, 7-bit weights\n"
+    "      bilinear16           bilinear, 16-bit weights\n"
+    "      bilinear16-opaque    the same, made opaque\n"
+    "      box                  the mean of sixteen samples\n"
+    "      box-weighted         the same, weighted by alpha\n",
+    RunResize};
+
+std::vector<SheetColumn> ShowResizing(Demo& demo) {
+  constexpr i32 kWidth = 360, kHeight = 240;
+  const Picture whole = SoftDisc(Covering(demo.background, 3 * kWidth, 3 * kHeight));
+  const Picture detail = Cropped(whole, {450, 340, kWidth / 6, kHeight / 6});
+  SheetColumn enlarged = {"A detail, enlarged 6 times", {}};
+  SheetColumn reduced = {"All of it, reduced 9 times", {}};
+  for (const Method& method : kMethods) {
+    const std::string slot = Format("slot %d", method.slot);
+    enlarged.pictures.push_back({Resize(demo, method, " x 6", detail, kWidth, kHeight),
+                                 method.name,
+                                 slot,
+                                 {method.description, ""}});
+    const Picture small = Resize(demo, method, " / 9", whole, kWidth / 3, kHeight / 3);
+    Picture shown(kWidth, kHeight);
+    FindMethod("nearest").resize(demo.object, &shown, small);
+    reduced.pictures.push_back(
+        {shown, method.name, slot, {method.description, "shown 3 times as large"}});
+  }
+  return {enlarged, reduced};
+}
+
+}  // namespace host
