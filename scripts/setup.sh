@@ -8,7 +8,7 @@ packages=(
   g++-mingw-w64-x86-64-posix             # … for Windows
   wine wine64                            # run Windows programs
   clang lld llvm libclang-rt-14-dev      # sanitizers, a host for the other ABI, import libraries
-  clang-format
+  clang-format pkg-config
   googletest libbenchmark-dev            # tests and benchmarks
   qemu-user                              # modelled old processors
 )

@@ -1,0 +1,34 @@
+# The SDK: what a host's team unpacks. `cmake --install` lays it out, scripts/package.sh zips it.
+include(CMakePackageConfigHelpers)
+
+get_property(modules DIRECTORY modules PROPERTY BUILDSYSTEM_TARGETS)
+install(TARGETS Pictavo RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(TARGETS ${modules} pictavo_host RUNTIME DESTINATION bin)
+install(DIRECTORY include/pictavo DESTINATION include)
+install(DIRECTORY samples DESTINATION .)
+install(FILES README.md CHANGELOG.md DESTINATION .)
+install(FILES ${PICTAVO_MSVC_LIBRARY} DESTINATION lib)
+
+set(config ${CMAKE_CURRENT_BINARY_DIR}/config)
+configure_package_config_file(cmake/PictavoConfig.cmake.in ${config}/PictavoConfig.cmake
+  INSTALL_DESTINATION lib/cmake/Pictavo NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(${config}/PictavoConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
+install(FILES ${config}/PictavoConfig.cmake ${config}/PictavoConfigVersion.cmake
+  DESTINATION lib/cmake/Pictavo)
+configure_file(cmake/pictavo.pc.in ${config}/pictavo.pc @ONLY)
+install(FILES ${config}/pictavo.pc DESTINATION lib/pkgconfig)
+
+# Debug symbols lie beside each program and DLL, which name them.
+if(MINGW)
+  install(CODE "set(objcopy \"${CMAKE_OBJCOPY}\")")
+  install(CODE [[
+    file(GLOB binaries "${CMAKE_INSTALL_PREFIX}/bin/*.dll" "${CMAKE_INSTALL_PREFIX}/bin/*.exe")
+    foreach(binary ${binaries})
+      foreach(arguments "--only-keep-debug;${binary};${binary}.debug" "--strip-all;${binary}"
+                        "--add-gnu-debuglink=${binary}.debug;${binary}")
+        execute_process(COMMAND ${objcopy} ${arguments} COMMAND_ERROR_IS_FATAL ANY)
+      endforeach()
+    endforeach()
+  ]])
+endif()

@@ -1,0 +1,11 @@
+// Loads the DLL at run time, once where it lies and once where it does not.
+#include <cstdio>
+
+#include "pictavo/pictavo_host.h"
+
+int wmain(int, wchar_t** arguments) {
+  const pictavo::Library library(arguments[1]), missing(L"no such folder\\Pictavo.dll");
+  if (!library || missing || missing.error() != pictavo::LoadError::moduleNotFound) return 1;
+  std::printf("loaded: level %d\n", library->GetCPULevel());
+  return 0;
+}

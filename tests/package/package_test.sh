@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# Unpacks the SDK's zip far from the source tree and uses it as a host's team would: each sample and
+# a project of their own, built and run from a Wine prefix that has seen nothing before.
+#   package_test.sh SOURCE_FOLDER
+set -euo pipefail
+source=$(cd "$1" && pwd)
+work=$(mktemp -d)
+export WINEPREFIX=$work/wine
+finish() {
+  WINEPREFIX=$work/wine wineserver -k 2>/dev/null || true
+  rm -rf "$work"
+}
+trap finish EXIT
+wine() { "$source/scripts/wine.sh" "$@"; }
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+zip=$("$source/scripts/package.sh" "$work" | tail -n 1)
+mkdir "$work/unpacked"
+(cd "$work/unpacked" && cmake -E tar xf "$zip")
+sdk=$(echo "$work"/unpacked/pictavo-*-win64)
+version=$(basename "$sdk" | sed 's/pictavo-\(.*\)-win64/\1/')
+rm -r "${zip%.zip}"  # nothing may look for the folder it was made in
+
+echo "== The zip"
+(cd "$sdk" && sha256sum --quiet -c SHA256SUMS)
+listed=$(wc -l < "$sdk/SHA256SUMS") present=$(find "$sdk" -type f | wc -l)
+[ "$((listed + 1))" -eq "$present" ] || fail "SHA256SUMS lists $listed of $present files"
+for binary in "$sdk"/bin/*.dll "$sdk"/bin/*.exe; do
+  [ -s "$binary.debug" ] || fail "$binary has no symbols beside it"
+  x86_64-w64-mingw32-objdump -h "$binary" | grep -q gnu_debuglink || fail "$binary names no symbols"
+  x86_64-w64-mingw32-objdump -h "$binary" | grep -q debug_info && fail "$binary has its symbols inside"
+done
+# The readme shows the first sample; it must be the file that is compiled below.
+sed -n '/^```cpp$/,/^```$/p' "$sdk/README.md" | sed '1d;$d' | diff - "$sdk/samples/first_host/first_host.cpp" ||
+  fail "the readme shows another program than samples/first_host"
+
+build() {  # FOLDER NAME [CMAKE ARGUMENTS]
+  echo "== $2"
+  cmake -G Ninja -S "$1" -B "$work/build/$2" --toolchain "$source/cmake/mingw-w64.cmake" \
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$sdk" "${@:3}" >"$work/log" &&
+    cmake --build "$work/build/$2" >"$work/log" || { cat "$work/log"; fail "$2 does not build"; }
+}
+beside() {  # runs a built program beside the DLLs
+  cp "$work/build/$1" "$sdk/bin/"
+  (cd "$work" && wine "$sdk/bin/$(basename "$1")" "${@:2}") || fail "$1 exits with $?"
+}
+
+cp -r "$source/tests/package/consumer" "$work/consumer"
+build "$work/consumer" consumer "-DEXPECTED_VERSION=$version" -DCMAKE_EXE_LINKER_FLAGS=-static
+beside consumer/linked.exe
+beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll"
+
+build "$sdk/samples/first_host" first_host -DCMAKE_EXE_LINKER_FLAGS=-static
+beside first_host/first_host.exe
+build "$sdk/samples/c" c
+[ "$(beside c/slots.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
+build "$sdk/samples/host" host
+beside host/pictavo-host.exe info | grep "^Built"
+
+echo "== pkg-config"
+export PKG_CONFIG_LIBDIR=$sdk/lib/pkgconfig
+[ "$(pkg-config --modversion pictavo)" = "$version" ] || fail "pkg-config's version"
+x86_64-w64-mingw32-g++-posix -std=c++17 -static "$work/consumer/linked.cpp" -o "$work/build/pkg.exe" \
+  $(pkg-config --cflags --libs pictavo)
+beside pkg.exe
+
+echo "== A host of the other ABI, with each import library"
+resources=$(clang -print-resource-dir)
+clang --target=x86_64-pc-windows-msvc -std=c++17 -O1 -ffreestanding -fno-exceptions -nostdinc \
+  -isystem "$resources/include" -I"$sdk/include" -c "$source/tests/abi/abi_host.cpp" -o "$work/abi.obj"
+kernel32=$(x86_64-w64-mingw32-g++-posix -print-file-name=libkernel32.a)
+for library in Pictavo.lib libPictavo.dll.a; do
+  lld-link /nologo /nodefaultlib /entry:Main /subsystem:console "/out:$work/build/abi.exe" \
+    "$work/abi.obj" "$sdk/lib/$library" "$kernel32"
+  beside abi.exe
+done
+echo "The SDK works"
