@@ -574,9 +574,42 @@ struct IPictavo4 : IPictavo3 {
   virtual u32 Reserved85(const u8* buffer, i32 width, i32 height, u32 first, u32 second, u32 third,
                          u32* result, void* record) noexcept = 0;
 
-  /// Slot 86. Makes pixels near the key colours clear and takes the keys' spill off their border.
-  /// Not built yet.
+  /// Slot 86. Makes pixels near one or more key colours clear, takes the keys' spill off the pixels
+  /// around them, and writes that to a picture of the same size. Both are packed: the pitch is 4 *
+  /// width.
+  ///
+  /// Colours are worked on in single precision, in the order written here. Y = 0.257 R + 0.504 G +
+  /// 0.098 B + 16, U = -0.148 R - 0.291 G + 0.439 B, V = 0.439 R - 0.368 G - 0.071 B, of the pixel
+  /// as of the key (KY, KU, KV); AYUV pixels are read as Y, U + 128, V + 128. A key's distance from
+  /// grey is kg = sqrt(KU * KU + KV * KV). From 13 on the key takes a cone of hues:
+  ///
+  /// - x = (KU * U + KV * V) / kg lies towards the key, z = (KU * V - KV * U) / kg across. Where
+  ///   |z| > x * tan(angle) the pixel keeps its colour and its alpha A, as a = A / 255.
+  /// - Elsewhere, with the cone's edge e = |z * cot(angle)|, or 0 for an angle of 0, and p = max(0,
+  ///   x - e) beyond it (both products with the angle rounded from double precision): Y = max(0, Y
+  ///   - p * (KY / kg)), U = (KU * e - KV * z) / kg, V = (KV * e + KU
+  ///   * z) / kg and a = A * limited((1 - p / kg)^2) / 255, or 0 where denoise >= sqrt((x - kg)^2 +
+  ///   z * z).
+  /// - The alpha written is trunc(a * 255). Of BGRA pixels y = (Y - 16) * 1.164 gives red y + 1.596
+  ///   V, green y - 0.392 U - 0.813 V and blue y + 2.017 U, limited to 0 … 255 and truncated; also
+  ///   outside the cone, where colours may so change by rounding. AYUV pixels take trunc(Y),
+  ///   trunc(U + 128) and trunc(V + 128), the low byte of each.
+  ///
+  /// With a key nearer to grey, pixels keep their colours. Where A is not 0, sqrt((V - KV)^2 + (U -
+  /// KU)^2) < denoise and |Y - KY| < angle, the alpha becomes trunc(|Y - KY|); negative parameters
+  /// are huge here, read as unsigned numbers.
+  ///
+  /// Several keys give, byte by byte and alpha included, the least of what each alone gives.
+  ///
+  /// Of different heights the rows that both have are keyed and the rest of dst is left alone. The
+  /// pictures may overlap in any way: all is as if src were read first. Rows run in parallel on
+  /// threads of the system's pool, or of the Concurrency Runtime. The debugger is told how long
+  /// each key and the whole took.
   /// @param format 1 for BGRA pictures, any other value for AYUV (bytes V, U, Y, A)
+  /// @return PICTAVO_S_OK, also for an empty picture; PICTAVO_E_POINTER when a record, its data or
+  /// keys is null; PICTAVO_E_INVALIDARG when keyCount is below 1, a record is a texture, a size is
+  /// negative, widths differ, rows are not packed or a picture has 4 GiB or more;
+  /// PICTAVO_E_OUTOFMEMORY
   virtual u32 ApplyChromaKey(const ImageDesc* src, ImageDesc* dst, const ChromaKey* keys,
                              i32 keyCount, i32 format) noexcept = 0;
 

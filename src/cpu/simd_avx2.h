@@ -165,16 +165,31 @@ inline V LoadEach(const u8* p, V places) {
   return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(p), places.v, 1)};
 }
 
+inline V Pixels(V b, V g, V r, V a) {
+  const __m256i bytes =
+      _mm256_packus_epi16(_mm256_packs_epi32(b.v, g.v), _mm256_packs_epi32(r.v, a.v));
+  const __m128i order = _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  return {_mm256_shuffle_epi8(bytes, _mm256_broadcastsi128_si256(order))};
+}
+
 struct F {
   __m256 v;
 
   static F All(f32 x) { return {_mm256_set1_ps(x)}; }
 };
 inline F operator+(F a, F b) { return {_mm256_add_ps(a.v, b.v)}; }
+inline F operator-(F a, F b) { return {_mm256_sub_ps(a.v, b.v)}; }
 inline F operator*(F a, F b) { return {_mm256_mul_ps(a.v, b.v)}; }
 inline F operator/(F a, F b) { return {_mm256_div_ps(a.v, b.v)}; }
+inline F Abs(F a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
 inline F Least(F a, F b) { return {_mm256_min_ps(a.v, b.v)}; }
+inline F Most(F a, F b) { return {_mm256_max_ps(a.v, b.v)}; }
 inline F Sqrt(F a) { return {_mm256_sqrt_ps(a.v)}; }
+inline F operator<(F a, F b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_LT_OQ)}; }
+inline F operator&(F a, F b) { return {_mm256_and_ps(a.v, b.v)}; }
+inline F Select(F mask, F a, F b) { return {_mm256_blendv_ps(a.v, b.v, mask.v)}; }
+inline bool IsEverywhere(F mask) { return _mm256_movemask_ps(mask.v) == 0xFF; }
+inline V Bits(F mask) { return {_mm256_castps_si256(mask.v)}; }
 inline F Real(V a) { return {_mm256_cvtepi32_ps(a.v)}; }
 inline V Truncate(F a) { return {_mm256_cvttps_epi32(a.v)}; }
 inline F Ratio32(V a, V b) { return F::All(1.0f + 0x1p-20f) * Real(a) / Real(b); }
@@ -200,6 +215,7 @@ inline F Singles(D low, D high) {
   return {_mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(low.v)),
                                _mm256_cvtpd_ps(high.v), 1)};
 }
+inline F Product(F a, D b) { return Singles(LowDoubles(a) * b, HighDoubles(a) * b); }
 
 }  // namespace pictavo::cpu::avx2
 TARGET_REGION_END

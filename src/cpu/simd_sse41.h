@@ -66,6 +66,13 @@ inline V LoadEach(const u8* p, V places) {
                          load(_mm_extract_epi32(places.v, 3)))};
 }
 
+/// Pixels of channels that are given one a lane; what does not fit a byte is limited to it.
+inline V Pixels(V b, V g, V r, V a) {
+  const __m128i bytes = _mm_packus_epi16(_mm_packs_epi32(b.v, g.v), _mm_packs_epi32(r.v, a.v));
+  return {
+      _mm_shuffle_epi8(bytes, _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15))};
+}
+
 /// As many singles as pixels in a V.
 struct F {
   __m128 v;
@@ -73,11 +80,19 @@ struct F {
   static F All(f32 x) { return {_mm_set1_ps(x)}; }
 };
 inline F operator+(F a, F b) { return {_mm_add_ps(a.v, b.v)}; }
+inline F operator-(F a, F b) { return {_mm_sub_ps(a.v, b.v)}; }
 inline F operator*(F a, F b) { return {_mm_mul_ps(a.v, b.v)}; }
 inline F operator/(F a, F b) { return {_mm_div_ps(a.v, b.v)}; }
-/// b where one is not a number.
+inline F Abs(F a) { return {_mm_andnot_ps(_mm_set1_ps(-0.0f), a.v)}; }
 inline F Least(F a, F b) { return {_mm_min_ps(a.v, b.v)}; }
+inline F Most(F a, F b) { return {_mm_max_ps(a.v, b.v)}; }
 inline F Sqrt(F a) { return {_mm_sqrt_ps(a.v)}; }
+/// A mask, as are the first arguments of Select and those of IsEverywhere and Bits.
+inline F operator<(F a, F b) { return {_mm_cmplt_ps(a.v, b.v)}; }
+inline F operator&(F a, F b) { return {_mm_and_ps(a.v, b.v)}; }
+inline F Select(F mask, F a, F b) { return {_mm_blendv_ps(a.v, b.v, mask.v)}; }
+inline bool IsEverywhere(F mask) { return _mm_movemask_ps(mask.v) == 0xF; }
+inline V Bits(F mask) { return {_mm_castps_si128(mask.v)}; }
 inline F Real(V a) { return {_mm_cvtepi32_ps(a.v)}; }
 /// Towards zero; the most negative integer for what does not fit.
 inline V Truncate(F a) { return {_mm_cvttps_epi32(a.v)}; }
@@ -108,6 +123,8 @@ inline D HighDoubles(F a) { return {_mm_cvtps_pd(_mm_movehl_ps(a.v, a.v))}; }
 inline F Singles(D low, D high) {
   return {_mm_movelh_ps(_mm_cvtpd_ps(low.v), _mm_cvtpd_ps(high.v))};
 }
+/// The product in double precision, rounded once more.
+inline F Product(F a, D b) { return Singles(LowDoubles(a) * b, HighDoubles(a) * b); }
 
 /// The words of a and b in turns: words of two pixels' channels become those of whole pixels.
 inline void StoreZipped16(V a, V b, u8* p) {

@@ -1,5 +1,6 @@
 // The interface table, in slot order: each method names the operation behind it. The methods about
 // the object itself stand in pictavo_object.cpp.
+#include "chromakey/chroma_key_fx.h"
 #include "cpu/blend.h"
 #include "cpu/motion_blur.h"
 #include "cpu/resize.h"
@@ -196,8 +197,9 @@ u32 Pictavo::Reserved84(const u8*, i32, i32, i32, i32, u32, f32*) noexcept {
 u32 Pictavo::Reserved85(const u8*, i32, i32, u32, u32, u32, u32*, void*) noexcept {
   return PICTAVO_E_NOTIMPL;
 }
-u32 Pictavo::ApplyChromaKey(const ImageDesc*, ImageDesc*, const ChromaKey*, i32, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ApplyChromaKey(const ImageDesc* src, ImageDesc* dst, const ChromaKey* keys,
+                            i32 keyCount, i32 format) noexcept {
+  return chromakey::ApplyChromaKey(cpuLevel, src, dst, keys, keyCount, format);
 }
 u32 Pictavo::GaussianBlurBox3(u8*, i32, i32, i32, f32) noexcept { return PICTAVO_E_NOTIMPL; }
 

@@ -13,6 +13,11 @@ inline void TellDebugger([[maybe_unused]] const char* line) noexcept {
   OutputDebugStringA(line);
 #endif
 }
+inline void TellDebugger([[maybe_unused]] const wchar_t* line) noexcept {
+#ifdef _WIN32
+  OutputDebugStringW(line);
+#endif
+}
 
 }  // namespace pictavo
 

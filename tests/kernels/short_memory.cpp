@@ -1,10 +1,11 @@
-// The library's page allocator, replaced: pages end at memory that may not be touched, and can be
-// made short.
+// The library's allocators, replaced: pages end at memory that may not be touched, and they and
+// arrays that may be refused can be made short.
 #include "short_memory.h"
 
 #include <limits>
 #include <map>
 #include <memory>
+#include <new>
 
 #include "guarded_memory.h"
 #include "platform/pages.h"
@@ -15,11 +16,16 @@ namespace {
 int left = std::numeric_limits<int>::max();
 std::map<void*, std::unique_ptr<test::GuardedMemory>> handedOut;
 
+bool Take() {
+  if (left == 0) return false;
+  --left;
+  return true;
+}
+
 }  // namespace
 
 void* AllocatePages(size_t size) noexcept {
-  if (left == 0) return nullptr;
-  --left;
+  if (!Take()) return nullptr;
   const size_t whole = (size + 63) / 64 * 64;  // keeps the alignment that vectors count on
   auto pages = std::make_unique<test::GuardedMemory>(whole, test::GuardedMemory::Side::kAfter);
   void* const data = pages->data();
@@ -36,3 +42,7 @@ ShortMemory::~ShortMemory() { left = std::numeric_limits<int>::max(); }
 
 }  // namespace test
 }  // namespace pictavo
+
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return pictavo::Take() ? ::operator new[](size) : nullptr;
+}

@@ -3,7 +3,8 @@
 
 namespace pictavo::test {
 
-/// While it lives, only so many more allocations of pages succeed.
+/// While it lives, only so many more allocations succeed: of pages, and of arrays that may be
+/// refused.
 class ShortMemory {
  public:
   explicit ShortMemory(int allocations);

@@ -1,0 +1,191 @@
+#include "chromakey/chroma_key_fx.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <iterator>
+#include <memory>
+#include <new>
+
+#include "platform/debugger.h"
+#include "platform/parallel_rows.h"
+
+namespace pictavo::chromakey {
+namespace {
+
+/// Measures from its construction on.
+class Stopwatch {
+ public:
+  double Seconds() const {
+    const auto elapsed = std::chrono::steady_clock::now() - start_;
+    return static_cast<double>(std::chrono::nanoseconds(elapsed).count()) / 1e9;
+  }
+
+ private:
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+template <typename... Values>
+void Tell(const wchar_t* format, Values... values) {
+  wchar_t line[128];
+  if (std::swprintf(line, std::size(line), format, values...) > 0) TellDebugger(line);
+}
+
+}  // namespace
+
+u32 ChromaKeyFx::SetSource(const ImageView* view) {
+  source_ = view;
+  return PICTAVO_S_OK;
+}
+
+u32 ChromaKeyFx::SetBackground(const ImageView* view) {
+  background_ = view;
+  return PICTAVO_S_OK;
+}
+
+u32 ChromaKeyFx::SetDestination(const ImageView* view) {
+  destination_ = view;
+  return PICTAVO_S_OK;
+}
+
+u32 ChromaKeyFx::SetKeys(WorkingKey* keys, i32 count) {
+  keys_ = keys;
+  keyCount_ = count;
+  return PICTAVO_S_OK;
+}
+
+u32 ChromaKeyFx::Run(i32 composite) {
+  if (composite != 0 && background_ == nullptr) return PICTAVO_E_POINTER;
+  return source_->isYUV == 0 ? _RunARGB(composite) : _RunAYUV(composite);
+}
+
+u32 ChromaKeyFx::_RunARGB(i32 composite) {
+  const Stopwatch watch;
+  const u32 status = RunPasses(&ChromaKeyFx::_ApplyKeyARGB, composite);
+  if (status == PICTAVO_S_OK) Tell(L"[ChromaKeyFx::_RunARGB] %f seconds\n", watch.Seconds());
+  return status;
+}
+
+u32 ChromaKeyFx::_RunAYUV(i32 composite) {
+  const Stopwatch watch;
+  const u32 status = RunPasses(&ChromaKeyFx::_ApplyKeyAYUV, composite);
+  if (status == PICTAVO_S_OK) Tell(L"[ChromaKeyFx::_RunAYUV] %f seconds\n", watch.Seconds());
+  return status;
+}
+
+u32 ChromaKeyFx::_ApplyKeyARGB(i32 keyIndex) {
+  const Stopwatch watch;
+  KeyPicture(Layout::kArgb, keyIndex);
+  Tell(L"[ChromaKeyFx::_ApplyKeyARGB(%d)] %f seconds\n", keyIndex, watch.Seconds());
+  return PICTAVO_S_OK;
+}
+
+u32 ChromaKeyFx::_ApplyKeyAYUV(i32 keyIndex) {
+  const Stopwatch watch;
+  KeyPicture(Layout::kAyuv, keyIndex);
+  Tell(L"[ChromaKeyFx::_ApplyKeyAYUV(%d)] %f seconds\n", keyIndex, watch.Seconds());
+  return PICTAVO_S_OK;
+}
+
+u32 ChromaKeyFx::RunPasses(ApplyKey applyKey, i32 composite) {
+  u32 status = PrepareResult(composite);
+  for (i32 k = 0; k < keyCount_ && status == PICTAVO_S_OK; ++k) status = (this->*applyKey)(k);
+  if (status == PICTAVO_S_OK) FinishResult(composite);
+  return status;
+}
+
+void ChromaKeyFx::KeyPicture(Layout layout, i32 keyIndex) {
+  WorkingKey& key = keys_[keyIndex];
+  key.colour = ToYuv(key.keyR, key.keyG, key.keyB);
+  const PassKey pass(key.colour, key.angle, key.denoise);
+  KeyRow* const keyRow = KeyRowFor(level_, layout, pass.IsNearGrey(), keyIndex == 0);
+  ParallelRows(Rows(), [&](int row) {
+    const i64 at = row * RowBytes();
+    keyRow(result_ + at, source_->pixels + at, destination_->width, pass);
+  });
+}
+
+i32 ChromaKeyFx::Rows() const {
+  return static_cast<i32>(std::min(source_->height, destination_->height));
+}
+
+/// The passes write into the destination itself, unless they would write what a later one reads.
+u32 ChromaKeyFx::PrepareResult(i32 composite) {
+  resultBuffer_.reset();
+  result_ = destination_->pixels;
+  const i64 distance = reinterpret_cast<intptr_t>(destination_->pixels) -
+                       reinterpret_cast<intptr_t>(source_->pixels);
+  const bool apart = std::abs(distance) >= Rows() * RowBytes();
+  if (composite == 0 && (apart || (distance == 0 && keyCount_ == 1))) return PICTAVO_S_OK;
+  resultBuffer_.emplace(destination_->byteSize);
+  result_ = static_cast<u8*>(resultBuffer_->data());
+  return *resultBuffer_ ? PICTAVO_S_OK : PICTAVO_E_OUTOFMEMORY;
+}
+
+void ChromaKeyFx::FinishResult(i32 composite) {
+  if (!resultBuffer_) return;
+  ParallelRows(Rows(), [&](int row) {
+    const i64 at = row * RowBytes();
+    if (composite == 0) {
+      std::memcpy(destination_->pixels + at, result_ + at, static_cast<size_t>(RowBytes()));
+    } else {
+      CompositeRow(destination_->pixels + at, result_ + at, background_->pixels + at,
+                   destination_->width);
+    }
+  });
+}
+
+// ---------------------------------------------------------------------------------------------
+// The operation.
+
+namespace {
+
+/// The entry for an accelerated build; there is none.
+u32 ApplyChromaKeyAccelerated(const ImageDesc&, ImageDesc&, const ChromaKey*, i32, i32) {
+  return PICTAVO_E_NOTIMPL;
+}
+
+bool IsUsable(const ImageDesc& image) {
+  return image.memoryKind != PICTAVO_MEMORY_D3D11_TEXTURE && image.width >= 0 &&
+         image.height >= 0 && image.pitch == i64{image.width} * 4;
+}
+
+}  // namespace
+
+u32 ApplyChromaKey(i32 level, const ImageDesc* src, ImageDesc* dst, const ChromaKey* keys,
+                   i32 keyCount, i32 format) noexcept {
+  if (src == nullptr || dst == nullptr || keys == nullptr) return PICTAVO_E_POINTER;
+  if (src->data == nullptr || dst->data == nullptr) return PICTAVO_E_POINTER;
+  // Sizes of pictures and of the result buffer are 32-bit numbers.
+  const i64 height = std::max(src->height, dst->height);
+  if (!IsUsable(*src) || !IsUsable(*dst) || src->width != dst->width || keyCount < 1 ||
+      height * dst->pitch > UINT32_MAX) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  if (level >= 8) {
+    const u32 status = ApplyChromaKeyAccelerated(*src, *dst, keys, keyCount, format);
+    if (static_cast<i32>(status) >= 0) return status;
+  }
+  const std::unique_ptr<WorkingKey[]> working(new (std::nothrow)
+                                                  WorkingKey[static_cast<size_t>(keyCount)]);
+  if (!working) return PICTAVO_E_OUTOFMEMORY;
+  std::transform(keys, keys + keyCount, working.get(), [](const ChromaKey& key) {
+    return WorkingKey{key.keyR, key.keyG, key.keyB, {}, key.angle, key.denoise};
+  });
+  const auto view = [&](const ImageDesc& image) {
+    return ImageView{static_cast<u32>(image.width), static_cast<u32>(image.height),
+                     // For the destination too: no more rows than the source has are keyed.
+                     static_cast<u32>(i64{src->height} * image.pitch), static_cast<u8*>(image.data),
+                     format != 1};
+  };
+  const ImageView source = view(*src), destination = view(*dst);
+  ChromaKeyFx effect(level);
+  effect.SetSource(&source);
+  effect.SetDestination(&destination);
+  effect.SetKeys(working.get(), keyCount);
+  return effect.Run(0);
+}
+
+}  // namespace pictavo::chromakey

@@ -1,0 +1,22 @@
+#ifndef PICTAVO_PLATFORM_PARALLEL_ROWS_H_
+#define PICTAVO_PLATFORM_PARALLEL_ROWS_H_
+
+namespace pictavo {
+
+using RowTask = void(const void* context, int row);
+
+/// Runs a task for each of the rows 0 … rows - 1, in any order, on the calling thread and on those
+/// of the system's pool; a single row on the calling thread. Returns when all are done. Where the
+/// pool has nothing to give, the caller does them all. The task must not throw.
+void ParallelRows(int rows, RowTask* task, const void* context) noexcept;
+
+/// The same with a function object that takes the row.
+template <typename Body>
+void ParallelRows(int rows, const Body& body) noexcept {
+  ParallelRows(
+      rows, [](const void* context, int row) { (*static_cast<const Body*>(context))(row); }, &body);
+}
+
+}  // namespace pictavo
+
+#endif  // PICTAVO_PLATFORM_PARALLEL_ROWS_H_
