@@ -385,14 +385,21 @@ TEST(ParallelRows, RunsEachRowOnce) {
 
 #ifdef _WIN32
 
-std::vector<std::wstring> heard;
+std::vector<std::string> heard;
 
-/// Hears what is said to the debugger.
+/// Hears what is said to the debugger, which some systems pass on as narrow text.
 LONG CALLBACK Listen(EXCEPTION_POINTERS* exception) {
-  constexpr DWORD kDebugPrintWide = 0x4001000A;
+  constexpr DWORD kNarrow = 0x40010006, kWide = 0x4001000A;
   const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-  if (record.ExceptionCode != kDebugPrintWide) return EXCEPTION_CONTINUE_SEARCH;
-  heard.emplace_back(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]));
+  if (record.ExceptionCode == kWide) {
+    const std::wstring line(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]));
+    heard.emplace_back();
+    for (const wchar_t c : line) heard.back() += static_cast<char>(c);
+  } else if (record.ExceptionCode == kNarrow) {
+    heard.emplace_back(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
+  } else {
+    return EXCEPTION_CONTINUE_SEARCH;
+  }
   return EXCEPTION_CONTINUE_EXECUTION;
 }
 
@@ -403,11 +410,11 @@ TEST(ChromaKey, TellsTheDebuggerHowLongItTook) {
   Apply(Levels().back(), dst.data(), src.data(), 4, 4, keys, kBgra);
   Apply(0, dst.data(), src.data(), 4, 4, keys, kAyuv);
   RemoveVectoredExceptionHandler(listener);
-  const std::wstring heads[] = {L"_ApplyKeyARGB\\(0\\)", L"_ApplyKeyARGB\\(1\\)", L"_RunARGB",
-                                L"_ApplyKeyAYUV\\(0\\)", L"_ApplyKeyAYUV\\(1\\)", L"_RunAYUV"};
+  const std::string heads[] = {"_ApplyKeyARGB\\(0\\)", "_ApplyKeyARGB\\(1\\)", "_RunARGB",
+                               "_ApplyKeyAYUV\\(0\\)", "_ApplyKeyAYUV\\(1\\)", "_RunAYUV"};
   ASSERT_EQ(heard.size(), std::size(heads));
   for (size_t i = 0; i < heard.size(); ++i) {
-    const std::wregex line(L"\\[ChromaKeyFx::" + heads[i] + L"\\] 0\\.\\d{6} seconds\n");
+    const std::regex line("\\[ChromaKeyFx::" + heads[i] + "\\] 0\\.\\d{6} seconds\n");
     EXPECT_TRUE(std::regex_match(heard[i], line)) << i;
   }
 }
