@@ -281,6 +281,21 @@ TEST_F(Object, ResizesByTheRuleOfEachSlot) {
   }
 }
 
+TEST_F(Object, KeysInBothFormats) {
+  u32 pixels[] = {0xFF00FF00, 0xC80000FF}, keyed[2];
+  const ImageDesc src = {{}, 2, 1, 0, pixels, 2, 1, 8, 4};
+  ImageDesc dst = {{}, 2, 1, 0, keyed, 2, 1, 8, 4};
+  const ChromaKey green = {0, 255, 0, 0, 30, 20};
+  for (const i32 level : {0, object_->GetCPULevel()}) {
+    object_->SetCPULevel(level);
+    EXPECT_EQ(object_->ApplyChromaKey(&src, &dst, &green, 1, 1), PICTAVO_S_OK);
+    EXPECT_EQ(keyed[0], 0u);
+    EXPECT_EQ(keyed[1], 0xC80000FEu);  // red, to YCbCr and back
+    EXPECT_EQ(object_->ApplyChromaKey(&src, &dst, &green, 1, 0), PICTAVO_S_OK);
+    EXPECT_EQ(keyed[1], 0xC80000FFu);  // as Y 0, U -128, V 127: far from green
+  }
+}
+
 TEST_F(Object, ChecksLayers) {
   u8 pixel[4] = {1, 2, 3, 4};
   ImageDesc image = {{}, 1, 1, 0, pixel, 1, 1, 4, 4}, empty = image, texture = image;
