@@ -36,8 +36,7 @@
 //   picture being written is used by another call. Creating and releasing are the host's to order:
 //   no call may overlap the release of its object.
 // - Not built. A method marked so, or called Reserved, touches nothing and returns
-//   PICTAVO_E_NOTIMPL whatever it is given, so that a host can fall back. A method without a result
-//   then leaves its outputs alone.
+//   PICTAVO_E_NOTIMPL whatever it is given, so that a host can fall back.
 #ifndef PICTAVO_PICTAVO_H_
 #define PICTAVO_PICTAVO_H_
 
@@ -243,29 +242,55 @@ struct IPictavo {
   virtual u32 Reserved12() noexcept = 0;  ///< Slot 12.
   virtual u32 Reserved13() noexcept = 0;  ///< Slot 13.
 
-  /// Slot 14. One colour from RGB to studio-range YUV (BT.601). Not built yet.
+  /// Slot 14. One colour from RGB to studio-range YUV (BT.601), in units of 1/4096:
+  ///
+  ///     Y = (1053 r + 2064 g +  401 b +  67584) >> 12
+  ///     U = (-606 r - 1192 g + 1798 b + 526336) >> 12
+  ///     V = (1798 r - 1507 g -  291 b + 526336) >> 12
+  ///
+  /// Bytes give Y in 16 … 235, U and V in 16 … 240, without a clamp. Inputs beyond a byte are taken
+  /// as they are, sums modulo 2^32: below level 3 the shift keeps the sign; from level 3 a negative
+  /// sum, like a large one, gives 255. Nothing is done when an output is null.
   virtual void ConvertRGBToYUVPixel(i32 r, i32 g, i32 b, u32* y, u32* u, u32* v) noexcept = 0;
 
-  /// Slot 15. One colour from studio-range YUV (BT.601) to RGB. Not built yet.
+  /// Slot 15. One colour from studio-range YUV (BT.601) to RGB. With Y less 16, U and V less 128:
+  ///
+  ///     R = (4768 Y          + 6537 V + 2048) >> 12
+  ///     G = (4768 Y - 1602 U - 3330 V + 2048) >> 12
+  ///     B = (4768 Y + 8266 U          + 2048) >> 12, each clamped to 0 … 255
+  ///
+  /// From level 3 inputs and differences saturate to 16 bits; bytes give the same at every level.
+  /// Nothing is done when an output is null.
   virtual void ConvertYUVToRGBPixel(i32 y, i32 u, i32 v, u32* r, u32* g, u32* b) noexcept = 0;
 
-  /// Slot 16. Turns premultiplied alpha into straight alpha in place. Not built yet.
+  /// Slot 16. Turns premultiplied alpha into straight alpha in place.
+  ///
+  /// Each colour of a pixel of alpha a becomes 256 * c / a - 1, rounded towards zero and clamped to
+  /// 0 … 255, so that c = a gives 255 and c = 0 gives 0. Alpha stays; pixels of alpha 0 stay whole.
+  /// @return status: always 1; a null buffer or an empty picture is left alone
   virtual u32 UnpremultiplyPitched(u8* buffer, i32 width, i32 height, i32 pitch) noexcept = 0;
 
-  /// Slot 17. Slot 16 for a packed buffer. Not built yet.
+  /// Slot 17. Slot 16 for a packed buffer. @return status: always 1; a picture that cannot fit in
+  /// memory is left alone too
   virtual u32 UnpremultiplyPacked(u8* buffer, i32 width, i32 height) noexcept = 0;
 
-  /// Slot 18. Turns straight alpha into premultiplied alpha in place. Not built yet.
+  /// Slot 18. Turns straight alpha into premultiplied alpha in place: each colour of a pixel of
+  /// alpha a becomes ((c + 1) * a) >> 8, which is c where a = 255. Alpha stays.
+  /// @return status: always 1; a null buffer or an empty picture is left alone
   virtual u32 PremultiplyPitched(u8* buffer, i32 width, i32 height, i32 pitch) noexcept = 0;
 
-  /// Slot 19. Slot 18 for a packed buffer. Not built yet.
+  /// Slot 19. Slot 18 for a packed buffer. @return status: always 1; a picture that cannot fit in
+  /// memory is left alone too
   virtual u32 PremultiplyPacked(u8* buffer, i32 width, i32 height) noexcept = 0;
 
-  /// Slot 20. BGRA to YUVA (bytes V, U, Y, A; BT.601 studio range). Not built yet.
+  /// Slot 20. BGRA to YUVA, bytes V, U, Y, A, by the matrix of slot 14; alpha is copied. Below
+  /// level 3 it calls slot 21 through the table.
+  /// @return PICTAVO_S_OK, with nothing done for a negative height; PICTAVO_S_FALSE when width or
+  /// height is 0; PICTAVO_E_INVALIDARG when src or dst is null
   virtual u32 ConvertBGRAToYUVA(const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
                                 i32 dstPitch) noexcept = 0;
 
-  /// Slot 21. The portable build of slot 20, which calls it through this table. Not built yet.
+  /// Slot 21. The portable build of slot 20, at any level. @return as slot 20
   virtual u32 ConvertBGRAToYUVAPortable(const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
                                         i32 dstPitch) noexcept = 0;
 
@@ -326,11 +351,13 @@ struct IPictavo {
   virtual u32 Reserved32() noexcept = 0;  ///< Slot 32.
   virtual u32 Reserved33() noexcept = 0;  ///< Slot 33.
 
-  /// Slot 34. Four consecutive 32-bit pixels from RGB to YUV, vector build. Not built yet.
+  /// Slot 34. Four consecutive 32-bit pixels from RGB to YUV by the matrix of slot 14, in vector
+  /// code at any level. Writes four numbers to each output; nothing when a pointer is null. Alphas
+  /// are not read.
   virtual void ConvertRGBToYUV4Pixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept = 0;
 
-  /// Slot 35. Slot 34's conversion at any level; calls slot 34 through this table from level 3. Not
-  /// built yet.
+  /// Slot 35. Slot 34's conversion in portable code; from level 3 it calls slot 34 through the
+  /// table.
   virtual void ConvertRGBToYUVPixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept = 0;
 
   /// Slot 36. Slot 11 with an opacity ramp and a flip, writing the weight into the alpha.
@@ -367,24 +394,42 @@ struct IPictavo2 : IPictavo {
   /// Calls already running keep the level they started with.
   virtual void SetCPULevel(i32 level) noexcept = 0;
 
-  /// Slot 43. Counts the bytes of 32-bit pixels. Not built yet.
+  /// Slot 43. Counts the bytes of 32-bit pixels. Clears binCount bins, then adds 1 to bin v for
+  /// each byte v; a byte without a bin is not counted, so 256 bins count them all.
+  /// @param selector 1 green, 2 red, 3 alpha, 4 all four bytes, 5 the three colours; 0 and any
+  /// other value blue
+  /// @return PICTAVO_S_OK, also for an empty picture; PICTAVO_E_FAIL when pixels or bins is null or
+  /// binCount is below 1
   virtual u32 ComputeHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
                                i32 binCount, u32 selector) noexcept = 0;
 
-  /// Slot 44. Counts one brightness value a pixel. Not built yet.
+  /// Slot 44. Counts one value a pixel, in bins as slot 43 has them.
+  /// @param selector 0 the bytes of an 8-bit picture; of 32-bit pixels 1 the mean of the three
+  /// colours, rounded down, or 2 red; any other value leaves the bins cleared
+  /// @return as slot 43
   virtual u32 ComputeLumaHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
                                    i32 binCount, u32 selector) noexcept = 0;
 
   virtual u32 Reserved45() noexcept = 0;  ///< Slot 45.
 
-  /// Slot 46. The mean of the three colours into all three, destination alpha kept. Not built yet.
+  /// Slot 46. Grey: (blue + green + red) / 3, rounded down, into the destination's three colours;
+  /// its alpha stays.
+  /// @param dstPitch bytes; what it has beyond a row of pixels counts in whole pixels, rounded
+  /// towards zero
+  /// @return PICTAVO_S_OK, also for an empty picture; PICTAVO_E_FAIL when src or dst is null
   virtual u32 ConvertBGRAToGray(const u8* src, i32 width, i32 height, i32 srcPitch, u32* dst,
                                 i32 dstPitch) noexcept = 0;
 
   virtual u32 Reserved47() noexcept = 0;  ///< Slot 47.
 
-  /// Slot 48. Draws a rectangle's outline. Not built yet.
+  /// Slot 48. Draws a rectangle's outline, one pixel wide. Where top and bottom are the same row,
+  /// the row below is drawn too.
+  /// @param width, height not read: the rectangle is not clipped and must lie in the picture
+  /// @param pitch bytes, rounded down to whole pixels
   /// @param rect left, top, right, bottom in pixels, all inclusive
+  /// @param colour 0xAARRGGBB
+  /// @return PICTAVO_S_OK; PICTAVO_E_FAIL when buffer or rect is null; PICTAVO_E_INVALIDARG when
+  /// left or top is negative, right is before left or bottom above top
   virtual u32 DrawRectOutline(u32* buffer, i32 width, i32 height, u32 pitch, const i32 rect[4],
                               u32 colour) noexcept = 0;
 
@@ -491,7 +536,19 @@ struct IPictavo3 : IPictavo2 {
   virtual u32 Reserved69() noexcept = 0;  ///< Slot 69. A rectangle operation.
   virtual u32 Reserved70() noexcept = 0;  ///< Slot 70. An operation with modes.
 
-  /// Slot 71. Grows a picture by a border of copied edge pixels. Not built yet.
+  /// Slot 71. Grows a picture, in place, by a border on every side: each border pixel becomes the
+  /// nearest pixel of the picture. `data` points at the picture, inside a buffer of bufferWidth x
+  /// bufferHeight pixels with room for the border around it.
+  ///
+  /// Pixels have 4 bytes, or 1. Rows of 4-byte pixels are pitch / 4 pixels apart. Rows of bytes are
+  /// taken to be tight, width + 2 * border apart, whatever the pitch; only the border's first byte
+  /// is placed by the pitch. So a wider pitch puts the border of bytes in the wrong places.
+  ///
+  /// @param border pixels; 0 writes nothing
+  /// @return PICTAVO_S_OK; PICTAVO_E_INVALIDARG when the record or its data is null, the record
+  /// holds a texture, a size is below 1, the picture with its border is wider or higher than the
+  /// buffer, pixels have neither 4 bytes nor 1, or rows of bytes are shorter than width + 2 *
+  /// border
   virtual u32 ExtendBoundary(const ImageDesc* image, u32 border) noexcept = 0;
 
   virtual u32 Reserved72() noexcept = 0;  ///< Slot 72. A filter.
@@ -551,7 +608,9 @@ struct IPictavo4 : IPictavo3 {
   virtual u32 Reserved75() noexcept = 0;  ///< Slot 75. Two image records and a rectangle.
   virtual u32 Reserved76() noexcept = 0;  ///< Slot 76.
 
-  /// Slot 77. Fills a picture with one colour. Not built yet.
+  /// Slot 77. Fills a picture of 32-bit pixels with one colour.
+  /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_POINTER when buffer is
+  /// null
   virtual u32 FillSolidColor(u8* buffer, i32 width, i32 height, i32 pitch, u8 blue, u8 green,
                              u8 red, u8 alpha) noexcept = 0;
 
@@ -560,7 +619,10 @@ struct IPictavo4 : IPictavo3 {
   virtual u32 Reserved80() noexcept = 0;  ///< Slot 80. An operation with modes.
   virtual u32 Reserved81() noexcept = 0;  ///< Slot 81. A geometric operation.
 
-  /// Slot 82. A picture's mean. Not built yet.
+  /// Slot 82. The mean of a packed 8-bit picture: the exact sum of its width * height bytes divided
+  /// by their number.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer or mean is null; PICTAVO_E_INVALIDARG when
+  /// a size is below 1
   virtual u32 ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept = 0;
 
   /// Slot 83.
@@ -633,7 +695,13 @@ struct IPictavo5 : IPictavo4 {
   virtual u32 Reserved93() noexcept = 0;  ///< Slot 93.
   virtual u32 Reserved94() noexcept = 0;  ///< Slot 94.
 
-  /// Slot 95. One colour from hue (degrees), saturation and lightness to RGB. Not built yet.
+  /// Slot 95. One colour from hue, saturation and lightness to RGB.
+  ///
+  /// Saturation and lightness run from 0 to 255. With chroma C = (255 - |2 * lightness - 255|) *
+  /// saturation / 255, the greatest channel is lightness + C / 2 and the least lightness - C / 2;
+  /// computed exactly and rounded to the nearest integer once.
+  /// @param hue degrees, any: 0 is red, 120 green, 240 blue
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when r, g or b is null
   virtual u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g,
                               u8* b) noexcept = 0;
 
@@ -660,7 +728,8 @@ struct IPictavo6 : IPictavo5 {
   virtual u32 Reserved106(u8* dst, const u8* src, i64 count, u32 first, u32 second, u32 third,
                           u32 fourth) noexcept = 0;
 
-  /// Slot 107. Slot 71 with the border's alpha cleared. Not built yet.
+  /// Slot 107. Slot 71 for 4-byte pixels, with the alpha of every border pixel cleared.
+  /// @return as slot 71; PICTAVO_E_INVALIDARG also for pixels of 1 byte
   virtual u32 ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept = 0;
 
   /// Slot 108. Runs one of the Direct3D operations 0 … 14. Not built yet; arguments beyond these

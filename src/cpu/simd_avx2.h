@@ -35,8 +35,10 @@ inline V MulHighSigned16(V a, V b) { return {_mm256_mulhi_epi16(a.v, b.v)}; }
 inline V Add8(V a, V b) { return {_mm256_add_epi8(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm256_adds_epu8(a.v, b.v)}; }
 inline V SubSaturated8(V a, V b) { return {_mm256_subs_epu8(a.v, b.v)}; }
+inline V SubSaturated16(V a, V b) { return {_mm256_subs_epu16(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm256_min_epu8(a.v, b.v)}; }
 inline V Max8(V a, V b) { return {_mm256_max_epu8(a.v, b.v)}; }
+inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm256_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
 inline V IsHigh8(V a) { return {_mm256_cmpgt_epi8(_mm256_setzero_si256(), a.v)}; }
@@ -55,11 +57,29 @@ inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   return {_mm256_cvttps_epi32(_mm256_mul_ps(scaled, _mm256_set1_ps(factor)))};
 }
 
+inline V Quotient32(V a, V b) {
+  return {_mm256_cvttps_epi32(_mm256_div_ps(_mm256_cvtepi32_ps(a.v), _mm256_cvtepi32_ps(b.v)))};
+}
+
 inline V SwapPairs(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }
 
-inline V Repeat16(V a) {
-  const __m128i bytes = _mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13);
-  return {_mm256_shuffle_epi8(a.v, _mm256_broadcastsi128_si256(bytes))};
+/// Moves bytes within each pixel: `from` numbers, for each, the one that it takes; 128 gives 0.
+inline V ShuffleBytes(V a, u32 from) {
+  const __m256i first =
+      _mm256_broadcastsi128_si256(_mm_setr_epi32(0, 0x04040404, 0x08080808, 0x0C0C0C0C));
+  return {_mm256_shuffle_epi8(a.v, _mm256_add_epi8(first, V::All32(from).v))};
+}
+
+inline V Repeat16(V a) { return ShuffleBytes(a, 0x01000100); }
+inline V LowHalves(V a) { return ShuffleBytes(a, 0x01000100); }
+inline V HighHalves(V a) { return ShuffleBytes(a, 0x03020302); }
+inline V AlphasOnColours(V pixels) { return ShuffleBytes(pixels, 0x80030303); }
+
+inline V PackHighHalves(V blue, V green, V red, V alpha) {
+  const __m256i low = _mm256_blend_epi16(_mm256_srli_epi32(blue.v, 16), green.v, 0xAA);
+  const __m256i high = _mm256_blend_epi16(_mm256_srli_epi32(red.v, 16), alpha.v, 0xAA);
+  const __m128i bytes = _mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
+  return {_mm256_shuffle_epi8(_mm256_packus_epi16(low, high), _mm256_broadcastsi128_si256(bytes))};
 }
 
 inline V Select(V mask, V a, V b) { return {_mm256_blendv_epi8(a.v, b.v, mask.v)}; }
@@ -106,7 +126,6 @@ inline void StoreZipped32(const V (&a)[4], u8* p) {
 
 inline V LowWords(V a, V b) { return {_mm256_blend_epi16(a.v, _mm256_slli_epi32(b.v, 16), 0xAA)}; }
 inline V HighWords(V a, V b) { return {_mm256_blend_epi16(_mm256_srli_epi32(a.v, 16), b.v, 0xAA)}; }
-inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
 
 template <typename Address>
 V LoadLanes(Address address) {
@@ -137,9 +156,6 @@ inline bool AlphasOpaque(V a) { return _mm256_testc_si256(a.v, V::All32(0xFF0000
 
 inline V Max32(V a, V b) { return {_mm256_max_epi32(a.v, b.v)}; }
 inline V Greater32(V a, V b) { return {_mm256_cmpgt_epi32(a.v, b.v)}; }
-inline V Quotient32(V a, V b) {
-  return {_mm256_cvttps_epi32(_mm256_div_ps(_mm256_cvtepi32_ps(a.v), _mm256_cvtepi32_ps(b.v)))};
-}
 inline V Mul32(V a, V b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
 inline V Index32() { return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}; }
 inline bool IsZero(V a) { return _mm256_testz_si256(a.v, a.v) != 0; }

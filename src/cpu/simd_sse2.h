@@ -37,8 +37,11 @@ inline V MulHighSigned16(V a, V b) { return {_mm_mulhi_epi16(a.v, b.v)}; }
 inline V Add8(V a, V b) { return {_mm_add_epi8(a.v, b.v)}; }
 inline V AddSaturated8(V a, V b) { return {_mm_adds_epu8(a.v, b.v)}; }
 inline V SubSaturated8(V a, V b) { return {_mm_subs_epu8(a.v, b.v)}; }
+inline V SubSaturated16(V a, V b) { return {_mm_subs_epu16(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm_min_epu8(a.v, b.v)}; }
 inline V Max8(V a, V b) { return {_mm_max_epu8(a.v, b.v)}; }
+/// The sum of the signed products of the two 16-bit halves of each lane.
+inline V DotProduct32(V a, V b) { return {_mm_madd_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
 /// All ones where the byte is 128 or more, 0 elsewhere.
@@ -61,11 +64,38 @@ inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   return {_mm_cvttps_epi32(_mm_mul_ps(scaled, _mm_set1_ps(factor)))};
 }
 
+/// a / b per 32-bit lane, rounded towards zero; exact for a below 2^24 and b from 1 to 2^16.
+inline V Quotient32(V a, V b) {
+  return {_mm_cvttps_epi32(_mm_div_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v)))};
+}
+
 /// Swaps pixels 0 and 1, 2 and 3, …
 inline V SwapPairs(V a) { return {_mm_shuffle_epi32(a.v, 0xB1)}; }
 
 /// The low 16 bits of each pixel into its high 16 bits too; those must be 0.
 inline V Repeat16(V a) { return a | ShiftLeft32(a, 16); }
+
+/// The low, or the high, 16 bits of each pixel in both its halves.
+inline V LowHalves(V a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0b10'10'00'00), 0b10'10'00'00)};
+}
+inline V HighHalves(V a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0b11'11'01'01), 0b11'11'01'01)};
+}
+
+/// Each pixel's alpha in its three colours' bytes, and 0 in its own.
+inline V AlphasOnColours(V pixels) {
+  const V halves = Repeat16(ShiftRight32(pixels, 24));
+  return halves | (ShiftLeft16(halves, 8) & V::All32(0xFFFF));
+}
+
+/// Pixels whose bytes, from blue to alpha, are the high halves of four. Those must be below 256.
+inline V PackHighHalves(V blue, V green, V red, V alpha) {
+  const V high = V::All32(0xFFFF0000);
+  const V low = ShiftRight32(blue, 16) | (green & high);
+  const __m128i halves = _mm_packus_epi16(low.v, (ShiftRight32(red, 16) | (alpha & high)).v);
+  return {_mm_unpacklo_epi16(halves, _mm_srli_si128(halves, 8))};
+}
 
 /// b where mask is all ones, a where it is 0.
 inline V Select(V mask, V a, V b) { return AndNot(mask, a) | (mask & b); }

@@ -18,13 +18,6 @@ inline V Min32(V a, V b) { return {_mm_min_epi32(a.v, b.v)}; }
 inline V Max32(V a, V b) { return {_mm_max_epi32(a.v, b.v)}; }
 /// All ones where a > b, as signed numbers, 0 elsewhere.
 inline V Greater32(V a, V b) { return {_mm_cmpgt_epi32(a.v, b.v)}; }
-/// The sum of the products of the two 16-bit halves of each lane.
-inline V DotProduct32(V a, V b) { return {_mm_madd_epi16(a.v, b.v)}; }
-
-/// a / b per 32-bit lane, rounded towards zero; exact for a below 2^24 and b from 1 to 2^16.
-inline V Quotient32(V a, V b) {
-  return {_mm_cvttps_epi32(_mm_div_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v)))};
-}
 
 /// The low half of the product of 32-bit lanes.
 inline V Mul32(V a, V b) { return {_mm_mullo_epi32(a.v, b.v)}; }

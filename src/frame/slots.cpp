@@ -2,11 +2,25 @@
 // the object itself stand in pictavo_object.cpp.
 #include "chromakey/chroma_key_fx.h"
 #include "cpu/blend.h"
+#include "cpu/border.h"
+#include "cpu/convert.h"
+#include "cpu/draw.h"
+#include "cpu/histogram.h"
 #include "cpu/motion_blur.h"
 #include "cpu/resize.h"
 #include "frame/pictavo_object.h"
 
 namespace pictavo {
+namespace {
+
+/// The object as its host holds it: calls follow its method table, where a host may have put other
+/// methods. Calls on `this` would be bound by the compiler.
+IPictavo* ThroughTable(IPictavo* object) {
+  IPictavo* const volatile opaque = object;
+  return opaque;
+}
+
+}  // namespace
 
 // IPictavo
 
@@ -55,17 +69,37 @@ u32 Pictavo::BlendOverWithOpacity(u8* dst, const u8* src, i32 width, i32 height,
 }
 u32 Pictavo::Reserved12() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved13() noexcept { return PICTAVO_E_NOTIMPL; }
-void Pictavo::ConvertRGBToYUVPixel(i32, i32, i32, u32*, u32*, u32*) noexcept {}
-void Pictavo::ConvertYUVToRGBPixel(i32, i32, i32, u32*, u32*, u32*) noexcept {}
-u32 Pictavo::UnpremultiplyPitched(u8*, i32, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::UnpremultiplyPacked(u8*, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::PremultiplyPitched(u8*, i32, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::PremultiplyPacked(u8*, i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ConvertBGRAToYUVA(const u8*, u32, i32, i32, u8*, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+void Pictavo::ConvertRGBToYUVPixel(i32 r, i32 g, i32 b, u32* y, u32* u, u32* v) noexcept {
+  cpu::ConvertRGBToYUVPixel(cpuLevel, r, g, b, y, u, v);
 }
-u32 Pictavo::ConvertBGRAToYUVAPortable(const u8*, u32, i32, i32, u8*, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+void Pictavo::ConvertYUVToRGBPixel(i32 y, i32 u, i32 v, u32* r, u32* g, u32* b) noexcept {
+  cpu::ConvertYUVToRGBPixel(cpuLevel, y, u, v, r, g, b);
+}
+u32 Pictavo::UnpremultiplyPitched(u8* buffer, i32 width, i32 height, i32 pitch) noexcept {
+  return cpu::UnpremultiplyPitched(cpuLevel, buffer, width, height, pitch);
+}
+u32 Pictavo::UnpremultiplyPacked(u8* buffer, i32 width, i32 height) noexcept {
+  return cpu::UnpremultiplyPacked(cpuLevel, buffer, width, height);
+}
+u32 Pictavo::PremultiplyPitched(u8* buffer, i32 width, i32 height, i32 pitch) noexcept {
+  return cpu::PremultiplyPitched(cpuLevel, buffer, width, height, pitch);
+}
+u32 Pictavo::PremultiplyPacked(u8* buffer, i32 width, i32 height) noexcept {
+  return cpu::PremultiplyPacked(cpuLevel, buffer, width, height);
+}
+u32 Pictavo::ConvertBGRAToYUVA(const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
+                               i32 dstPitch) noexcept {
+  const i32 level = cpuLevel;
+  if (level < PICTAVO_LEVEL_SSE2) {
+    return ThroughTable(this)->ConvertBGRAToYUVAPortable(src, width, height, srcPitch, dst,
+                                                         dstPitch);
+  }
+  return cpu::ConvertBGRAToYUVA(level, src, width, height, srcPitch, dst, dstPitch);
+}
+u32 Pictavo::ConvertBGRAToYUVAPortable(const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
+                                       i32 dstPitch) noexcept {
+  return cpu::ConvertBGRAToYUVA(PICTAVO_LEVEL_PORTABLE, src, width, height, srcPitch, dst,
+                                dstPitch);
 }
 u32 Pictavo::Reserved22() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved23() noexcept { return PICTAVO_E_NOTIMPL; }
@@ -93,8 +127,16 @@ u32 Pictavo::ResizeBilinear7(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
 }
 u32 Pictavo::Reserved32() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved33() noexcept { return PICTAVO_E_NOTIMPL; }
-void Pictavo::ConvertRGBToYUV4Pixels(const u8*, i32*, i32*, i32*) noexcept {}
-void Pictavo::ConvertRGBToYUVPixels(const u8*, i32*, i32*, i32*) noexcept {}
+void Pictavo::ConvertRGBToYUV4Pixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept {
+  cpu::ConvertRGBToYUV4Pixels(pixels, y, u, v);
+}
+void Pictavo::ConvertRGBToYUVPixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept {
+  if (cpuLevel >= PICTAVO_LEVEL_SSE2) {
+    ThroughTable(this)->ConvertRGBToYUV4Pixels(pixels, y, u, v);
+  } else {
+    cpu::ConvertRGBToYUVPixelsPortable(pixels, y, u, v);
+  }
+}
 u32 Pictavo::BlendOverWithOpacityRampAndAlpha(u8* dst, const u8* src, i32 width, i32 height,
                                               i32 dstPitch, i32 srcPitch, u8 opacity, u32 backdrop,
                                               i32 flip, f32 opacityStart, f32 opacityEnd) noexcept {
@@ -117,19 +159,23 @@ u32 Pictavo::Reserved41() noexcept { return PICTAVO_E_NOTIMPL; }
 
 // IPictavo2
 
-u32 Pictavo::ComputeHistogram(const u8*, u32, u32, u32, u32*, i32, u32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ComputeHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
+                              i32 binCount, u32 selector) noexcept {
+  return cpu::ComputeHistogram(pixels, width, height, pitch, bins, binCount, selector);
 }
-u32 Pictavo::ComputeLumaHistogram(const u8*, u32, u32, u32, u32*, i32, u32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ComputeLumaHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
+                                  i32 binCount, u32 selector) noexcept {
+  return cpu::ComputeLumaHistogram(pixels, width, height, pitch, bins, binCount, selector);
 }
 u32 Pictavo::Reserved45() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ConvertBGRAToGray(const u8*, i32, i32, i32, u32*, i32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::ConvertBGRAToGray(const u8* src, i32 width, i32 height, i32 srcPitch, u32* dst,
+                               i32 dstPitch) noexcept {
+  return cpu::ConvertBGRAToGray(cpuLevel, src, width, height, srcPitch, dst, dstPitch);
 }
 u32 Pictavo::Reserved47() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::DrawRectOutline(u32*, i32, i32, u32, const i32*, u32) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::DrawRectOutline(u32* buffer, i32, i32, u32 pitch, const i32 rect[4],
+                             u32 colour) noexcept {
+  return cpu::DrawRectOutline(buffer, pitch, rect, colour);
 }
 u32 Pictavo::Reserved49() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved50(const u8*, i32, i32, i32, u8*, i32) noexcept { return PICTAVO_E_NOTIMPL; }
@@ -175,21 +221,27 @@ u32 Pictavo::Reserved67() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved68() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved69() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved70() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ExtendBoundary(const ImageDesc*, u32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ExtendBoundary(const ImageDesc* image, u32 border) noexcept {
+  return cpu::ExtendBoundary(image, border);
+}
 u32 Pictavo::Reserved72() noexcept { return PICTAVO_E_NOTIMPL; }
 
 // IPictavo4
 
 u32 Pictavo::Reserved75() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved76() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::FillSolidColor(u8*, i32, i32, i32, u8, u8, u8, u8) noexcept {
-  return PICTAVO_E_NOTIMPL;
+u32 Pictavo::FillSolidColor(u8* buffer, i32 width, i32 height, i32 pitch, u8 blue, u8 green, u8 red,
+                            u8 alpha) noexcept {
+  const u32 colour = u32{alpha} << 24 | u32{red} << 16 | u32{green} << 8 | blue;
+  return cpu::FillSolidColor(cpuLevel, buffer, width, height, pitch, colour);
 }
 u32 Pictavo::Reserved78() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved79() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved80() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved81() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ComputeMean(const u8*, i32, i32, f32*) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept {
+  return cpu::ComputeMean(buffer, width, height, mean);
+}
 u32 Pictavo::Reserved83(const f32*, u32, u32*) noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved84(const u8*, i32, i32, i32, i32, u32, f32*) noexcept {
   return PICTAVO_E_NOTIMPL;
@@ -212,7 +264,9 @@ u32 Pictavo::Reserved91() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved92() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved93() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved94() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::ConvertHSLToRGB(i32, u8, u8, u8*, u8*, u8*) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g, u8* b) noexcept {
+  return cpu::ConvertHSLToRGB(hue, saturation, lightness, r, g, b);
+}
 u32 Pictavo::Reserved96() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved97() noexcept { return PICTAVO_E_NOTIMPL; }
 
@@ -229,7 +283,9 @@ u32 Pictavo::MemsetColorOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved106(u8*, const u8*, i64, u32, u32, u32, u32) noexcept {
   return PICTAVO_E_NOTIMPL;
 }
-u32 Pictavo::ExtendBoundaryTransparent(const ImageDesc*, u32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept {
+  return cpu::ExtendBoundaryTransparent(image, border);
+}
 u32 Pictavo::D3DComputeOp(i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved109() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved110() noexcept { return PICTAVO_E_NOTIMPL; }
