@@ -54,6 +54,8 @@ const Bytes& Pixels(const Size& size, const std::string& alpha);
 
 // The families, each in its own file.
 Table Blends();
+Table Conversions();
+Table Histograms();
 Table Layers();
 Table MotionBlurs();
 Table Resizing();

@@ -1,0 +1,166 @@
+// Conversions, fills and histograms, beside another library where it is installed. Its work is the
+// same kind, not the same arithmetic: its YUV is three planes without alpha.
+#include <array>
+
+#include "bench.h"
+#include "cpu/convert.h"
+#include "cpu/draw.h"
+#include "cpu/histogram.h"
+
+#ifdef PICTAVO_BENCH_LIBYUV
+#include <libyuv.h>
+#endif
+
+namespace pictavo::bench {
+namespace {
+
+struct Conversion {
+  const char* name;
+  bool readsSrc, readsDst;
+  std::vector<const char*> alphas;
+  void (*run)(i32 level, u8* dst, const u8* src, i32 width, i32 height);
+  void (*peer)(u8* dst, const u8* src, i32 width, i32 height);
+};
+
+#ifdef PICTAVO_BENCH_LIBYUV
+void Attenuate(u8* d, const u8*, i32 w, i32 h) { libyuv::ARGBAttenuate(d, w * 4, d, w * 4, w, h); }
+void Unattenuate(u8* d, const u8*, i32 w, i32 h) {
+  libyuv::ARGBUnattenuate(d, w * 4, d, w * 4, w, h);
+}
+void ToPlanes(u8* d, const u8* s, i32 w, i32 h) {
+  libyuv::ARGBToI444(s, w * 4, d, w, d + w * h, w, d + 2 * w * h, w, w, h);
+}
+void ToGray(u8* d, const u8* s, i32 w, i32 h) { libyuv::ARGBGrayTo(s, w * 4, d, w * 4, w, h); }
+void FillRect(u8* d, const u8*, i32 w, i32 h) {
+  libyuv::ARGBRect(d, w * 4, 0, 0, w, h, 0x80FF4020);
+}
+#else
+constexpr decltype(Conversion::peer) Attenuate = nullptr, Unattenuate = nullptr, ToPlanes = nullptr,
+                                     ToGray = nullptr, FillRect = nullptr;
+#endif
+
+const Conversion kConversions[] = {
+    {"16 unpremultiply",
+     false,
+     true,
+     {"opaque", "clear", "mixed", "soft"},
+     [](i32 level, u8* d, const u8*, i32 w, i32 h) {
+       cpu::UnpremultiplyPitched(level, d, w, h, w * 4);
+     },
+     Unattenuate},
+    {"18 premultiply",
+     false,
+     true,
+     {"opaque", "clear", "mixed", "soft"},
+     [](i32 level, u8* d, const u8*, i32 w, i32 h) {
+       cpu::PremultiplyPitched(level, d, w, h, w * 4);
+     },
+     Attenuate},
+    {"20 BGRA to YUVA",
+     true,
+     false,
+     {"soft"},
+     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+       cpu::ConvertBGRAToYUVA(level, s, static_cast<u32>(w), h, w * 4, d, w * 4);
+     },
+     ToPlanes},
+    {"46 grey",
+     true,
+     true,
+     {"soft"},
+     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+       cpu::ConvertBGRAToGray(level, s, w, h, w * 4, reinterpret_cast<u32*>(d), w * 4);
+     },
+     ToGray},
+    {"77 fill",
+     false,
+     false,
+     {"soft"},
+     [](i32 level, u8* d, const u8*, i32 w, i32 h) {
+       cpu::FillSolidColor(level, d, w, h, w * 4, 0x80FF4020);
+     },
+     FillRect},
+};
+
+struct Histogram {
+  const char* name;
+  i32 pixelBytes;
+  void (*run)(const u8* src, u32 width, u32 height, u32* bins);
+};
+
+const Histogram kHistograms[] = {
+    {"43 one channel", 4,
+     [](const u8* s, u32 w, u32 h, u32* bins) {
+       cpu::ComputeHistogram(s, w, h, w * 4, bins, 256, 2);
+     }},
+    {"43 all channels", 4,
+     [](const u8* s, u32 w, u32 h, u32* bins) {
+       cpu::ComputeHistogram(s, w, h, w * 4, bins, 256, 4);
+     }},
+    {"44 plane", 1,
+     [](const u8* s, u32 w, u32 h, u32* bins) {
+       cpu::ComputeLumaHistogram(s, w, h, w, bins, 256, 0);
+     }},
+    {"44 mean of colours", 4,
+     [](const u8* s, u32 w, u32 h, u32* bins) {
+       cpu::ComputeLumaHistogram(s, w, h, w * 4, bins, 256, 1);
+     }},
+};
+
+/// What anybody would write first.
+void CountPlainly(const u8* src, i64 pixels, i32 pixelBytes, u32* bins) {
+  for (i64 i = 0; i < pixels; ++i) ++bins[src[i * pixelBytes]];
+}
+
+}  // namespace
+
+Table Conversions() {
+  std::vector<std::string> columns = BuildColumns();
+  const size_t builds = columns.size();
+  columns.push_back("libyuv");
+  Table table = {"Conversions", columns, builds, {}};
+  for (const Conversion& c : kConversions) {
+    for (const Size& size : {kHd, kCached}) {
+      for (const char* alpha : c.alphas) {
+        std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
+          c.run(level, dst, src, size.width, size.height);
+        });
+        if (c.peer != nullptr) {
+          runs.push_back(
+              [=](u8* dst, const u8* src) { c.peer(dst, src, size.width, size.height); });
+        }
+        table.lines.push_back({c.name, size.name() + " " + alpha, size.pixels(),
+                               c.readsSrc ? &Pixels(size, "opaque") : nullptr, &Pixels(size, alpha),
+                               c.readsDst, runs});
+      }
+    }
+  }
+  return table;
+}
+
+Table Histograms() {
+  static Bytes flat(static_cast<size_t>(kHd.pixels()) * 4, 0x80);
+  static std::array<u32, 256> bins;
+  Table table = {"Histograms", {"one table, plainly", "ours"}, 2, {}};
+  for (const Histogram& h : kHistograms) {
+    for (const char* data : {"random", "flat"}) {
+      const Size size = {kHd.width, kHd.height * (h.pixelBytes == 1 ? 4 : 1)};
+      table.lines.push_back({h.name,
+                             size.name() + " " + data,
+                             size.pixels(),
+                             data == std::string("flat") ? &flat : &Pixels(kHd, "soft"),
+                             nullptr,
+                             false,
+                             {[=](u8*, const u8* src) {
+                                CountPlainly(src, size.pixels(), h.pixelBytes, bins.data());
+                              },
+                              [=](u8*, const u8* src) {
+                                h.run(src, static_cast<u32>(size.width),
+                                      static_cast<u32>(size.height), bins.data());
+                              }}});
+    }
+  }
+  return table;
+}
+
+}  // namespace pictavo::bench
