@@ -75,11 +75,11 @@ void BlendRest(const Rule& rule, u8* dst, const u8* src, i64 bytes) {
   std::memcpy(dst, d, count);
 }
 
-/// Asks for the bytes a few blocks ahead: the arithmetic keeps the processor from looking as far by
-/// itself. An address outside the pictures is no fault.
-inline void Prefetch(const u8* p) {
+/// Asks for some bytes ahead, a block's by default: the arithmetic keeps the processor from looking
+/// as far by itself. An address outside the pictures is no fault.
+inline void Prefetch(const u8* p, i64 bytes = kBlockBytes) {
   constexpr i64 kAhead = 1024;
-  for (i64 i = 0; i < kBlockBytes; i += 64) {
+  for (i64 i = 0; i < bytes; i += 64) {
     _mm_prefetch(reinterpret_cast<const char*>(p) + kAhead + i, _MM_HINT_T0);
   }
 }

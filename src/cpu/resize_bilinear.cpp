@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 
 #include "cpu/resize.h"
 #include "cpu/resize_pictures.h"
@@ -12,6 +13,22 @@
 
 namespace pictavo::cpu {
 namespace {
+
+/// Memory for a call: pages, unless a little will do. Those of a small picture would take longer
+/// than the picture.
+class Scratch {
+ public:
+  explicit Scratch(i64 size) {
+    if (size > i64{sizeof own_}) pages_.emplace(static_cast<size_t>(size));
+  }
+
+  /// Null when there is none.
+  u8* data() { return pages_ ? static_cast<u8*>(pages_->data()) : own_; }
+
+ private:
+  alignas(64) u8 own_[16384];
+  std::optional<Pages> pages_;
+};
 
 /// Where a destination column or row lies in the source.
 struct Position {
@@ -145,9 +162,9 @@ u32 Bilinear16(i32 level, const ResizePictures& p, bool opaque, bool fullSize) {
   const i64 width = i64{p.dstWidth} - !fullSize, height = i64{p.dstHeight} - !fullSize;
   if (height < 1) return PICTAVO_S_OK;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
-  const Pages tables(static_cast<size_t>(width + height) * sizeof(Position));
-  if (!tables) return PICTAVO_E_OUTOFMEMORY;
-  Position* const columns = static_cast<Position*>(tables.data());
+  Scratch tables((width + height) * i64{sizeof(Position)});
+  if (tables.data() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  Position* const columns = reinterpret_cast<Position*>(tables.data());
   Position* const rows = columns + width;
   FindPositions16(columns, p.dstWidth, p.srcWidth, width);
   FindPositions16(rows, p.dstHeight, p.srcHeight, height);
@@ -178,10 +195,9 @@ u32 ResizeBilinear7(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitc
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   constexpr i32 kMost = 1 << 23;  // the last position times 256 fits 32 bits
   if (dstWidth > kMost || dstHeight > kMost) return PICTAVO_E_INVALIDARG;
-  const Pages tables((static_cast<size_t>(dstWidth) + static_cast<size_t>(dstHeight)) *
-                     sizeof(Position));
-  if (!tables) return PICTAVO_E_OUTOFMEMORY;
-  Position* const columns = static_cast<Position*>(tables.data());
+  Scratch tables((i64{dstWidth} + dstHeight) * i64{sizeof(Position)});
+  if (tables.data() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  Position* const columns = reinterpret_cast<Position*>(tables.data());
   Position* const rows = columns + dstWidth;
   FindPositions7(columns, dstWidth, srcWidth);
   FindPositions7(rows, dstHeight, srcHeight);

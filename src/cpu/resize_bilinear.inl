@@ -9,7 +9,7 @@
 inline V Between(V a, V b, V weight) {
   const V even = MulHighSigned16(Sub16(Even(b), Even(a)), weight);
   const V odd = MulHighSigned16(Sub16(Odd(b), Odd(a)), weight);
-  const V nearer = Select(IsNegative16(weight), a, b);
+  const V nearer = SelectNegative32(weight, a, b);
   return Add8(nearer, (even & V::All16(0xFF)) | ShiftLeft16(odd, 8));
 }
 
@@ -69,25 +69,33 @@ void MakeGroups(Group* groups, const Bilinear& b) {
   }
 }
 
+/// Walks a row by vectors, the last of which ends at the last pixel.
+template <typename Body>
+void ForVectors(i64 width, Body body) {
+  i64 x = 0;
+  for (; x + V::kPixels < width; x += V::kPixels) body(4 * x);
+  body(4 * (width - V::kPixels));
+}
+
 /// Interpolates a row across.
 template <typename Group>
 void Across(u8* dst, const u8* row, const Group* groups, const Bilinear& b) {
   const V opaque = V::All32(b.opaque ? kAlpha : 0);
-  for (i64 x = 0; x < b.width; x += V::kPixels, ++groups) {
+  ForVectors(b.width, [&](i64 at) {
+    Prefetch(row + 4 * i64{groups->places[0]}, 64);
     V here, right;
     groups->Load(row, &here, &right);
-    const V mixed = Between(here, right, groups->weights) | opaque;
-    mixed.Store(dst + 4 * std::min(x, b.width - V::kPixels));
-  }
+    (Between(here, right, groups->weights) | opaque).Store(dst + at);
+    ++groups;
+  });
 }
 
 /// Interpolates between two rows.
 inline void Down(u8* dst, const u8* top, const u8* bottom, u32 weight, i64 width) {
   const V weights = V::All16(weight);
-  for (i64 x = 0; x < width; x += V::kPixels) {
-    const i64 at = 4 * std::min(x, width - V::kPixels);
+  ForVectors(width, [=](i64 at) {
     Between(V::Load(top + at), V::Load(bottom + at), weights).Store(dst + at);
-  }
+  });
 }
 
 /// Source rows interpolated across: the last even one and the last odd one asked for.
@@ -118,11 +126,11 @@ u32 ResizeGroups(const Bilinear& b) {
   const i64 groupCount = (b.width + V::kPixels - 1) / V::kPixels;
   const i64 groupBytes = groupCount * i64{sizeof(Group)};
   const i64 rowBytes = groupCount * kVectorBytes + 64;  // a line more keeps powers of two apart
-  const Pages scratch(static_cast<size_t>(groupBytes + 2 * rowBytes));
-  if (!scratch) return PICTAVO_E_OUTOFMEMORY;
-  Group* const groups = static_cast<Group*>(scratch.data());
+  Scratch scratch(groupBytes + 2 * rowBytes);
+  if (scratch.data() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  Group* const groups = reinterpret_cast<Group*>(scratch.data());
   MakeGroups(groups, b);
-  KeptRows<Group> rows(b, groups, static_cast<u8*>(scratch.data()) + groupBytes, rowBytes);
+  KeptRows<Group> rows(b, groups, scratch.data() + groupBytes, rowBytes);
 
   i64 row = 0;
   u8* dst = b.dst;

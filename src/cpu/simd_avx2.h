@@ -42,7 +42,6 @@ inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm256_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
 inline V IsHigh8(V a) { return {_mm256_cmpgt_epi8(_mm256_setzero_si256(), a.v)}; }
-inline V IsNegative16(V a) { return {_mm256_srai_epi16(a.v, 15)}; }
 inline V Equal8(V a, V b) { return {_mm256_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal16(V a, V b) { return {_mm256_cmpeq_epi16(a.v, b.v)}; }
 inline V Equal32(V a, V b) { return {_mm256_cmpeq_epi32(a.v, b.v)}; }
@@ -86,6 +85,10 @@ inline V Select(V mask, V a, V b) { return {_mm256_blendv_epi8(a.v, b.v, mask.v)
 
 inline u32 PickOf(u32 pick) { return pick; }
 inline V Permute(V a, V picks) { return {_mm256_permutevar8x32_epi32(a.v, picks.v)}; }
+inline V SelectNegative32(V sign, V a, V b) {
+  return {_mm256_castps_si256(_mm256_blendv_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v),
+                                               _mm256_castsi256_ps(sign.v)))};
+}
 inline V FirstHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x20)}; }
 inline V SecondHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x31)}; }
 

@@ -46,8 +46,6 @@ inline V Add32(V a, V b) { return {_mm_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
 /// All ones where the byte is 128 or more, 0 elsewhere.
 inline V IsHigh8(V a) { return {_mm_cmpgt_epi8(_mm_setzero_si128(), a.v)}; }
-/// All ones where the 16-bit number is negative, 0 elsewhere.
-inline V IsNegative16(V a) { return {_mm_srai_epi16(a.v, 15)}; }
 /// All ones where equal, 0 elsewhere.
 inline V Equal8(V a, V b) { return {_mm_cmpeq_epi8(a.v, b.v)}; }
 inline V Equal16(V a, V b) { return {_mm_cmpeq_epi16(a.v, b.v)}; }

@@ -17,6 +17,9 @@ inline u32 PickOf(u32 pick) { return pick * 0x04040404 + 0x03020100; }
 /// The pixels of a that each lane of `picks` names.
 inline V Permute(V a, V picks) { return {_mm_shuffle_epi8(a.v, picks.v)}; }
 
+/// b where the 32-bit number in `sign` is negative, a elsewhere.
+inline V SelectNegative32(V sign, V a, V b) { return Select({_mm_srai_epi32(sign.v, 31)}, a, b); }
+
 /// The first halves of a and b, and their second halves.
 inline V FirstHalves(V a, V b) { return {_mm_unpacklo_epi64(a.v, b.v)}; }
 inline V SecondHalves(V a, V b) { return {_mm_unpackhi_epi64(a.v, b.v)}; }
