@@ -30,7 +30,6 @@ struct BoxRow {
   bool opaque;  // alpha is not read
 };
 
-using u64 = std::uint64_t;
 using BoxRowFn = void(u8* dst, const BoxRow& row);
 
 // ---------------------------------------------------------------------------------------------
@@ -230,10 +229,8 @@ u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* sr
   const ResizePictures p = {dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch};
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
-  return ResizeRows(
-      p, false,
-      p.srcWidth == 2 * p.dstWidth && p.srcHeight == 2 * p.dstHeight ? HalveRow : PlainStrips,
-      PlainRow);
+  const bool halves = Grid(dstWidth, srcWidth).Halves() && Grid(dstHeight, srcHeight).Halves();
+  return ResizeRows(p, false, halves ? HalveRow : PlainStrips, PlainRow);
 }
 
 }  // namespace pictavo::cpu

@@ -9,6 +9,7 @@
 namespace pictavo::cpu {
 
 using u16 = std::uint16_t;
+using u64 = std::uint64_t;
 
 struct ResizePictures {
   u8* dst;
