@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <tuple>
+#include <utility>
 
 #include "guarded_memory.h"
 #include "pixels.h"
@@ -107,20 +109,38 @@ void ExpectSame(const Bytes& actual, const Bytes& expected, const std::string& w
          << int{expected[i]};
 }
 
-/// Random sizes, from one pixel to more than a vector, enlarged, alike or reduced; pitches that are
-/// tight, padded, negative, or so small that rows overlap.
+/// Sizes of one axis, source and destination: from one pixel to several strips, enlarged, alike or
+/// reduced; doubles and halves often, also but for a pixel.
+std::pair<i32, i32> RandomSizes(Random& random, u32 most) {
+  const auto size = [&](u32 largest) { return static_cast<i32>(1 + random() % largest); };
+  const i32 src = size(random() % 4 == 0 ? 4 : most);
+  const i32 near = static_cast<i32>(random() % 2);
+  switch (random() % 8) {
+    case 0:
+      return {src, src};
+    case 1:
+      return {src, 2 * src + near};
+    case 2:
+      return {2 * src + near, src};
+    case 3:
+      return {size(50 * most), size(9)};
+    case 4:
+      return {src, size(8 * most)};
+    default:
+      return {src, size(most)};
+  }
+}
+
+/// Pitches are tight, padded, negative, or so small that rows overlap.
 Call RandomCall(Random& random) {
-  const auto size = [&](u32 most) { return static_cast<i32>(1 + random() % most); };
   const auto pitch = [&](i32 width) {
     const i32 pitches[] = {4 * width, 4 * width + 4, 4 * width + 12, -4 * width, -4 * width - 8, 4,
                            0};
     return pitches[random() % 7];
   };
   Call c;
-  c.srcWidth = random() % 8 == 0 ? size(4000) : size(random() % 4 == 0 ? 4 : 90);
-  c.srcHeight = size(random() % 8 == 0 ? 700 : 9);
-  c.dstWidth = random() % 6 == 0 ? c.srcWidth : size(random() % 4 == 0 ? 9 : 80);
-  c.dstHeight = random() % 6 == 0 ? c.srcHeight : size(9);
+  std::tie(c.srcWidth, c.dstWidth) = RandomSizes(random, 80);
+  std::tie(c.srcHeight, c.dstHeight) = RandomSizes(random, 9);
   c.dstPitch = pitch(c.dstWidth);
   c.srcPitch = pitch(c.srcWidth);
   c.forceOpaque = static_cast<i32>(random() % 2);
@@ -278,6 +298,11 @@ TEST(Resize, NearestTakesTheUpperLeftPixel) {
   Random random(13);
   for (int round = 0; round < 400 && !HasFailure(); ++round) {
     Call c = RandomCall(random);
+    if (round < 2) {  // steps of a half, or all but, that are no doubles
+      c.srcWidth = round == 0 ? 20000 : 32767;
+      c.dstWidth = round == 0 ? 39999 : 65535;
+      c.srcPitch = 4 * c.srcWidth;
+    }
     c.srcPitch += static_cast<i32>(random() % 4);  // less than a pixel is not counted
     c.dstPitch = 4 * c.dstWidth + static_cast<i32>(random() % 4);
     const i32 pitch = c.srcPitch / 4 * 4;
@@ -303,6 +328,7 @@ TEST(Resize, RefusesWhatItCannotUse) {
   Bytes src(64, 7), dst(64, 3);
   for (const Operation* operation : kOperations) {
     const bool is7 = operation == &kBilinear7;
+    const i32 least = is7 ? (1 << 23) + 1 : 32768;
     struct Refused {
       i32 Call::*size;
       i32 value;
@@ -312,8 +338,8 @@ TEST(Resize, RefusesWhatItCannotUse) {
         {&Call::dstHeight, -1, PICTAVO_S_FALSE},
         {&Call::srcWidth, INT32_MIN, PICTAVO_S_FALSE},
         {&Call::srcHeight, 0, PICTAVO_S_FALSE},
-        {is7 ? &Call::dstWidth : &Call::srcWidth, is7 ? (1 << 23) + 1 : 32768,
-         PICTAVO_E_INVALIDARG},
+        {is7 ? &Call::dstWidth : &Call::srcWidth, least, PICTAVO_E_INVALIDARG},
+        {is7 ? &Call::dstHeight : &Call::srcHeight, least, PICTAVO_E_INVALIDARG},
         {is7 ? &Call::dstHeight : &Call::srcHeight, INT32_MAX, PICTAVO_E_INVALIDARG},
     };
     for (const i32 level : {0, 8}) {
