@@ -14,12 +14,12 @@ inline V Between(V a, V b, V weight) {
 }
 
 /// Dense columns: two vectors of the source row hold all their pixels, one for each half of them.
-struct Windows {
+struct Dense {
   V weights;
   V picks[2];  // of a vector: its columns' pixels, then the pixels right of them
   i32 places[2];
 
-  Windows(const i32* columns, V columnWeights, i64 srcWidth) : weights(columnWeights) {
+  Dense(const i32* columns, V columnWeights, i64 srcWidth) : weights(columnWeights) {
     constexpr i64 kHalf = V::kPixels / 2;
     for (i64 half = 0; half < 2; ++half, columns += kHalf) {
       places[half] = static_cast<i32>(std::min<i64>(columns[0], srcWidth - V::kPixels));
@@ -152,6 +152,6 @@ u32 ResizeGroups(const Bilinear& b) {
 bool Takes(const Bilinear& b) { return b.width >= V::kPixels && b.srcWidth >= 2; }
 
 u32 Resize(const Bilinear& b) {
-  const bool windows = b.srcWidth >= V::kPixels && AreDense(b);
-  return windows ? ResizeGroups<Windows>(b) : ResizeGroups<Scattered>(b);
+  const bool dense = b.srcWidth >= V::kPixels && AreDense(b);
+  return dense ? ResizeGroups<Dense>(b) : ResizeGroups<Scattered>(b);
 }

@@ -92,7 +92,7 @@ inline V SelectNegative32(V sign, V a, V b) {
 inline V FirstHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x20)}; }
 inline V SecondHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x31)}; }
 
-/// Eight byte pairs of loads are faster than a gather, on processors old and patched.
+/// A load for each pixel and its neighbour, where a gather would need two.
 inline void LoadNeighbours(const u8* row, const i32* places, V* here, V* right) {
   const auto pairs = [=](int i, int j) {
     const auto pair = [=](int k) {
