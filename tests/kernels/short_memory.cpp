@@ -2,6 +2,7 @@
 // arrays that may be refused can be made short.
 #include "short_memory.h"
 
+#include <atomic>
 #include <limits>
 #include <map>
 #include <memory>
@@ -13,7 +14,7 @@
 namespace pictavo {
 namespace {
 
-int left = std::numeric_limits<int>::max();
+std::atomic<int> left = std::numeric_limits<int>::max();  // some tests run threads
 std::map<void*, std::unique_ptr<test::GuardedMemory>> handedOut;
 
 bool Take() {
