@@ -70,6 +70,7 @@ Picture SoftDisc(Picture picture);
 std::vector<SheetColumn> ShowBlending(Demo& demo);
 std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);
+std::vector<SheetColumn> ShowChromaKey(Demo& demo);
 std::vector<SheetColumn> ShowResizing(Demo& demo);
 
 }  // namespace host

@@ -20,7 +20,7 @@ struct Sheet {
 };
 const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
-    {"effects", "effects", {ShowLayers, ShowMotionBlur}},
+    {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey}},
     {"resizing", "resizing", {ShowResizing}},
 };
 

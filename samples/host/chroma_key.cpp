@@ -1,0 +1,149 @@
+// The chroma key: pictavo-host key, and the demo's part.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <optional>
+
+#include "commands.h"
+#include "demo.h"
+
+namespace host {
+namespace {
+
+using Keys = std::vector<pictavo::ChromaKey>;
+
+bool Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source, const Keys& keys) {
+  const pictavo::ImageDesc src = Describe(source);
+  pictavo::ImageDesc to = Describe(*dst);
+  constexpr i32 kBgra = 1;
+  return object->ApplyChromaKey(&src, &to, keys.data(), static_cast<i32>(keys.size()), kBgra) ==
+         pictavo::PICTAVO_S_OK;
+}
+
+/// A keyed picture in front of a background of its size.
+Picture InFront(pictavo::IPictavo6* object, const Picture& keyed, Picture background) {
+  object->BlendOverPitched(background.pixels.data(), keyed.pixels.data(), keyed.width, keyed.height,
+                           keyed.pitch());
+  return background;
+}
+
+pictavo::ChromaKey ParseKey(Parser* parser) {
+  const u32 colour = parser->Hex("RRGGBB of --key", 6);
+  constexpr i64 kFar = std::numeric_limits<i32>::max();
+  const i32 angle = parser->Integer("ANGLE of --key", -kFar, kFar);
+  return {static_cast<u8>(colour >> 16),
+          static_cast<u8>(colour >> 8),
+          static_cast<u8>(colour),
+          0,
+          angle,
+          parser->Integer("DENOISE of --key", -kFar, kFar)};
+}
+
+int RunKey(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  std::optional<std::wstring> background;
+  Keys keys;
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--key") {
+      keys.push_back(ParseKey(&parser));
+    } else if (option == "--background") {
+      background = parser.Next("the file after --background");
+    } else if (option == "--level") {
+      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 2) throw UsageFailure("key takes two files, PICTURE OUT");
+  if (keys.empty()) throw UsageFailure("key takes at least one --key");
+  const Picture picture = ReadPicture(files[0]);
+  Picture keyed(picture.width, picture.height);
+  if (!Key(library.get(), &keyed, picture, keys)) throw Failure("the library refused to key");
+  if (background) {
+    keyed = InFront(library.get(), keyed,
+                    OnWhite(Covering(ReadPicture(*background), keyed.width, keyed.height)));
+  }
+  WritePicture(files[1], keyed);
+  std::printf("%s: %d x %d, %zu %s, level %d\n", Utf8(files[1]).c_str(), keyed.width, keyed.height,
+              keys.size(), keys.size() == 1 ? "key" : "keys", library->GetCPULevel());
+  return 0;
+}
+
+/// The screen's green, lit from the upper left.
+struct Screen {
+  static constexpr u8 kRed = 38, kGreen = 168, kBlue = 62;
+
+  i32 width, height;
+
+  /// Blue, green or red at a place.
+  double At(i32 x, i32 y, int channel) const {
+    constexpr double kColour[] = {kBlue, kGreen, kRed};
+    const double light = 1.1 - 0.14 * x / width - 0.08 * y / height;
+    const double grain = ((x * 7919 + y * 104729 + channel * 31) % 17 - 8) * 0.4;
+    return kColour[channel] * light + grain;
+  }
+};
+
+/// A rosette of the picture's middle as a camera sees it in front of a green screen: edges are
+/// soft, and the screen's light falls on what is near them.
+Picture OnGreenScreen(Picture picture) {
+  const Screen screen = {picture.width, picture.height};
+  const double size = 0.315 * std::min(picture.width, picture.height);
+  for (i32 y = 0; y < picture.height; ++y) {
+    for (i32 x = 0; x < picture.width; ++x) {
+      const double right = x + 0.5 - picture.width / 2.0, down = y + 0.5 - picture.height / 2.0;
+      const double petals = 1 + 0.03 * std::cos(16 * std::atan2(down, right));
+      const double inside = 1 - std::hypot(right, down) / (size * petals);  // 0 at the edge
+      const double cover = SmoothStep(-0.02, 0.05, inside);
+      const double spill = 0.25 * (1 - SmoothStep(0, 0.35, inside));
+      u8* pixel = picture.At(x, y);
+      for (int c = 0; c < 3; ++c) {
+        const double green = screen.At(x, y, c);
+        const double lit = pixel[c] * (1 - spill) + green * spill;
+        pixel[c] = static_cast<u8>(std::clamp(lit * cover + green * (1 - cover), 0.0, 255.0));
+      }
+    }
+  }
+  return picture;
+}
+
+}  // namespace
+
+const Command kKeyCommand = {
+    L"key",
+    "  pictavo-host key PICTURE OUT --key RRGGBB ANGLE DENOISE [options]\n"
+    "      Makes a colour clear and takes its spill off. ANGLE is how far a hue may be from the\n"
+    "      key's, in degrees; DENOISE is how far a colour may be from it to be all clear.\n"
+    "      --key ...            once more for each further colour\n"
+    "      --background FILE    lays the result over this picture\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunKey};
+
+std::vector<SheetColumn> ShowChromaKey(Demo& demo) {
+  const Picture source = OnGreenScreen(demo.layer);
+  const Keys keys = {{Screen::kRed, Screen::kGreen, Screen::kBlue, 0, 82, 25}};
+  const Picture keyed = demo.Examine(
+      {"chroma key", 86, Picture(source.width, source.height),
+       [&](pictavo::IPictavo6* object, Picture* dst) { return Key(object, dst, source, keys); }});
+  return {{"Chroma key",
+           {{Thumbnail(source), "green screen", "", {"soft edges, green light on the rim", ""}},
+            {Thumbnail(keyed),
+             "keyed",
+             "slot 86",
+             {Format("key %02X%02X%02X, angle %d, denoise %d", keys[0].keyR, keys[0].keyG,
+                     keys[0].keyB, keys[0].angle, keys[0].denoise),
+              ""}},
+            {Thumbnail(InFront(demo.object, keyed, demo.background)),
+             "new background",
+             "",
+             {"laid over it with slot 4", ""}}}}};
+}
+
+}  // namespace host
