@@ -177,7 +177,7 @@ class Printer : public benchmark::BenchmarkReporter {
 };
 
 int Main(int argc, char** argv) {
-  const std::vector<Table> tables = {Blends(), Conversions(), Histograms(),
+  const std::vector<Table> tables = {Blends(), ChromaKeys(),  Conversions(), Histograms(),
                                      Layers(), MotionBlurs(), Resizing()};
   RegisterAll(tables);
   std::vector<char*> arguments(argv, argv + argc);
