@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <regex>
 #include <string>
@@ -161,6 +162,21 @@ TEST(ChromaKey, Corners) {
        {with(white, 4, 20)},
        {250, 250, 250, 9},
        {250, 250, 250, 9}},
+      {"just near grey",
+       kBgra,
+       {{116, 100, 133, 0, 30, 20}},
+       {133, 100, 116, 255},
+       {133, 100, 116, 0}},
+      {"just not near grey",
+       kBgra,
+       {{123, 136, 103, 0, 30, 20}},
+       {103, 136, 123, 255},
+       {0, 0, 0, 0}},
+      {"many turns",
+       kBgra,
+       {{231, 172, 3, 0, 2000000001, 0}},
+       {15, 171, 169, 255},
+       {12, 150, 141, 202}},
       {"clear", kAyuv, {green}, {34, 54, 145, 255}, {127, 127, 1, 0}},
       {"spill", 2, {green}, {60, 80, 120, 255}, {119, 126, 29, 35}},
       {"far away", -1, {green}, {200, 60, 7, 31}, {200, 60, 7, 31}},
@@ -177,11 +193,19 @@ TEST(ChromaKey, Corners) {
   }
 }
 
-/// Decided by squares in the vector builds. Around this key distances are those of whole numbers.
+/// Decided by squares in the vector builds. Around a key of 100, 0 distances are those of whole
+/// numbers; around its neighbours they are just above and below.
 TEST(ChromaKey, ClearsUpToTheDistance) {
   constexpr int kKeyU = 100;
+  const auto cleared = [](i32 level, f32 keyU, int denoise, const Bytes& src) {
+    const chromakey::PassKey key({50, keyU, 0}, 89, denoise);
+    Bytes out(src.size()), result;
+    chromakey::KeyRowFor(level, chromakey::Layout::kAyuv, false, true)(
+        out.data(), src.data(), static_cast<i64>(src.size() / 4), key);
+    for (size_t alpha = 3; alpha < out.size(); alpha += 4) result.push_back(out[alpha] == 0);
+    return result;
+  };
   for (int denoise = 12; denoise < 60; ++denoise) {
-    const chromakey::PassKey key({50, kKeyU, 0}, 89, denoise);
     Bytes src, expected;
     for (int u = kKeyU - 60; u <= kKeyU - 12; ++u) {
       for (int v = -20; v <= 20; ++v) {
@@ -190,12 +214,12 @@ TEST(ChromaKey, ClearsUpToTheDistance) {
         expected.push_back(distance <= denoise * denoise);
       }
     }
-    for (const i32 level : Levels()) {
-      Bytes out(src.size()), cleared;
-      chromakey::KeyRowFor(level, chromakey::Layout::kAyuv, false, true)(
-          out.data(), src.data(), static_cast<i64>(expected.size()), key);
-      for (size_t alpha = 3; alpha < out.size(); alpha += 4) cleared.push_back(out[alpha] == 0);
-      EXPECT_EQ(cleared, expected) << "level " << level << ", denoise " << denoise;
+    EXPECT_EQ(cleared(0, kKeyU, denoise, src), expected) << "denoise " << denoise;
+    for (const f32 keyU : {std::nextafter(100.0f, 0.0f), 100.0f, std::nextafter(100.0f, 200.0f)}) {
+      for (const i32 level : Levels()) {
+        EXPECT_EQ(cleared(level, keyU, denoise, src), cleared(0, keyU, denoise, src))
+            << "level " << level << ", denoise " << denoise << ", key " << keyU;
+      }
     }
   }
 }
