@@ -100,10 +100,10 @@ void Row(u8* result, const u8* source, i64 width, const PassKey& key) {
   }
 }
 
-const KeyRows kPortable = {Row<Cone<Argb>, false>,     Row<Cone<Argb>, true>,
-                           Row<NearGrey<Argb>, false>, Row<NearGrey<Argb>, true>,
-                           Row<Cone<Ayuv>, false>,     Row<Cone<Ayuv>, true>,
-                           Row<NearGrey<Ayuv>, false>, Row<NearGrey<Ayuv>, true>};
+constexpr KeyRows kPortable = {Row<Cone<Argb>, false>,     Row<Cone<Argb>, true>,
+                               Row<NearGrey<Argb>, false>, Row<NearGrey<Argb>, true>,
+                               Row<Cone<Ayuv>, false>,     Row<Cone<Ayuv>, true>,
+                               Row<NearGrey<Ayuv>, false>, Row<NearGrey<Ayuv>, true>};
 
 }  // namespace
 

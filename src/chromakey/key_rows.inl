@@ -1,7 +1,6 @@
 // The vector rows of key_rows.cpp over V, F and D, included once for each instruction set.
 
-/// The colours of a vector of pixels, and where they lie in the key's frame: x towards the key, z
-/// across.
+/// The colours of a vector of pixels.
 struct Colours {
   F y, u, v;
 };
@@ -99,8 +98,8 @@ class VectorCone {
     const F past = Most(none, x - edge);
     const F left = all - past / kg_;
     const F away = x - kg_;
-    const F clear = clearSquare_ < away * away + z * z;
-    const F share = clear & Most(none, Least(all, left * left));
+    const F kept = clearSquare_ < away * away + z * z;
+    const F share = kept & Most(none, Least(all, left * left));
     c->y = Select(outside, Most(none, c->y - past * lumaScale_), c->y);
     c->u = Select(outside, (keyU_ * edge - keyV_ * z) / kg_, c->u);
     c->v = Select(outside, (keyV_ * edge + keyU_ * z) / kg_, c->v);
@@ -111,7 +110,7 @@ class VectorCone {
   D tangent_, cotangent_;
 };
 
-/// Keys some pixels, at most a vector of them, in memory of a vector's size.
+/// Keys a vector of pixels.
 template <typename Rule, bool first>
 void KeyPixels(const Rule& rule, u8* result, const u8* source) {
   const V keyed = rule(V::Load(source));
@@ -134,7 +133,7 @@ void VectorRow(u8* result, const u8* source, i64 width, const PassKey& key) {
   std::memcpy(result + at, out, rest);
 }
 
-const KeyRows kRows = {
+constexpr KeyRows kRows = {
     VectorRow<VectorCone<VectorArgb>, false>,     VectorRow<VectorCone<VectorArgb>, true>,
     VectorRow<VectorNearGrey<VectorArgb>, false>, VectorRow<VectorNearGrey<VectorArgb>, true>,
     VectorRow<VectorCone<VectorAyuv>, false>,     VectorRow<VectorCone<VectorAyuv>, true>,
