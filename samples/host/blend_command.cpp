@@ -116,8 +116,9 @@ bool BlendVisible(pictavo::IPictavo6* object, const Job& job, const Picture& lay
 
   const Operation& operation = *job.operation;
   Picture part = operation.PreparedBackground(
-      Cropped(*background, {columns.first, rows.first, columns.count, rows.count}));
-  if (!operation.run(object, &part, operation.PreparedLayer(Cropped(layer, shown)), settings)) {
+      object, Cropped(*background, {columns.first, rows.first, columns.count, rows.count}));
+  if (!operation.run(object, &part, operation.PreparedLayer(object, Cropped(layer, shown)),
+                     settings)) {
     throw Failure(std::string("the library refused the operation ") + operation.name);
   }
   Paste(operation.Finished(std::move(part)), columns.first, rows.first, background);

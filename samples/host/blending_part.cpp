@@ -20,8 +20,8 @@ BlendSettings DemoSettings(const Operation& operation) {
 SheetPicture Show(Demo& demo, const Operation& operation, const Picture& backgroundPicture,
                   const Picture& layerPicture) {
   const BlendSettings settings = DemoSettings(operation);
-  const Picture background = operation.PreparedBackground(backgroundPicture);
-  const Picture layer = operation.PreparedLayer(layerPicture);
+  const Picture background = operation.PreparedBackground(demo.object, backgroundPicture);
+  const Picture layer = operation.PreparedLayer(demo.object, layerPicture);
   Examined examined = {operation.name, operation.slot, background,
                        [&](pictavo::IPictavo6* object, Picture* dst) {
                          return operation.run(object, dst, layer, settings);

@@ -20,7 +20,7 @@ struct Command {
 
 // The commands, each in its own file.
 extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kMotionBlurCommand, kKeyCommand,
-    kResizeCommand, kDemoCommand;
+    kResizeCommand, kConvertCommand, kHistogramCommand, kBorderCommand, kDemoCommand;
 
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);

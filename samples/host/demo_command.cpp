@@ -22,6 +22,7 @@ const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
     {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey}},
     {"resizing", "resizing", {ShowResizing}},
+    {"conversions", "conversions, borders, counting", {ShowConversions}},
 };
 
 /// Stands in for a photograph: waves of colour. Other seeds give other pictures.

@@ -92,12 +92,13 @@ const std::array<Operation, 12> kOperations = {{
 }};
 // clang-format on
 
-Picture Operation::PreparedLayer(Picture layer) const {
-  return premultiplied == Premultiplied::kNone ? layer : Premultiply(std::move(layer));
+Picture Operation::PreparedLayer(IPictavo6* object, Picture layer) const {
+  return premultiplied == Premultiplied::kNone ? layer : Premultiply(object, std::move(layer));
 }
 
-Picture Operation::PreparedBackground(Picture background) const {
-  return premultiplied == Premultiplied::kBoth ? Premultiply(std::move(background)) : background;
+Picture Operation::PreparedBackground(IPictavo6* object, Picture background) const {
+  return premultiplied == Premultiplied::kBoth ? Premultiply(object, std::move(background))
+                                               : background;
 }
 
 Picture Operation::Finished(Picture result) const {

@@ -43,8 +43,8 @@ struct Operation {
               const BlendSettings& settings);
 
   // The library takes pictures premultiplied or not; files and screens are not.
-  Picture PreparedLayer(Picture layer) const;
-  Picture PreparedBackground(Picture background) const;
+  Picture PreparedLayer(pictavo::IPictavo6* object, Picture layer) const;
+  Picture PreparedBackground(pictavo::IPictavo6* object, Picture background) const;
   Picture Finished(Picture result) const;
 };
 

@@ -230,11 +230,8 @@ Picture OnWhite(Picture picture) {
   return picture;
 }
 
-Picture Premultiply(Picture picture) {
-  for (size_t i = 0; i < picture.pixels.size(); i += 4) {
-    u8* pixel = &picture.pixels[i];
-    for (int c = 0; c < 3; ++c) pixel[c] = static_cast<u8>((pixel[c] * pixel[3] + 127) / 255);
-  }
+Picture Premultiply(pictavo::IPictavo6* object, Picture picture) {
+  object->PremultiplyPitched(picture.pixels.data(), picture.width, picture.height, picture.pitch());
   return picture;
 }
 

@@ -67,9 +67,10 @@ Picture Covering(const Picture& picture, i32 width, i32 height);
 /// The picture in front of opaque white.
 Picture OnWhite(Picture picture);
 
-// The library's own premultiplication (slots 16 to 19) is not built yet.
+Picture Premultiply(pictavo::IPictavo6* object, Picture picture);
 
-Picture Premultiply(Picture picture);
+/// Back to straight alpha, rounding to the nearest. The library's own (slot 16) rounds down, and so
+/// darkens a picture that goes both ways.
 Picture Unpremultiply(Picture picture);
 
 }  // namespace host

@@ -103,7 +103,7 @@ void VectorRow(u8* dst, const u8* src, i64 width) {
   i64 at = 0;
   for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
     Prefetch(src + at);
-    Prefetch(dst + at);
+    if (dst != src) Prefetch(dst + at);
     ConvertBlock(rule, dst + at, Block(src + at));
   }
   for (; at + kVectorBytes <= bytes; at += kVectorBytes) {

@@ -1,0 +1,261 @@
+// Conversions, borders and drawing: pictavo-host convert and border, and the demo's part.
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include "commands.h"
+#include "demo.h"
+#include "histogram.h"
+
+namespace host {
+namespace {
+
+using pictavo::IPictavo6;
+using pictavo::PICTAVO_S_OK;
+
+struct Conversion {
+  const char* name;
+  int slot;
+  const char* description;
+  /// Converts src into dst, which holds the same pixels before. True when the library did it.
+  bool (*convert)(IPictavo6* object, Picture* dst, const Picture& src);
+};
+
+const Conversion kConversions[] = {
+    {"premultiplied", 18, "colours times alpha",
+     [](IPictavo6* object, Picture* d, const Picture&) {
+       return object->PremultiplyPitched(d->pixels.data(), d->width, d->height, d->pitch()) == 1;
+     }},
+    {"straight", 16, "colours divided by alpha",
+     [](IPictavo6* object, Picture* d, const Picture&) {
+       return object->UnpremultiplyPitched(d->pixels.data(), d->width, d->height, d->pitch()) == 1;
+     }},
+    {"yuva", 20, "V as blue, U as green, Y as red",
+     [](IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ConvertBGRAToYUVA(s.pixels.data(), static_cast<u32>(s.width), s.height,
+                                        s.pitch(), d->pixels.data(), d->pitch()) == PICTAVO_S_OK;
+     }},
+    {"grey", 46, "the mean of the colours",
+     [](IPictavo6* object, Picture* d, const Picture& s) {
+       return object->ConvertBGRAToGray(s.pixels.data(), s.width, s.height, s.pitch(),
+                                        reinterpret_cast<u32*>(d->pixels.data()),
+                                        d->pitch()) == PICTAVO_S_OK;
+     }},
+};
+
+const Conversion& FindConversion(const std::string& name) {
+  for (const Conversion& conversion : kConversions) {
+    if (name == conversion.name) return conversion;
+  }
+  throw UsageFailure("there is no conversion \"" + name + '"');
+}
+
+int RunConvert(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  const Conversion* conversion = nullptr;
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--to") {
+      conversion = &FindConversion(Utf8(parser.Next("the name after --to")));
+    } else if (option == "--level") {
+      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 2) throw UsageFailure("convert takes two files, PICTURE OUT");
+  if (conversion == nullptr) throw UsageFailure("convert needs --to");
+  const Picture picture = ReadPicture(files[0]);
+  Picture converted = picture;
+  if (!conversion->convert(library.get(), &converted, picture)) {
+    throw Failure("the library refused to convert the picture");
+  }
+  WritePicture(files[1], converted);
+  std::printf("%s: %d x %d, %s (slot %d) at level %d\n", Utf8(files[1]).c_str(), converted.width,
+              converted.height, conversion->name, conversion->slot, library->GetCPULevel());
+  return 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Borders.
+
+/// The picture in the middle of a larger, clear one.
+Picture WithRoom(const Picture& picture, i32 border) {
+  Picture room(picture.width + 2 * border, picture.height + 2 * border);
+  Paste(picture, border, border, &room);
+  return room;
+}
+
+/// Extends what WithRoom put into the middle.
+bool ExtendBorder(IPictavo6* object, Picture* room, i32 border, bool transparent) {
+  pictavo::ImageDesc image = Describe(*room);
+  image.data = room->At(border, border);
+  image.width -= 2 * border;
+  image.height -= 2 * border;
+  const u32 width = static_cast<u32>(border);
+  return (transparent ? object->ExtendBoundaryTransparent(&image, width)
+                      : object->ExtendBoundary(&image, width)) == PICTAVO_S_OK;
+}
+
+int RunBorder(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  constexpr i32 kWidest = 1 << 16;
+  i32 border = -1;
+  bool transparent = false;
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--width") {
+      border = parser.Integer("--width", 0, kWidest);
+    } else if (option == "--transparent") {
+      transparent = true;
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 2) throw UsageFailure("border takes two files, PICTURE OUT");
+  if (border < 0) throw UsageFailure("border needs --width");
+  const Picture picture = ReadPicture(files[0]);
+  Picture extended = WithRoom(picture, border);
+  if (!ExtendBorder(library.get(), &extended, border, transparent)) {
+    throw Failure("the library refused to extend the picture");
+  }
+  WritePicture(files[1], extended);
+  std::printf("%s: %d x %d from %d x %d\n", Utf8(files[1]).c_str(), extended.width, extended.height,
+              picture.width, picture.height);
+  return 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The demo's part.
+
+SheetPicture ShowConversion(Demo& demo, const char* name, const Picture& picture,
+                            const char* remark) {
+  const Conversion& conversion = FindConversion(name);
+  const Picture converted = demo.Examine(
+      {std::string("to ") + conversion.name, conversion.slot, picture,
+       [&](IPictavo6* object, Picture* dst) { return conversion.convert(object, dst, picture); }});
+  return {Thumbnail(converted),
+          conversion.name,
+          Format("slot %d", conversion.slot),
+          {conversion.description, remark}};
+}
+
+SheetPicture ShowBorder(Demo& demo, bool transparent) {
+  const i32 border = demo.background.width / 8;
+  const int slot = transparent ? 107 : 71;
+  const char* name = transparent ? "clear border" : "border";
+  const Picture extended = demo.Examine(
+      {name, slot, WithRoom(demo.background, border), [=](IPictavo6* object, Picture* dst) {
+         return ExtendBorder(object, dst, border, transparent);
+       }});
+  return {Thumbnail(extended),
+          name,
+          Format("slot %d", slot),
+          {Format("%d pixels on every side", border),
+           transparent ? "the edge's colours, alpha 0" : "the edge's pixels"}};
+}
+
+SheetPicture ShowHistogram(Demo& demo, const char* name, const Picture& picture) {
+  demo.Examine(
+      {"histogram, one channel", 43, picture, [](IPictavo6* object, Picture* dst) {
+         Bins bins;
+         const u32 result = object->ComputeHistogram(
+             dst->pixels.data(), static_cast<u32>(dst->width), static_cast<u32>(dst->height),
+             static_cast<u32>(dst->pitch()), bins.data(), 256, 2);
+         std::memcpy(dst->pixels.data(), bins.data(), std::min(sizeof bins, dst->pixels.size()));
+         return result == PICTAVO_S_OK;
+       }});
+  const Histogram histogram(demo.object, picture);
+  return {Plot(histogram, 360, 240),
+          name,
+          "slots 43, 44, 82",
+          {"blue, green, red; their mean in white",
+           Format("mean brightness %.1f", static_cast<double>(histogram.meanBrightness))}};
+}
+
+/// A colour of the library's own making, 0xAARRGGBB.
+u32 Hsl(IPictavo6* object, i32 hue, int lightness) {
+  u8 red = 0, green = 0, blue = 0;
+  object->ConvertHSLToRGB(hue, 255, static_cast<u8>(lightness), &red, &green, &blue);
+  return 0xFF000000 | static_cast<u32>(red << 16 | green << 8 | blue);
+}
+
+SheetPicture ShowColours(Demo& demo) {
+  Picture colours =
+      demo.Examine({"HSL to RGB", 95, Picture(360, 240), [](IPictavo6* object, Picture* dst) {
+                      for (i32 y = 0; y < dst->height; ++y) {
+                        for (i32 x = 0; x < dst->width; ++x) {
+                          const u32 colour = Hsl(object, x, 255 - 255 * y / (dst->height - 1));
+                          std::memcpy(dst->At(x, y), &colour, sizeof colour);
+                        }
+                      }
+                      return true;
+                    }});
+  return {std::move(colours),
+          "HSL to RGB",
+          "slot 95",
+          {"hue across, lightness down", "full saturation"}};
+}
+
+SheetPicture ShowDrawing(Demo& demo) {
+  Picture drawn = demo.Examine(
+      {"outlines on a fill", 48, Picture(360, 240), [](IPictavo6* object, Picture* d) {
+         u32 result = object->FillSolidColor(d->pixels.data(), d->width, d->height, d->pitch(),
+                                             0x30, 0x20, 0x18, 0xFF);
+         for (i32 i = 0; 5 * i + 5 < d->height / 2; ++i) {
+           const i32 inset = 5 * i + 4;
+           const i32 rect[] = {inset, inset, d->width - 1 - inset, d->height - 1 - inset};
+           result |= object->DrawRectOutline(reinterpret_cast<u32*>(d->pixels.data()), d->width,
+                                             d->height, static_cast<u32>(d->pitch()), rect,
+                                             Hsl(object, 15 * i, 150));
+         }
+         return result == PICTAVO_S_OK;
+       }});
+  return {std::move(drawn), "outlines on a fill", "slots 48, 77", {"in colours of slot 95", ""}};
+}
+
+}  // namespace
+
+const Command kConvertCommand = {L"convert",
+                                 "  pictavo-host convert PICTURE OUT --to NAME [--level N]\n"
+                                 "      Converts pixels. The conversions:\n"
+                                 "      premultiplied        colours times alpha\n"
+                                 "      straight             colours divided by alpha\n"
+                                 "      yuva                 V as blue, U as green, Y as red\n"
+                                 "      grey                 the mean of the colours\n",
+                                 RunConvert};
+
+const Command kBorderCommand = {
+    L"border",
+    "  pictavo-host border PICTURE OUT --width N [--transparent]\n"
+    "      Extends the edges by N pixels on every side.\n"
+    "      --transparent        keeps the border clear; only its colours are the edges'\n",
+    RunBorder};
+
+std::vector<SheetColumn> ShowConversions(Demo& demo) {
+  const Picture straight = SoftDisc(demo.background);
+  Picture premultiplied = straight;
+  FindConversion("premultiplied").convert(demo.object, &premultiplied, straight);
+  return {{"Alpha and colour",
+           {ShowConversion(demo, "premultiplied", straight, "a disc with a soft edge"),
+            ShowConversion(demo, "straight", premultiplied, "the same disc, back"),
+            ShowConversion(demo, "yuva", demo.background, "BT.601, studio range"),
+            ShowConversion(demo, "grey", demo.background, "")}},
+          {"Borders and drawing",
+           {ShowBorder(demo, false), ShowBorder(demo, true), ShowDrawing(demo), ShowColours(demo)}},
+          {"Counting",
+           {ShowHistogram(demo, "the background", demo.background),
+            ShowHistogram(demo, "the layer", demo.layer)}}};
+}
+
+}  // namespace host
