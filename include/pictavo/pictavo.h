@@ -496,11 +496,11 @@ struct IPictavo3 : IPictavo2 {
   /// hits, the pixel becomes 0. Every build gives the same bytes; a spin's angles are worked out
   /// without the C library, so that they are the same on every system too.
   ///
-  /// - Direction: n places one pixel apart, from the pixel backwards. Its n does not limit
-  /// strength.
-  ///   n = 0 copies W * H packed pixels; a destination whose pitch * height is less is cleared
-  ///   instead, errno becomes ERANGE and the C runtime's invalid-parameter handler is called if one
-  ///   is set.
+  /// - Direction: n places one pixel apart, from the pixel on along the vector, so that the streak
+  ///   trails behind. Its n does not limit strength. n = 0 copies W * H packed pixels; where the
+  ///   destination's pitch * height bytes are fewer, these are cleared instead, errno becomes
+  ///   ERANGE, the C runtime's invalid-parameter handler is called if one is set, and the result is
+  ///   still PICTAVO_S_OK.
   /// - Zoom: place i is the picture shrunk to fit a frame 2 * i pixels wider; place 0 is scaled by
   ///   65535 / 65536, so that it reads one pixel up and to the left.
   /// - Spin: places lie along the tangent, in steps that grow from 0 at the centre. The only kind
@@ -508,13 +508,13 @@ struct IPictavo3 : IPictavo2 {
   ///   records say.
   ///
   /// The destination has the size that GetMotionBlurDstSize tells. Another one is filled as it is;
-  /// direction and zoom then say so to the debugger.
+  /// direction and zoom then say so to the debugger. Source and destination must not overlap.
   ///
-  /// @return PICTAVO_S_OK, also for an empty destination; PICTAVO_E_POINTER when a record is null;
-  /// PICTAVO_E_INVALIDARG when a record's data is null or it holds a texture, when a size of the
-  /// source is negative or a picture cannot fit in memory, when the motion has no place, more than
-  /// 2^24 or one that cannot be computed, and when it would take no sample, one for several places
-  /// or more than 65536; PICTAVO_E_OUTOFMEMORY
+  /// @return PICTAVO_S_OK, also for an empty destination; PICTAVO_E_INVALIDARG when a record or its
+  /// data is null or it holds a texture, when a size of the source is negative or a picture cannot
+  /// fit in memory, when the motion's places are negative, more than 2^24 or cannot be computed,
+  /// and when it would take no sample, one for several places or more than 65536;
+  /// PICTAVO_E_OUTOFMEMORY
   virtual u32 MotionBlur(const ImageDesc* src, ImageDesc* dst,
                          const MotionBlurParam* param) noexcept = 0;
 
@@ -523,7 +523,7 @@ struct IPictavo3 : IPictavo2 {
   ///
   /// With the kind, places and R of MotionBlur: a spin needs a square of 2 * trunc(R + 0.5) around
   /// the source's centre; a zoom of n places a border of n - 1 pixels on every side, or of H / 2
-  /// when that is less; a direction of n places n - 1 pixels towards it.
+  /// when that is less; a direction of n places n - 1 pixels on the side that it comes from.
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when an argument is null
   virtual u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst,
                                    const MotionBlurParam* param, i32* offsetX,

@@ -134,6 +134,8 @@ struct Plan {
   Plan(const Samples& samples, const Size& source, const Size& destination, FindColumn findColumn,
        FindRow findRow)
       : count(samples.count()), src(source), dst(destination) {
+    columns.reserve(static_cast<size_t>(dst.width) * samples.places.size());
+    rows.reserve(static_cast<size_t>(dst.height) * samples.places.size());
     for (i32 x = 0; x < dst.width; ++x)
       for (const i32 place : samples.places) columns.push_back(findColumn(x, place));
     for (i32 y = 0; y < dst.height; ++y)
@@ -204,7 +206,8 @@ struct Cover {
 
 /// Copies packed rows. A destination too small for them is cleared, and the error reported.
 void CopyPacked(const ImageDesc& src, const ImageDesc& dst) {
-  const i64 bytes = i64{src.width} * src.height * 4, room = i64{dst.pitch} * dst.height;
+  const i64 bytes = i64{src.width} * src.height * 4;
+  const i64 room = i64{dst.pitch} * std::max(dst.height, 0);
   if (bytes == 0) return;
   if (room >= bytes) {
     std::memmove(dst.data, src.data, static_cast<size_t>(bytes));
@@ -226,6 +229,7 @@ u32 BlurDirection(const ImageDesc& src, const ImageDesc& dst, const MotionBlurPa
   const i32 extentY = TruncateToI32(static_cast<f32>(n - 1) * direction.sin);
   WarnOfSize("MotionBlurDirection", SizeOf(dst), i64{src.width} + std::abs(i64{extentX}),
              i64{src.height} + std::abs(i64{extentY}));
+  if (SizeOf(dst).IsEmpty()) return PICTAVO_S_OK;
   const Cover columns(extentX, dst.width, src.width), rows(extentY, dst.height, src.height);
   const Plan plan(
       samples, SizeOf(src), SizeOf(dst),
@@ -268,6 +272,7 @@ u32 BlurScale(const ImageDesc& src, const ImageDesc& dst, const MotionBlurParam&
   const i32 border = Border(n, src.height);
   WarnOfSize("MotionBlurScale", SizeOf(dst), src.width + 2 * i64{border},
              src.height + 2 * i64{border});
+  if (SizeOf(dst).IsEmpty()) return PICTAVO_S_OK;
   const Plan plan(
       samples, SizeOf(src), SizeOf(dst),
       [&](i32 x, i32 index) {
@@ -346,7 +351,7 @@ u32 BlurRotation(const ImageDesc& src, const ImageDesc& dst, const MotionBlurPar
   if (src.data == nullptr || dst.data == nullptr || p.angle == 0) return PICTAVO_E_INVALIDARG;
   const Samples samples(SpinPlaces(p, SizeOf(src)), p.maxSamples);
   if (!samples.AreUsable()) return PICTAVO_E_INVALIDARG;
-  run(Spin(src, dst), samples);
+  if (!SizeOf(dst).IsEmpty()) run(Spin(src, dst), samples);
   return PICTAVO_S_OK;
 }
 
@@ -430,7 +435,7 @@ bool IsUsable(const ImageDesc& image) {
 
 u32 MotionBlur(i32 level, const ImageDesc* src, const ImageDesc* dst,
                const MotionBlurParam* param) noexcept {
-  if (src == nullptr || dst == nullptr || param == nullptr) return PICTAVO_E_POINTER;
+  if (src == nullptr || dst == nullptr || param == nullptr) return PICTAVO_E_INVALIDARG;
   if (!IsUsable(*src) || !IsUsable(*dst) || src->width < 0 || src->height < 0)
     return PICTAVO_E_INVALIDARG;
   Kernel* const kernel = ChooseKernel(ChooseMotion(*param, SizeOf(*src)), level);
@@ -473,8 +478,9 @@ u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst, const MotionBlurP
   const i32 n = DirectionPlaces(*param, LimitedStrength(*param));
   if (n == 0) return grow(0);
   const Direction direction(*param);
-  const i32 x = TruncateToI32(-direction.cos * static_cast<f32>(n - 1));
-  const i32 y = TruncateToI32(-direction.sin * static_cast<f32>(n - 1));
+  const f32 length = static_cast<f32>(Difference(n, 1));
+  const i32 x = TruncateToI32(-direction.cos * length);
+  const i32 y = TruncateToI32(-direction.sin * length);
   return fill(Sum(size.width, Magnitude(x)), Sum(size.height, Magnitude(y)), std::min(x, 0),
               std::min(y, 0));
 }

@@ -343,8 +343,8 @@ inline V MeanAt(const Spin& spin, const Samples& samples, i32 y, i32 x) {
 }
 
 inline void RunSpin(const Spin& spin, const Samples& samples) {
-  const bool placesFit = i64{spin.src.height} * std::abs(i64{spin.src.pitch}) <= INT32_MAX &&
-                         spin.src.width <= INT32_MAX / 8;
+  const bool placesFit =
+      i64{spin.src.height} * std::abs(i64{spin.src.pitch}) + 4 * i64{spin.src.width} <= INT32_MAX;
   if (!placesFit) return RunSpinPortable(spin, samples);
   for (i32 y = 0; y < spin.dst.height; ++y) {
     u8* to = static_cast<u8*>(spin.dst.data) + i64{y} * spin.dst.pitch;

@@ -139,9 +139,9 @@ TEST(MotionBlur, SizesAndKinds) {
     i32 width, height, offsetX, offsetY;
   } const cases[] = {
       {{0, 30, 50, 50, 3, 0, 90}, 60, 40, 0, 0},    // nothing moves
-      {{1, 30, 15, 0, 1, 0, 0}, 69, 40, -9, 0},     // 10 places to the right
-      {{1, 30, -15, 0, 1, 0, 0}, 69, 40, 0, 0},     // … and to the left
-      {{1, 30, 0, 15, 1, 0, 0}, 60, 49, 0, -9},     // … and down
+      {{1, 30, 15, 0, 1, 0, 0}, 69, 40, -9, 0},     // 10 places, a trail to the left
+      {{1, 30, -15, 0, 1, 0, 0}, 69, 40, 0, 0},     // … to the right
+      {{1, 30, 0, 15, 1, 0, 0}, 60, 49, 0, -9},     // … and above
       {{3, 30, 15, 0, 1, 0, 0}, 79, 40, -19, 0},    // strength counts up to 2
       {{1, 30, 0, 0, 1.5f, 0, 0}, 78, 58, -9, -9},  // 60 * 0.5 / 3 = 10 places
       {{1, 30, 0, 0, 0.5f, 0, 0}, 78, 58, -9, -9},
@@ -249,6 +249,7 @@ TEST(MotionBlur, RefusesWhatItCannotDo) {
     ImageDesc from = src.image, to = target.image;
     MotionBlurParam param = good;
     change(from, to, param);
+    DstSize(src, param);  // tells something for any motion
     const u32 result = cpu::MotionBlur(8, &from, &to, &param);
     EXPECT_EQ(target.Contents(), Bytes(1600, 0)) << "a refused call wrote";
     return result;
@@ -277,10 +278,18 @@ TEST(MotionBlur, RefusesWhatItCannotDo) {
               p.dirX = 0;
             }),
             PICTAVO_E_INVALIDARG);
-  EXPECT_EQ(run([](D, D to, P) { to.height = -1; }), PICTAVO_S_OK);
-  EXPECT_EQ(cpu::MotionBlur(8, nullptr, &dst.image, &good), PICTAVO_E_POINTER);
-  EXPECT_EQ(cpu::MotionBlur(8, &src.image, nullptr, &good), PICTAVO_E_POINTER);
-  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &dst.image, nullptr), PICTAVO_E_POINTER);
+  // An empty destination takes neither time nor memory, however long its other side is.
+  for (const MotionBlurParam& motion : {good, {1, 30, 0, 0, 9, 0, 0}, {1, 30, 0, 0, 1, 0, 90}}) {
+    for (const i32 none : {0, -1, INT32_MIN}) {
+      EXPECT_EQ(run([=](D, D to, P p) { p = motion, to.width = INT32_MAX, to.height = none; }),
+                PICTAVO_S_OK);
+      EXPECT_EQ(run([=](D, D to, P p) { p = motion, to.width = none, to.height = INT32_MAX; }),
+                PICTAVO_S_OK);
+    }
+  }
+  EXPECT_EQ(cpu::MotionBlur(8, nullptr, &dst.image, &good), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::MotionBlur(8, &src.image, nullptr, &good), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &dst.image, nullptr), PICTAVO_E_INVALIDARG);
   i32 x = 7;
   EXPECT_EQ(cpu::GetMotionBlurDstSize(&src.image, &dst.image, &good, &x, nullptr),
             PICTAVO_E_POINTER);
@@ -301,6 +310,12 @@ TEST(MotionBlur, CopiesWhatDoesNotMove) {
   EXPECT_EQ(cpu::MotionBlur(8, &src.image, &small.image, &still), PICTAVO_S_OK);
   EXPECT_EQ(small.Contents(), Bytes(40, 0));
   EXPECT_EQ(errno, ERANGE);
+  // No rows are no room, whatever the pitch.
+  small.Set(77);
+  small.image.height = -2;
+  small.image.pitch = -20;
+  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &small.image, &still), PICTAVO_S_OK);
+  EXPECT_EQ(small.Contents(), Bytes(40, 77));
 }
 
 }  // namespace
