@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
@@ -45,7 +46,7 @@ class Guarded {
   void Fill(int kind, Random& random) {
     FillPixels(memory_->data(), memory_->size(), kind, random);
   }
-  void Set(const Bytes& bytes) { std::memcpy(memory_->data(), bytes.data(), bytes.size()); }
+  void Set(const Bytes& bytes) { std::copy(bytes.begin(), bytes.end(), memory_->data()); }
   void Set(int value) { std::memset(memory_->data(), value, memory_->size()); }
 
   ImageDesc image = {};
@@ -209,6 +210,22 @@ TEST(MotionBlur, DirectionIgnoresTheStrengthLimitThatItsSizeHas) {
   EXPECT_EQ(At(dst, 58, 0), (Pixel{29, 29, 29, 255 / 30}));  // column 29 alone
 }
 
+TEST(MotionBlur, NarrowDestinationCutsTheSourceOnTheFarSide) {
+  Guarded src(10, 2, 40), dst(12, 2, 48);  // three columns too few
+  for (i32 x = 0; x < 10; ++x)
+    for (const i32 y : {0, 1}) Set(src, x, y, {x, x, x, 255});
+  // Six places leftwards, a hair down.
+  const MotionBlurParam param = {1, 30, -9, 0.001f, 1, 0, 0};
+  ASSERT_EQ(DstSize(src, param).width, 15);
+  for (const i32 level : Levels()) {
+    dst.Set(0x5A);
+    EXPECT_EQ(cpu::MotionBlur(level, &src.image, &dst.image, &param), PICTAVO_S_OK);
+    EXPECT_EQ(At(dst, 6, 0), (Pixel{3, 3, 3, 255}));          // columns 1 to 6
+    EXPECT_EQ(At(dst, 7, 0), (Pixel{4, 4, 4, 5 * 255 / 6}));  // columns 2 to 6
+    EXPECT_EQ(At(dst, 11, 0), (Pixel{6, 6, 6, 255 / 6}));     // column 6 alone
+  }
+}
+
 TEST(MotionBlur, ZoomsFirstSampleLiesUpAndLeft) {
   Guarded src(30, 9, 120);
   Random random(3);
@@ -218,6 +235,19 @@ TEST(MotionBlur, ZoomsFirstSampleLiesUpAndLeft) {
   for (i32 y = 0; y < 9; ++y)
     for (i32 x = 0; x < 30; ++x)
       ASSERT_EQ(At(dst, x, y), At(src, std::max(x - 1, 0), std::max(y - 1, 0))) << x << " " << y;
+}
+
+TEST(MotionBlur, ZoomShrinksThePictureAboutItsCentre) {
+  Guarded src(24, 12, 96);
+  for (i32 y = 0; y < 12; ++y)
+    for (i32 x = 0; x < 24; ++x) Set(src, x, y, {10 * x, 10 * y, 0, 255});
+  // Four places: frames of 24 x 12, 26 x 13, 28 x 14 and 30 x 15 pixels, a border of 3.
+  Guarded dst = Blurred(src, {1, 30, 0, 0, 1.5f, 0, 0});
+  ASSERT_EQ((std::array{dst.image.width, dst.image.height}), (std::array{30, 18}));
+  EXPECT_EQ(At(dst, 0, 0), (Pixel{0, 0, 0, 0}));
+  EXPECT_EQ(At(dst, 2, 4), (Pixel{0, (10 + 0) / 2, 0, 2 * 255 / 4}));
+  EXPECT_EQ(At(dst, 20, 10), (Pixel{(160 + 160 + 150 + 150) / 4, (60 + 60 + 60 + 50) / 4, 0, 255}));
+  EXPECT_EQ(At(dst, 29, 17), (Pixel{220, 110, 0, 255 / 4}));
 }
 
 TEST(MotionBlur, SpinFollowsTheTangent) {
