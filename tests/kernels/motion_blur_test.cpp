@@ -242,12 +242,19 @@ TEST(MotionBlur, ZoomShrinksThePictureAboutItsCentre) {
   for (i32 y = 0; y < 12; ++y)
     for (i32 x = 0; x < 24; ++x) Set(src, x, y, {10 * x, 10 * y, 0, 255});
   // Four places: frames of 24 x 12, 26 x 13, 28 x 14 and 30 x 15 pixels, a border of 3.
-  Guarded dst = Blurred(src, {1, 30, 0, 0, 1.5f, 0, 0});
+  const MotionBlurParam param = {1, 30, 0, 0, 1.5f, 0, 0};
+  Guarded dst = Blurred(src, param);
   ASSERT_EQ((std::array{dst.image.width, dst.image.height}), (std::array{30, 18}));
   EXPECT_EQ(At(dst, 0, 0), (Pixel{0, 0, 0, 0}));
   EXPECT_EQ(At(dst, 2, 4), (Pixel{0, (10 + 0) / 2, 0, 2 * 255 / 4}));
   EXPECT_EQ(At(dst, 20, 10), (Pixel{(160 + 160 + 150 + 150) / 4, (60 + 60 + 60 + 50) / 4, 0, 255}));
   EXPECT_EQ(At(dst, 29, 17), (Pixel{220, 110, 0, 255 / 4}));
+
+  // A destination two pixels smaller cuts the source on the right and below.
+  Guarded small(28, 16, 112);
+  EXPECT_EQ(cpu::MotionBlur(0, &src.image, &small.image, &param), PICTAVO_S_OK);
+  EXPECT_EQ(At(small, 27, 8), (Pixel{(210 + 200) / 2, 40, 0, 2 * 255 / 4}));
+  EXPECT_EQ(At(small, 10, 15), (Pixel{70, 90, 0, 255 / 4}));
 }
 
 TEST(MotionBlur, SpinFollowsTheTangent) {
