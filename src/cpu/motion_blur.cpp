@@ -153,19 +153,23 @@ struct Plan {
 
 using RunPlan = void(const Plan& plan, const u8* src, u8* dst);
 
-void RunPlanPortable(const Plan& plan, const u8* src, u8* dst) {
-  for (i32 y = 0; y < plan.dst.height; ++y) {
-    const i32* rows = plan.RowsOf(y);
-    for (i32 x = 0; x < plan.dst.width; ++x, dst += 4) {
-      const i32* columns = plan.ColumnsOf(x);
-      Mean mean;
-      for (i32 k = 0; k < plan.count; ++k) {
-        if (rows[k] == kMiss || columns[k] == kMiss) continue;
-        mean.Add(src + 4 * (i64{rows[k]} * plan.src.width + columns[k]));
-      }
-      mean.Store(dst, plan.count);
+/// Pixels x … end of row y, stored from dst.
+void RunPixels(const Plan& plan, const u8* src, i32 y, i32 x, i32 end, u8* dst) {
+  const i32* rows = plan.RowsOf(y);
+  for (; x < end; ++x, dst += 4) {
+    const i32* columns = plan.ColumnsOf(x);
+    Mean mean;
+    for (i32 k = 0; k < plan.count; ++k) {
+      if (rows[k] == kMiss || columns[k] == kMiss) continue;
+      mean.Add(src + 4 * (i64{rows[k]} * plan.src.width + columns[k]));
     }
+    mean.Store(dst, plan.count);
   }
+}
+
+void RunPlanPortable(const Plan& plan, const u8* src, u8* dst) {
+  for (i32 y = 0; y < plan.dst.height; ++y, dst += 4 * i64{plan.dst.width})
+    RunPixels(plan, src, y, 0, plan.dst.width, dst);
 }
 
 /// A destination of another size is taken as it is.

@@ -70,7 +70,8 @@ inline void StorePixels(V pixels, u8* to, i64 count) {
 // ---------------------------------------------------------------------------------------------
 // Direction and zoom. A motion neither turns nor widens the picture: a pixel's neighbour comes from
 // the same column of the source or from the next. So four pixels come from one load of four, moved
-// to their places, and mostly whole stretches of pixels lie side by side.
+// to their places, and mostly whole stretches of pixels lie side by side. Only where a place
+// reaches a power of two, and single precision becomes coarser, a column may be left out.
 
 constexpr i32 kBlockPixels = 2 * V::kPixels;  // worked on at a time
 
@@ -148,6 +149,7 @@ struct Hits {
 
 /// How the pixels of a block lie under all their samples.
 struct Layout {
+  bool isUsable = true;    // all its taps could be made
   bool isStraight = true;  // side by side in the source
   bool hasMisses = false;
 
@@ -167,38 +169,46 @@ class Strip {
  public:
   static constexpr i32 kBlocks = 512 / kBlockPixels;
 
-  explicit Strip(const Plan& plan)
-      : samples_(plan.count),
+  Strip(const Plan& plan, const u8* src)
+      : plan_(plan),
+        src_(src),
+        samples_(plan.count),
         taps_(static_cast<size_t>(kBlocks) * static_cast<size_t>(samples_)),
         moves_(taps_.size()) {}
 
-  /// False where a tap cannot be made.
-  bool Prepare(const Plan& plan, i32 x) {
+  void Prepare(i32 x) {
+    x_ = x;
     size_t i = 0;
     for (Layout& layout : layouts_) {
       layout = {};
       for (i32 k = 0; k < samples_; ++k, ++i) {
-        if (!MakeTap(plan, k, x, &taps_[i], &moves_[i])) return false;
-        layout.Add(taps_[i], moves_[i]);
+        layout.isUsable &= MakeTap(plan_, k, x, &taps_[i], &moves_[i]);
+        if (layout.isUsable) layout.Add(taps_[i], moves_[i]);
       }
       x += kBlockPixels;
     }
-    return true;
   }
 
-  void Run(const Hits& hits, u8* dst, i64 width) const {
+  /// Stores the strip's pixels of row y.
+  void Run(const Hits& hits, i32 y, u8* dst) const {
     size_t i = 0;
+    i32 x = x_;
     for (const Layout& layout : layouts_) {
+      const i32 width = plan_.dst.width - x;
       const bool allHit = !hits.onClearRows && !layout.hasMisses;
       const auto store = layout.isStraight
                              ? allHit ? &Strip::Store<true, true> : &Strip::Store<true, false>
                          : allHit ? &Strip::Store<false, true>
                                   : &Strip::Store<false, false>;
-      (this->*store)(hits, i, dst, width);
+      if (layout.isUsable) {
+        (this->*store)(hits, i, dst, width);
+      } else {
+        RunPixels(plan_, src_, y, x, x + std::min(width, kBlockPixels), dst);
+      }
       if (width <= kBlockPixels) break;
       i += static_cast<size_t>(samples_);
       dst += 4 * kBlockPixels;
-      width -= kBlockPixels;
+      x += kBlockPixels;
     }
   }
 
@@ -240,7 +250,10 @@ class Strip {
       StorePixels(sums.right.Mean(samples_), dst + 4 * V::kPixels, width - V::kPixels);
   }
 
+  const Plan& plan_;
+  const u8* src_;
   i32 samples_;
+  i32 x_ = 0;              // where the strip begins
   std::vector<Tap> taps_;  // of the first block's samples, the second's, …
   std::vector<Moves> moves_;
   std::array<Layout, kBlocks> layouts_;
@@ -250,14 +263,14 @@ inline void RunPlan(const Plan& plan, const u8* src, u8* dst) {
   constexpr i32 kWidest = INT32_MAX / 4;  // places in a row are 32-bit numbers
   if (plan.src.width < 4 || plan.src.width > kWidest) return RunPlanPortable(plan, src, dst);
   const std::vector<u8> clearRows = FindClearRows(plan.src, src);
-  Strip strip(plan);
+  Strip strip(plan, src);
   Hits hits;
   hits.hits.reserve(static_cast<size_t>(plan.count));
   for (i32 x = 0; x < plan.dst.width; x += Strip::kBlocks * kBlockPixels) {
-    if (!strip.Prepare(plan, x)) return RunPlanPortable(plan, src, dst);
+    strip.Prepare(x);
     for (i32 y = 0; y < plan.dst.height; ++y) {
       hits.Find(plan, y, src, clearRows);
-      strip.Run(hits, dst + 4 * (i64{y} * plan.dst.width + x), plan.dst.width - x);
+      strip.Run(hits, y, dst + 4 * (i64{y} * plan.dst.width + x));
     }
   }
 }
