@@ -176,6 +176,30 @@ inline V LoadFours(const u8* p, const i32* places) {
 }
 inline V ShuffleFours(V a, V from) { return {_mm256_shuffle_epi8(a.v, from.v)}; }
 
+inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
+
+inline V LoadRows(const u8* const* rows, i64 at) {
+  const auto* low = reinterpret_cast<const __m128i*>(rows[0] + at);
+  const auto* high = reinterpret_cast<const __m128i*>(rows[4] + at);
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(low)),
+                                  _mm_loadu_si128(high), 1)};
+}
+inline void StoreRows(u8* const* rows, i64 at, V a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(rows[0] + at), _mm256_castsi256_si128(a.v));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(rows[4] + at), _mm256_extracti128_si256(a.v, 1));
+}
+
+inline void Transpose(V (&rows)[4]) {
+  const __m256i low01 = _mm256_unpacklo_epi32(rows[0].v, rows[1].v);
+  const __m256i low23 = _mm256_unpacklo_epi32(rows[2].v, rows[3].v);
+  const __m256i high01 = _mm256_unpackhi_epi32(rows[0].v, rows[1].v);
+  const __m256i high23 = _mm256_unpackhi_epi32(rows[2].v, rows[3].v);
+  rows[0] = {_mm256_unpacklo_epi64(low01, low23)};
+  rows[1] = {_mm256_unpackhi_epi64(low01, low23)};
+  rows[2] = {_mm256_unpacklo_epi64(high01, high23)};
+  rows[3] = {_mm256_unpackhi_epi64(high01, high23)};
+}
+
 inline V LoadEach(const u8* p, V places, V mask) {
   const auto* base = reinterpret_cast<const int*>(p);
   return {_mm256_mask_i32gather_epi32(_mm256_setzero_si256(), base, places.v, mask.v, 1)};

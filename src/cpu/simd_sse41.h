@@ -36,6 +36,22 @@ inline V LoadFours(const u8* p, const i32* places) { return V::Load(p + places[0
 /// Moves bytes within fours of pixels: each takes the one that `from` numbers, or 0 for 128.
 inline V ShuffleFours(V a, V from) { return {_mm_shuffle_epi8(a.v, from.v)}; }
 
+/// Four pixels of each of rows[0], rows[4], …, at so many bytes from their starts.
+inline V LoadRows(const u8* const* rows, i64 at) { return V::Load(rows[0] + at); }
+inline void StoreRows(u8* const* rows, i64 at, V a) { a.Store(rows[0] + at); }
+
+/// Swaps rows and columns in each square of pixels that fours of the four vectors make.
+inline void Transpose(V (&rows)[4]) {
+  const __m128i low01 = _mm_unpacklo_epi32(rows[0].v, rows[1].v);
+  const __m128i low23 = _mm_unpacklo_epi32(rows[2].v, rows[3].v);
+  const __m128i high01 = _mm_unpackhi_epi32(rows[0].v, rows[1].v);
+  const __m128i high23 = _mm_unpackhi_epi32(rows[2].v, rows[3].v);
+  rows[0] = {_mm_unpacklo_epi64(low01, low23)};
+  rows[1] = {_mm_unpackhi_epi64(low01, low23)};
+  rows[2] = {_mm_unpacklo_epi64(high01, high23)};
+  rows[3] = {_mm_unpackhi_epi64(high01, high23)};
+}
+
 /// The pixels at the places, which are bytes from p. Places whose mask is 0 are not touched and
 /// give 0.
 inline V LoadEach(const u8* p, V places, V mask) {

@@ -2,6 +2,7 @@
 // the object itself stand in pictavo_object.cpp.
 #include "chromakey/chroma_key_fx.h"
 #include "cpu/blend.h"
+#include "cpu/blur.h"
 #include "cpu/border.h"
 #include "cpu/convert.h"
 #include "cpu/draw.h"
@@ -253,7 +254,9 @@ u32 Pictavo::ApplyChromaKey(const ImageDesc* src, ImageDesc* dst, const ChromaKe
                             i32 keyCount, i32 format) noexcept {
   return chromakey::ApplyChromaKey(cpuLevel, src, dst, keys, keyCount, format);
 }
-u32 Pictavo::GaussianBlurBox3(u8*, i32, i32, i32, f32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::GaussianBlurBox3(u8* image, i32 width, i32 height, i32 pitch, f32 radius) noexcept {
+  return cpu::GaussianBlurBox3(cpuLevel, image, width, height, pitch, radius);
+}
 
 // IPictavo5
 

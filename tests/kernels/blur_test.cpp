@@ -1,0 +1,252 @@
+// The box blur: the vector builds against the portable one, and the rule's corner cases.
+#include "cpu/blur.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "guarded_memory.h"
+#include "pixels.h"
+
+namespace pictavo::test {
+namespace {
+
+constexpr i32 kMax = std::numeric_limits<i32>::max();
+
+struct Picture {
+  i32 width, height, pitch;
+};
+
+/// Blurs a guarded copy of the rows that the picture describes.
+Bytes Blur(i32 level, const Picture& p, const Bytes& bytes, f32 radius,
+           GuardedMemory::Side side = GuardedMemory::Side::kAfter) {
+  GuardedMemory memory(bytes.size(), side);
+  std::memcpy(memory.data(), bytes.data(), bytes.size());
+  u8* first = memory.data() + (p.pitch < 0 ? -i64{p.pitch} * (p.height - 1) : 0);
+  EXPECT_EQ(cpu::GaussianBlurBox3(level, first, p.width, p.height, p.pitch, radius), PICTAVO_S_OK);
+  return Bytes(memory.data(), memory.data() + bytes.size());
+}
+
+Bytes Pixels(const Picture& p, int kind, Random& random) {
+  Bytes bytes(static_cast<size_t>((p.height - 1) * std::abs(p.pitch) + 4 * p.width));
+  FillPixels(bytes.data(), bytes.size(), kind, random);
+  return bytes;
+}
+
+/// Makes clear a part of the picture that is larger than the windows, and leaves tiles without.
+void CutOut(const Picture& p, Bytes* bytes) {
+  for (i32 y = p.height / 3; y < p.height * 2 / 3; ++y) {
+    for (i32 x = p.width / 4; x < p.width / 2; ++x)
+      (*bytes)[static_cast<size_t>(y * std::abs(p.pitch) + 4 * x + 3)] = 0;
+  }
+}
+
+std::vector<i32> BlurLevels() {
+  std::vector<i32> levels;
+  if (__builtin_cpu_supports("sse4.1")) levels.insert(levels.end(), {6, 7});
+  if (__builtin_cpu_supports("avx2")) levels.insert(levels.end(), {8, kMax});
+  return levels;
+}
+
+void ExpectBuildsAgree(const Picture& p, const Bytes& bytes, f32 radius) {
+  const Bytes expected = Blur(5, p, bytes, radius);
+  for (i32 y = 0; y + 1 < p.height; ++y) {
+    const auto padding = [&](const Bytes& b) { return b.begin() + y * std::abs(p.pitch) + 4 * p.width; };
+    ASSERT_TRUE(std::equal(padding(bytes), padding(bytes) + std::abs(p.pitch) - 4 * p.width,
+                           padding(expected)));
+  }
+  for (const i32 level : BlurLevels()) {
+    for (const auto side : {GuardedMemory::Side::kBefore, GuardedMemory::Side::kAfter}) {
+      const Bytes actual = Blur(level, p, bytes, radius, side);
+      const auto at = std::mismatch(actual.begin(), actual.end(), expected.begin()).first;
+      ASSERT_EQ(at, actual.end()) << "level " << level << ", " << p.width << " x " << p.height
+                                  << ", pitch " << p.pitch << ", radius " << radius << ", byte "
+                                  << at - actual.begin();
+    }
+  }
+}
+
+TEST(Blur, BuildsAgreeInsideGuardedPictures) {
+  Random random(3);
+  for (int round = 0; round < 300 && !HasFatalFailure(); ++round) {
+    Picture p{static_cast<i32>(1 + random() % 40), static_cast<i32>(1 + random() % 40), 0};
+    if (round % 10 == 0) p.width += 250 + static_cast<i32>(random() % 300);
+    p.pitch = (4 * p.width + static_cast<i32>(random() % 3 * 5)) * (random() % 4 == 0 ? -1 : 1);
+    const f32 most = static_cast<f32>(std::min(p.width, p.height));
+    const f32 radius = most * static_cast<f32>(1 + random() % 1000) / 1000.0f;
+    Bytes bytes = Pixels(p, static_cast<int>(random() % kKinds), random);
+    if (random() % 3 == 0) CutOut(p, &bytes);
+    ExpectBuildsAgree(p, bytes, radius);
+  }
+}
+
+/// Windows of up to 257 pixels have sums of 16 bits, and those above do not.
+TEST(Blur, BuildsAgreeOnWideWindows) {
+  Random random(4);
+  const Picture p{411, 401, 1648};
+  for (const f32 radius : {150.0f, 194.0f, 383.0f, 386.0f, 401.0f}) {
+    for (const int kind : {kOpaque, kRuns}) {
+      Bytes bytes = Pixels(p, kind, random);
+      if (kind == kOpaque) std::fill(bytes.begin(), bytes.end() - 80 * p.pitch, u8{255});
+      ExpectBuildsAgree(p, bytes, radius);
+    }
+  }
+}
+
+/// Every quotient of a window and its neighbours: columns of one value between columns of others.
+TEST(Blur, EveryLevelOfGreySurvives) {
+  for (const f32 radius : {3.0f, 10.0f, 50.0f, 200.0f, 400.0f}) {
+    const Picture p{400, 400, 1600};
+    Random random(5);
+    for (u32 grey = 0; grey < 256; grey += 15) {
+      const Bytes bytes(640000, static_cast<u8>(grey));
+      for (const i32 level : BlurLevels()) EXPECT_EQ(Blur(level, p, bytes, radius), bytes);
+    }
+  }
+}
+
+using Pixel = std::array<int, 2>;  // every colour, alpha
+
+/// Rows all alike, at radius 3: two boxes of three pixels.
+TEST(Blur, AveragesWhatIsNotClear) {
+  struct Case {
+    std::vector<Pixel> row, expected;
+  } const cases[] = {
+      {{{0, 255}, {0, 255}, {90, 255}, {0, 255}, {0, 255}, {0, 255}},
+       {{10, 255}, {20, 255}, {30, 255}, {20, 255}, {10, 255}, {0, 255}}},
+      // The first and the last pixel go on beyond the edges.
+      {{{90, 255}, {0, 255}, {0, 255}, {0, 255}, {0, 255}, {180, 255}},
+       {{50, 255}, {30, 255}, {10, 255}, {20, 255}, {60, 255}, {100, 255}}},
+      // Each mean is rounded down: 1 / 3 and 2 / 3 are 0, 3 * 254 + 1 is not 255.
+      {{{2, 255}, {0, 255}, {0, 255}, {254, 255}, {255, 255}, {254, 255}},
+       {{0, 255}, {28, 255}, {84, 255}, {169, 255}, {225, 255}, {254, 255}}},
+      // Colours fade into what is clear unchanged, alpha alone fades; beyond, all stays.
+      {{{100, 255}, {100, 255}, {100, 255}, {200, 0}, {200, 0}, {200, 0}},
+       {{100, 255}, {100, 226}, {100, 170}, {100, 85}, {100, 28}, {200, 0}}},
+      // Means have one weight for each pixel that is not clear, whatever its alpha.
+      {{{30, 1}, {60, 200}, {9, 0}, {9, 0}, {9, 0}, {9, 0}},
+       {{42, 60}, {48, 66}, {52, 37}, {55, 22}, {9, 0}, {9, 0}}},
+      // What fades to nothing stays as it was.
+      {{{7, 0}, {7, 0}, {50, 2}, {7, 0}, {7, 0}, {7, 0}},
+       {{7, 0}, {7, 0}, {50, 2}, {7, 0}, {7, 0}, {7, 0}}},
+  };
+  std::vector<i32> levels = BlurLevels();
+  levels.push_back(0);
+  for (const Case& c : cases) {
+    const auto bytes = [](const std::vector<Pixel>& row, i32 rows) {
+      Bytes result;
+      for (i32 y = 0; y < rows; ++y) {
+        for (const auto& [colour, alpha] : row) {
+          result.insert(result.end(), 3, static_cast<u8>(colour));
+          result.push_back(static_cast<u8>(alpha));
+        }
+      }
+      return result;
+    };
+    for (const i32 level : levels) {
+      EXPECT_EQ(Blur(level, {6, 4, 24}, bytes(c.row, 4), 3), bytes(c.expected, 4))
+          << "level " << level << " case " << &c - cases;
+    }
+  }
+}
+
+Bytes Mirrored(const Picture& p, const Bytes& bytes, bool rows) {
+  Bytes result(bytes.size());
+  for (i32 y = 0; y < p.height; ++y) {
+    for (i32 x = 0; x < p.width; ++x) {
+      const i32 from = rows ? (p.height - 1 - y) * p.width + x : y * p.width + p.width - 1 - x;
+      std::memcpy(&result[static_cast<size_t>(4 * (y * p.width + x))],
+                  &bytes[static_cast<size_t>(4 * from)], 4);
+    }
+  }
+  return result;
+}
+
+TEST(Blur, MirrorsWithThePicture) {
+  Random random(6);
+  for (int round = 0; round < 40; ++round) {
+    const Picture p{static_cast<i32>(5 + random() % 60), static_cast<i32>(5 + random() % 60), 0};
+    const Picture packed{p.width, p.height, 4 * p.width};
+    const Bytes bytes = Pixels(packed, round % kKinds, random);
+    const f32 radius = static_cast<f32>(std::min(p.width, p.height)) / static_cast<f32>(1 + round % 4);
+    for (const bool rows : {false, true}) {
+      EXPECT_EQ(Mirrored(p, Blur(0, packed, Mirrored(p, bytes, rows), radius), rows),
+                Blur(0, packed, bytes, radius));
+    }
+  }
+}
+
+/// The boxes of a radius, by how far one pixel spreads.
+TEST(Blur, SizesItsBoxes) {
+  constexpr struct {
+    i32 side;
+    f32 radius;
+    i32 spread;  // of the three radii, to each side
+  } cases[] = {{41, 0.5f, 0}, {41, 1, 1},   {41, 3, 2},  {41, 4, 3}, {41, 4.5f, 3},
+               {41, 6, 5},    {41, 10, 9},  {41, 20, 19}, {5, 5, 4}, {4, 4, 3},
+               {2, 2, 0},     {1, 1, 0},    {6, 6, 5}};
+  for (const auto& c : cases) {
+    // Alpha spreads over clear pixels; a column of full alpha is enough for two boxes to pass.
+    const Picture p{c.side, c.side, 4 * c.side};
+    Bytes bytes(static_cast<size_t>(4 * c.side * c.side), 0);
+    for (i32 y = 0; y < c.side; ++y) {
+      for (i32 x = 0; x <= c.side / 2; ++x)
+        bytes[static_cast<size_t>(4 * (y * c.side + x) + 3)] = 255;
+    }
+    const Bytes blurred = Blur(0, p, bytes, c.radius);
+    i32 unfaded = 0;
+    while (unfaded < c.side && blurred[static_cast<size_t>(4 * unfaded + 3)] == 255) ++unfaded;
+    EXPECT_EQ(c.side / 2 + 1 - unfaded, c.spread) << c.side << ", radius " << c.radius;
+  }
+}
+
+TEST(Blur, RefusesWhatItCannotUse) {
+  constexpr f32 kNan = std::numeric_limits<f32>::quiet_NaN(),
+                kInfinite = std::numeric_limits<f32>::infinity();
+  constexpr struct {
+    i32 width, height, pitch;
+    f32 radius;
+    u32 result;
+  } cases[] = {
+      {0, 4, 16, 1, PICTAVO_S_FALSE},
+      {4, 0, 16, 1, PICTAVO_S_FALSE},
+      {-4, 4, 16, 1, PICTAVO_S_FALSE},
+      {4, -kMax, 16, 1, PICTAVO_S_FALSE},
+      {4, 4, 16, 0, PICTAVO_S_FALSE},
+      {4, 4, 16, -1, PICTAVO_S_FALSE},
+      {4, 4, 16, kNan, PICTAVO_S_FALSE},
+      {4, 4, 16, kInfinite, PICTAVO_S_FALSE},
+      {4, 2, 16, 2.001f, PICTAVO_S_FALSE},
+      {2, 4, 16, 2.001f, PICTAVO_S_FALSE},
+      {4, 4, 15, 1, PICTAVO_E_INVALIDARG},
+      {4, 4, -15, 1, PICTAVO_E_INVALIDARG},
+      {4, 4, 0, 1, PICTAVO_E_INVALIDARG},
+      {kMax, kMax, kMax, 1, PICTAVO_E_INVALIDARG},
+      {(1 << 29) - 1, kMax, kMax, 3, PICTAVO_E_OUTOFMEMORY},
+      {(1 << 29) - 1, kMax, -kMax, 3e8f, PICTAVO_E_OUTOFMEMORY},
+  };
+  const Bytes before(64, 200);
+  std::vector<i32> levels = BlurLevels();
+  levels.push_back(0);
+  for (const i32 level : levels) {
+    for (const auto& c : cases) {
+      Bytes image = before;
+      EXPECT_EQ(cpu::GaussianBlurBox3(level, image.data(), c.width, c.height, c.pitch, c.radius),
+                c.result)
+          << "case " << &c - cases;
+      EXPECT_EQ(image, before);
+    }
+    EXPECT_EQ(cpu::GaussianBlurBox3(level, nullptr, 0, 0, 0, 0), PICTAVO_E_POINTER);
+    // One row has no pitch.
+    Bytes row = before;
+    EXPECT_EQ(cpu::GaussianBlurBox3(level, row.data(), 16, 1, 0, 1), PICTAVO_S_OK);
+    EXPECT_EQ(row, before);
+  }
+}
+
+}  // namespace
+}  // namespace pictavo::test
