@@ -54,6 +54,7 @@ const Bytes& Pixels(const Size& size, const std::string& alpha);
 
 // The families, each in its own file.
 Table Blends();
+Table Blurs();
 Table ChromaKeys();
 Table Conversions();
 Table Histograms();

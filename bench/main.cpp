@@ -177,8 +177,8 @@ class Printer : public benchmark::BenchmarkReporter {
 };
 
 int Main(int argc, char** argv) {
-  const std::vector<Table> tables = {Blends(), ChromaKeys(),  Conversions(), Histograms(),
-                                     Layers(), MotionBlurs(), Resizing()};
+  const std::vector<Table> tables = {Blends(),     Blurs(),  ChromaKeys(),  Conversions(),
+                                     Histograms(), Layers(), MotionBlurs(), Resizing()};
   RegisterAll(tables);
   std::vector<char*> arguments(argv, argv + argc);
   char repetitions[] = "--benchmark_repetitions=7",

@@ -675,8 +675,30 @@ struct IPictavo4 : IPictavo3 {
   virtual u32 ApplyChromaKey(const ImageDesc* src, ImageDesc* dst, const ChromaKey* keys,
                              i32 keyCount, i32 format) noexcept = 0;
 
-  /// Slot 87. Gaussian-like blur in place by three box blurs that leave clear pixels out. Not built
-  /// yet.
+  /// Slot 87. Blurs a picture in place by three box blurs that come near a Gaussian of standard
+  /// deviation s = radius / 3. Clear pixels have no colour in it, so that they do not darken the
+  /// edges of what they surround.
+  ///
+  /// With l the largest odd number up to sqrt(12 * s * s / 3 + 1) and m = trunc((12 * s * s - 3 * l
+  /// * l - 12 * l - 9) / (-4 * l - 4)), box i of 0, 1 and 2 is l where i < m, else l + 2, but at
+  /// most the picture's smaller side. It reaches r = trunc((box - 1) / 2) pixels to each side; one
+  /// with r = 0 does nothing.
+  ///
+  /// Each box blur goes along the rows and then down the columns. A pixel becomes the mean of the n
+  /// = 2 * r + 1 pixels around it: blue, green and red are the sums over those whose alpha is not
+  /// 0, divided by their number, alpha is the sum of all divided by n; both in single precision,
+  /// truncated. A pixel whose column has none with an alpha after the rows is left as it was before
+  /// that box blur. Beyond every edge the pixel at the edge goes on, so that a mirrored picture
+  /// gives the mirrored blur.
+  ///
+  /// The time does not depend on the radius, but for beginning each row and column. Rows may run
+  /// upwards. Below level 6 the portable build runs. All memory is allocated before anything is
+  /// written: width * height pixels, little of which vector builds touch, or what those need if
+  /// that is more.
+  /// @param pitch bytes; at least a row, up or down, unless the picture has one row only
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when image is null; PICTAVO_S_FALSE when a size is
+  /// below 1 or the radius is not above 0, not a number, or above the width or the height;
+  /// PICTAVO_E_INVALIDARG when rows overlap; PICTAVO_E_OUTOFMEMORY
   virtual u32 GaussianBlurBox3(u8* image, i32 width, i32 height, i32 pitch,
                                f32 radius) noexcept = 0;
 

@@ -31,10 +31,6 @@ struct Divisor {
 /// sum / count per 32-bit lane, rounded down. The half keeps rounding errors off the integers.
 inline V Quotient(V sum, F reciprocal) { return Truncate((Real(sum) + F::All(0.5f)) * reciprocal); }
 
-inline V Pixels(V blue, V green, V red, V alpha) {
-  return blue | ShiftLeft32(green, 8) | ShiftLeft32(red, 16) | ShiftLeft32(alpha, 24);
-}
-
 /// Sums of each channel of as many windows as V has pixels, in 16 bits and with the bias.
 struct ShortSums {
   V even, odd;  // blue and red, green and alpha

@@ -112,19 +112,24 @@ inline void StoreZipped16(V a, V b, u8* p) {
   SecondHalves(low, high).Store(p + 32);
 }
 
+inline void Transpose(V (&rows)[4]) {
+  const __m256i low01 = _mm256_unpacklo_epi32(rows[0].v, rows[1].v);
+  const __m256i low23 = _mm256_unpacklo_epi32(rows[2].v, rows[3].v);
+  const __m256i high01 = _mm256_unpackhi_epi32(rows[0].v, rows[1].v);
+  const __m256i high23 = _mm256_unpackhi_epi32(rows[2].v, rows[3].v);
+  rows[0] = {_mm256_unpacklo_epi64(low01, low23)};
+  rows[1] = {_mm256_unpackhi_epi64(low01, low23)};
+  rows[2] = {_mm256_unpacklo_epi64(high01, high23)};
+  rows[3] = {_mm256_unpackhi_epi64(high01, high23)};
+}
+
 inline void StoreZipped32(const V (&a)[4], u8* p) {
-  const __m256i low01 = _mm256_unpacklo_epi32(a[0].v, a[1].v);
-  const __m256i low23 = _mm256_unpacklo_epi32(a[2].v, a[3].v);
-  const __m256i high01 = _mm256_unpackhi_epi32(a[0].v, a[1].v);
-  const __m256i high23 = _mm256_unpackhi_epi32(a[2].v, a[3].v);
-  const V first = {_mm256_unpacklo_epi64(low01, low23)};    // pixels 0 and 4
-  const V second = {_mm256_unpackhi_epi64(low01, low23)};   // 1 and 5
-  const V third = {_mm256_unpacklo_epi64(high01, high23)};  // 2 and 6
-  const V fourth = {_mm256_unpackhi_epi64(high01, high23)};
-  FirstHalves(first, second).Store(p);
-  FirstHalves(third, fourth).Store(p + 32);
-  SecondHalves(first, second).Store(p + 64);
-  SecondHalves(third, fourth).Store(p + 96);
+  V pixels[4] = {a[0], a[1], a[2], a[3]};
+  Transpose(pixels);  // 0 and 4, 1 and 5, …
+  FirstHalves(pixels[0], pixels[1]).Store(p);
+  FirstHalves(pixels[2], pixels[3]).Store(p + 32);
+  SecondHalves(pixels[0], pixels[1]).Store(p + 64);
+  SecondHalves(pixels[2], pixels[3]).Store(p + 96);
 }
 
 inline V LowWords(V a, V b) { return {_mm256_blend_epi16(a.v, _mm256_slli_epi32(b.v, 16), 0xAA)}; }
@@ -176,28 +181,12 @@ inline V LoadFours(const u8* p, const i32* places) {
 }
 inline V ShuffleFours(V a, V from) { return {_mm256_shuffle_epi8(a.v, from.v)}; }
 
-inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
-
 inline V LoadRows(const u8* const* rows, i64 at) {
-  const auto* low = reinterpret_cast<const __m128i*>(rows[0] + at);
-  const auto* high = reinterpret_cast<const __m128i*>(rows[4] + at);
-  return {_mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(low)),
-                                  _mm_loadu_si128(high), 1)};
+  return LoadLanes([&](i64 lane) { return rows[4 * lane] + at; });
 }
 inline void StoreRows(u8* const* rows, i64 at, V a) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(rows[0] + at), _mm256_castsi256_si128(a.v));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(rows[4] + at), _mm256_extracti128_si256(a.v, 1));
-}
-
-inline void Transpose(V (&rows)[4]) {
-  const __m256i low01 = _mm256_unpacklo_epi32(rows[0].v, rows[1].v);
-  const __m256i low23 = _mm256_unpacklo_epi32(rows[2].v, rows[3].v);
-  const __m256i high01 = _mm256_unpackhi_epi32(rows[0].v, rows[1].v);
-  const __m256i high23 = _mm256_unpackhi_epi32(rows[2].v, rows[3].v);
-  rows[0] = {_mm256_unpacklo_epi64(low01, low23)};
-  rows[1] = {_mm256_unpackhi_epi64(low01, low23)};
-  rows[2] = {_mm256_unpacklo_epi64(high01, high23)};
-  rows[3] = {_mm256_unpackhi_epi64(high01, high23)};
 }
 
 inline V LoadEach(const u8* p, V places, V mask) {

@@ -166,9 +166,9 @@ TEST_F(Object, AnswersWhatItHasNotBuilt) {
   using Word = std::uintptr_t;  // as wide as any argument
   using Method = u32(void*, Word, Word, Word, Word, Word, Word, Word, Word, Word, Word);
   Method* const* table = *reinterpret_cast<Method***>(object_);
-  const std::set<u32> built = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 14, 15, 16,
-                               17, 18, 19, 20, 21, 29, 30, 31, 34, 35, 36, 37, 42, 43, 44,
-                               46, 48, 55, 57, 58, 63, 64, 71, 73, 74, 77, 82, 86, 95, 107};
+  const std::set<u32> built = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 14, 15, 16, 17,
+                               18, 19, 20, 21, 29, 30, 31, 34, 35, 36, 37, 42, 43, 44, 46, 48,
+                               55, 57, 58, 63, 64, 71, 73, 74, 77, 82, 86, 87, 95, 107};
   for (const Word a : {Word{0}, ~Word{0}}) {
     for (u32 slot = 0; slot < PICTAVO_METHOD_COUNT; ++slot) {
       if (built.contains(slot)) continue;
@@ -404,6 +404,25 @@ TEST_F(Object, CallsOtherSlotsThroughItsTable) {
   EXPECT_EQ(y[0], 99);
   EXPECT_EQ(calls, 1);
   *object = table;
+}
+
+TEST_F(Object, BlursInPlace) {
+  for (const i32 level : {0, object_->GetCPULevel()}) {
+    object_->SetCPULevel(level);
+    std::array<u32, 16> pixels;  // an opaque grey column beside clear ones
+    for (u32 i = 0; i < 16; ++i) pixels[i] = i % 4 == 0 ? 0xFF808080 : 0x00112233;
+    u8* image = reinterpret_cast<u8*>(pixels.data());
+    EXPECT_EQ(object_->GaussianBlurBox3(image, 4, 4, 16, 3), PICTAVO_S_OK);
+    for (u32 i = 0; i < 16; i += 4) {
+      EXPECT_EQ(pixels[i], 0x8D808080);
+      EXPECT_EQ(pixels[i + 1], 0x55808080);
+      EXPECT_EQ(pixels[i + 2], 0x1C808080);
+      EXPECT_EQ(pixels[i + 3], 0x00112233u);
+    }
+    // More than the system can have, so that not a pixel is looked at.
+    EXPECT_EQ(object_->GaussianBlurBox3(image, 0x1FFFFFFF, INT32_MAX, INT32_MAX, 3),
+              PICTAVO_E_OUTOFMEMORY);
+  }
 }
 
 TEST_F(Object, ChecksLayers) {
