@@ -19,8 +19,8 @@ struct Command {
 };
 
 // The commands, each in its own file.
-extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kMotionBlurCommand, kKeyCommand,
-    kResizeCommand, kConvertCommand, kHistogramCommand, kBorderCommand, kDemoCommand;
+extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kMotionBlurCommand,
+    kBlurCommand, kResizeCommand, kConvertCommand, kBorderCommand, kHistogramCommand, kDemoCommand;
 
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);

@@ -68,6 +68,7 @@ Picture SoftDisc(Picture picture);
 // The parts, each in its own file.
 
 std::vector<SheetColumn> ShowBlending(Demo& demo);
+std::vector<SheetColumn> ShowBlur(Demo& demo);
 std::vector<SheetColumn> ShowConversions(Demo& demo);
 std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);

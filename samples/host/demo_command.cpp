@@ -20,7 +20,7 @@ struct Sheet {
 };
 const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
-    {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey}},
+    {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey, ShowBlur}},
     {"resizing", "resizing", {ShowResizing}},
     {"conversions", "conversions, borders, counting", {ShowConversions}},
 };

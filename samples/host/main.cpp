@@ -20,9 +20,10 @@ constexpr int kFailed = 1;
 constexpr int kMisused = 2;
 
 /// In the order in which the usage tells of them.
-const Command* const kCommands[] = {
-    &kInfoCommand,   &kBlendCommand,   &kLayerCommand,     &kMotionBlurCommand, &kKeyCommand,
-    &kResizeCommand, &kConvertCommand, &kHistogramCommand, &kBorderCommand,     &kDemoCommand};
+const Command* const kCommands[] = {&kInfoCommand,      &kBlendCommand,      &kLayerCommand,
+                                    &kKeyCommand,       &kMotionBlurCommand, &kBlurCommand,
+                                    &kResizeCommand,    &kConvertCommand,    &kBorderCommand,
+                                    &kHistogramCommand, &kDemoCommand};
 
 /// For as long as it lives, the console shows UTF-8. Text reaches it as it is and in whole pieces:
 /// neither the C library nor the console puts a character together from single bytes.

@@ -1,0 +1,97 @@
+// The blur: pictavo-host blur, and the demo's part.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "commands.h"
+#include "demo.h"
+
+namespace host {
+namespace {
+
+bool Blur(pictavo::IPictavo6* object, Picture* picture, f32 radius) {
+  return object->GaussianBlurBox3(picture->pixels.data(), picture->width, picture->height,
+                                  picture->pitch(), radius) == pictavo::PICTAVO_S_OK;
+}
+
+int RunBlur(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  std::vector<std::wstring> files;
+  f32 radius = 10;
+  while (!parser.AtEnd()) {
+    if (!parser.AtOption()) {
+      files.push_back(parser.Next("a file"));
+      continue;
+    }
+    const std::string option = Utf8(parser.Next("an option"));
+    if (option == "--radius") {
+      radius = parser.Real("--radius");
+    } else if (option == "--level") {
+      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
+    } else {
+      throw UsageFailure("there is no option \"" + option + '"');
+    }
+  }
+  if (files.size() != 2) throw UsageFailure("blur takes two files, PICTURE OUT");
+  Picture picture = ReadPicture(files[0]);
+  if (!Blur(library.get(), &picture, radius)) {
+    throw Failure(Format("the library blurs this picture by radii above 0 and up to %d, not by %g",
+                         std::min(picture.width, picture.height), double{radius}));
+  }
+  WritePicture(files[1], picture);
+  std::printf("%s: %d x %d, radius %g, level %d\n", Utf8(files[1]).c_str(), picture.width,
+              picture.height, double{radius}, library->GetCPULevel());
+  return 0;
+}
+
+/// A disc of the picture's middle with a hard edge, in the middle of clear black.
+Picture CutOut(Picture picture) {
+  const double radius = 0.3 * std::min(picture.width, picture.height);
+  for (i32 y = 0; y < picture.height; ++y) {
+    for (i32 x = 0; x < picture.width; ++x) {
+      if (std::hypot(x + 0.5 - picture.width / 2.0, y + 0.5 - picture.height / 2.0) > radius)
+        std::fill_n(picture.At(x, y), 4, u8{0});
+    }
+  }
+  return picture;
+}
+
+Picture ShowBlurred(Demo& demo, const char* what, const Picture& picture, f32 radius) {
+  return demo.Examine(
+      {Format("%s, radius %g", what, double{radius}), 87, picture,
+       [=](pictavo::IPictavo6* object, Picture* dst) { return Blur(object, dst, radius); }});
+}
+
+}  // namespace
+
+const Command kBlurCommand = {
+    L"blur",
+    "  pictavo-host blur PICTURE OUT [options]\n"
+    "      Blurs a picture by three boxes, clear surroundings left out.\n"
+    "      --radius R           in pixels, up to the smaller side; 10 by default\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunBlur};
+
+std::vector<SheetColumn> ShowBlur(Demo& demo) {
+  SheetColumn column = {"Blur", {}};
+  const i32 side = std::min(demo.background.width, demo.background.height);
+  for (const i32 part : {60, 20}) {
+    const f32 radius = static_cast<f32>(std::max(1, side / part));
+    column.pictures.push_back({Thumbnail(ShowBlurred(demo, "blur", demo.background, radius)),
+                               Format("radius %g", double{radius}),
+                               "slot 87",
+                               {"a photograph", ""}});
+  }
+  const f32 radius = static_cast<f32>(std::max(1, side / 10));
+  const Picture blurred = ShowBlurred(demo, "blur, cut-out", CutOut(demo.layer), radius);
+  Picture composed = demo.background;
+  demo.object->BlendOverPitched(composed.pixels.data(), blurred.pixels.data(), composed.width,
+                                composed.height, composed.pitch());
+  column.pictures.push_back({Thumbnail(composed),
+                             Format("cut-out, radius %g", double{radius}),
+                             "slot 87",
+                             {"clear black around it leaves", "no dark edge over a background"}});
+  return {column};
+}
+
+}  // namespace host
