@@ -308,7 +308,7 @@ TEST(MotionBlur, RefusesWhatItCannotDo) {
     MotionBlurParam param = good;
     change(from, to, param);
     DstSize(src, param);  // tells something for any motion
-    const u32 result = cpu::MotionBlur(8, &from, &to, &param);
+    const u32 result = cpu::MotionBlur(Levels().back(), &from, &to, &param);
     EXPECT_EQ(target.Contents(), Bytes(1600, 0)) << "a refused call wrote";
     return result;
   };
@@ -346,9 +346,10 @@ TEST(MotionBlur, RefusesWhatItCannotDo) {
                 PICTAVO_S_OK);
     }
   }
-  EXPECT_EQ(cpu::MotionBlur(8, nullptr, &dst.image, &good), PICTAVO_E_INVALIDARG);
-  EXPECT_EQ(cpu::MotionBlur(8, &src.image, nullptr, &good), PICTAVO_E_INVALIDARG);
-  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &dst.image, nullptr), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::MotionBlur(Levels().back(), nullptr, &dst.image, &good), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::MotionBlur(Levels().back(), &src.image, nullptr, &good), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::MotionBlur(Levels().back(), &src.image, &dst.image, nullptr),
+            PICTAVO_E_INVALIDARG);
   i32 x = 7;
   EXPECT_EQ(cpu::GetMotionBlurDstSize(&src.image, &dst.image, &good, &x, nullptr),
             PICTAVO_E_POINTER);
@@ -366,14 +367,14 @@ TEST(MotionBlur, CopiesWhatDoesNotMove) {
   Guarded small(5, 2, 20);
   small.Set(77);
   errno = 0;
-  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &small.image, &still), PICTAVO_S_OK);
+  EXPECT_EQ(cpu::MotionBlur(Levels().back(), &src.image, &small.image, &still), PICTAVO_S_OK);
   EXPECT_EQ(small.Contents(), Bytes(40, 0));
   EXPECT_EQ(errno, ERANGE);
   // No rows are no room, whatever the pitch.
   small.Set(77);
   small.image.height = -2;
   small.image.pitch = -20;
-  EXPECT_EQ(cpu::MotionBlur(8, &src.image, &small.image, &still), PICTAVO_S_OK);
+  EXPECT_EQ(cpu::MotionBlur(Levels().back(), &src.image, &small.image, &still), PICTAVO_S_OK);
   EXPECT_EQ(small.Contents(), Bytes(40, 77));
 }
 

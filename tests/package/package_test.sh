@@ -54,6 +54,8 @@ build "$sdk/samples/first_host" first_host -DCMAKE_EXE_LINKER_FLAGS=-static
 beside first_host/first_host.exe
 build "$sdk/samples/c" c
 [ "$(beside c/slots.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
+build "$sdk/samples/recipes" recipes -DCMAKE_EXE_LINKER_FLAGS=-static
+beside recipes/recipes.exe
 build "$sdk/samples/host" host
 beside host/pictavo-host.exe info | grep "^Built"
 
