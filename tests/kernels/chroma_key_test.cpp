@@ -18,7 +18,7 @@
 #include "short_memory.h"
 
 #ifdef _WIN32
-#include <windows.h>
+#include "debugger_listener.h"
 #endif
 
 namespace pictavo::test {
@@ -409,31 +409,13 @@ TEST(ParallelRows, RunsEachRowOnce) {
 
 #ifdef _WIN32
 
-std::vector<std::string> heard;
-
-/// Hears what is said to the debugger, which some systems pass on as narrow text.
-LONG CALLBACK Listen(EXCEPTION_POINTERS* exception) {
-  constexpr DWORD kNarrow = 0x40010006, kWide = 0x4001000A;
-  const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-  if (record.ExceptionCode == kWide) {
-    const std::wstring line(reinterpret_cast<const wchar_t*>(record.ExceptionInformation[1]));
-    heard.emplace_back();
-    for (const wchar_t c : line) heard.back() += static_cast<char>(c);
-  } else if (record.ExceptionCode == kNarrow) {
-    heard.emplace_back(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
-  } else {
-    return EXCEPTION_CONTINUE_SEARCH;
-  }
-  return EXCEPTION_CONTINUE_EXECUTION;
-}
-
 TEST(ChromaKey, TellsTheDebuggerHowLongItTook) {
   Bytes src(64), dst(64);
   const Keys keys(2, {0, 255, 0, 0, 30, 20});
-  void* const listener = AddVectoredExceptionHandler(1, Listen);
+  const DebuggerListener listener;
   Apply(Levels().back(), dst.data(), src.data(), 4, 4, keys, kBgra);
   Apply(0, dst.data(), src.data(), 4, 4, keys, kAyuv);
-  RemoveVectoredExceptionHandler(listener);
+  const std::vector<std::string>& heard = listener.heard();
   const std::string heads[] = {"_ApplyKeyARGB\\(0\\)", "_ApplyKeyARGB\\(1\\)", "_RunARGB",
                                "_ApplyKeyAYUV\\(0\\)", "_ApplyKeyAYUV\\(1\\)", "_RunAYUV"};
   ASSERT_EQ(heard.size(), std::size(heads));

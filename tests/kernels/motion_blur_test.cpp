@@ -14,6 +14,10 @@
 #include "guarded_memory.h"
 #include "pixels.h"
 
+#ifdef _WIN32
+#include "debugger_listener.h"
+#endif
+
 namespace pictavo::test {
 namespace {
 
@@ -263,6 +267,16 @@ TEST(MotionBlur, ZoomShrinksThePictureAboutItsCentre) {
   EXPECT_EQ(At(small, 10, 15), (Pixel{70, 90, 0, 255 / 4}));
 }
 
+TEST(MotionBlur, ZoomSeesAClearPixelInAnyColumn) {
+  Random random(4);
+  for (i32 x = 0; x < 30 && !HasFatalFailure(); ++x) {
+    Guarded src(30, 8, 120), dst(32, 10, 128);
+    src.Fill(kOpaque, random);
+    src.At(x, 4)[3] = 0;
+    ExpectBuildsAgree(src, &dst, {1, 30, 0, 0, 1.21f, 0, 0});  // two places
+  }
+}
+
 TEST(MotionBlur, SpinFollowsTheTangent) {
   Guarded src(60, 60, 240);
   for (i32 y = 0; y < 60; ++y)
@@ -377,6 +391,36 @@ TEST(MotionBlur, CopiesWhatDoesNotMove) {
   EXPECT_EQ(cpu::MotionBlur(Levels().back(), &src.image, &small.image, &still), PICTAVO_S_OK);
   EXPECT_EQ(small.Contents(), Bytes(40, 77));
 }
+
+#ifdef _WIN32
+
+TEST(MotionBlur, TellsTheDebuggerOfAnUnexpectedSize) {
+  const char kDirection[] =
+      "MotionBlurDirection : Warning !! The Dst buffer width or height is not the same as "
+      "expected.\n";
+  const char kScale[] =
+      "MotionBlurScale : Warning !! The Dst buffer width or height is not the same as expected.\n";
+  struct Case {
+    MotionBlurParam param;
+    std::vector<std::string> lines;
+  } const cases[] = {
+      {{1, 30, -9, 0, 1, 0, 0}, {kDirection}},
+      {{3, 90, 0, 9, 1, 0, 0}, {kDirection, kDirection}},  // longer than its size provides for
+      {{1, 30, 0, 0, 2, 0, 0}, {kScale}},
+      {{1, 30, 0, 0, 1, 0, 90}, {}},
+      {{0, 30, 0, 0, 1, 0, 0}, {}},
+  };
+  Guarded src(12, 8, 48);
+  for (const Case& c : cases) {
+    const DebuggerListener listener;
+    Blurred(src, c.param);
+    Guarded dst(30, 30, 120);
+    EXPECT_EQ(cpu::MotionBlur(0, &src.image, &dst.image, &c.param), PICTAVO_S_OK);
+    EXPECT_EQ(listener.heard(), c.lines);
+  }
+}
+
+#endif
 
 }  // namespace
 }  // namespace pictavo::test
