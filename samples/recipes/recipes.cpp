@@ -127,7 +127,7 @@ int TryAll(pictavo::Library& library) {
   const Frame white = Filled(64, 48, {255, 255, 255, 255});
   Frame frame = Filled(64, 48, {0, 0, 0, 255});
   FadeIn(library, frame, white, 0.5f);
-  if (!IsAt(frame, 5, 5, {128, 128, 128, 255})) return 1;
+  if (!IsAt(frame, 5, 5, {127, 127, 127, 255})) return 1;
 
   Frame background = Filled(64, 48, {200, 100, 50, 255});
   Frame subject = Filled(64, 48, {60, 180, 40, 255});
