@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "chain.h"
 #include "command_line.h"
 #include "commands.h"
 #include "operations.h"
@@ -160,5 +161,17 @@ const Command kBlendCommand = {
     "      --opacity N          opacity of the layer, 0 to 255\n"
     "      --backdrop AARRGGBB  colour to mix with instead of the background\n",
     RunBlend};
+
+const Effect kOverEffect = {
+    "over", 1, [](Parser& settings, Size size) -> Step {
+      return {size, false,
+              [background = OnWhite(
+                   Covering(ReadPicture(settings.Next("FILE of over")), size.width, size.height))](
+                  pictavo::IPictavo6* object, Picture* frame, Picture* result) {
+                result->pixels = background.pixels;
+                return object->BlendOverPitched(result->pixels.data(), frame->pixels.data(),
+                                                frame->width, frame->height, frame->pitch()) == 1;
+              }};
+    }};
 
 }  // namespace host

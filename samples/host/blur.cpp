@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "chain.h"
 #include "commands.h"
 #include "demo.h"
 
@@ -71,6 +72,16 @@ const Command kBlurCommand = {
     "      --radius R           in pixels, up to the smaller side; 10 by default\n"
     "      --level N            instruction-set level, 0 to the processor's\n",
     RunBlur};
+
+const Effect kBlurEffect = {
+    "blur", 1, [](Parser& settings, Size size) -> Step {
+      const f32 radius = settings.Real("RADIUS of blur");
+      if (radius <= 0 || radius > static_cast<f32>(std::min(size.width, size.height)))
+        throw UsageFailure("RADIUS of blur is above 0 and at most the frame's smaller side");
+      return {size, true, [=](pictavo::IPictavo6* object, Picture* frame, Picture*) {
+                return Blur(object, frame, radius);
+              }};
+    }};
 
 std::vector<SheetColumn> ShowBlur(Demo& demo) {
   SheetColumn column = {"Blur", {}};

@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 
+#include "chain.h"
 #include "commands.h"
 #include "demo.h"
 
@@ -29,15 +30,15 @@ Picture InFront(pictavo::IPictavo6* object, const Picture& keyed, Picture backgr
 }
 
 pictavo::ChromaKey ParseKey(Parser* parser) {
-  const u32 colour = parser->Hex("RRGGBB of --key", 6);
+  const u32 colour = parser->Hex("RRGGBB of the key", 6);
   constexpr i64 kFar = std::numeric_limits<i32>::max();
-  const i32 angle = parser->Integer("ANGLE of --key", -kFar, kFar);
+  const i32 angle = parser->Integer("ANGLE of the key", -kFar, kFar);
   return {static_cast<u8>(colour >> 16),
           static_cast<u8>(colour >> 8),
           static_cast<u8>(colour),
           0,
           angle,
-          parser->Integer("DENOISE of --key", -kFar, kFar)};
+          parser->Integer("DENOISE of the key", -kFar, kFar)};
 }
 
 int RunKey(pictavo::Library& library, const Arguments& arguments) {
@@ -125,6 +126,15 @@ const Command kKeyCommand = {
     "      --background FILE    lays the result over this picture\n"
     "      --level N            instruction-set level, 0 to the processor's\n",
     RunKey};
+
+const Effect kKeyEffect = {"key", 3, [](Parser& settings, Size size) -> Step {
+                             return {
+                                 size, false,
+                                 [keys = Keys{ParseKey(&settings)}](
+                                     pictavo::IPictavo6* object, Picture* frame, Picture* result) {
+                                   return Key(object, result, *frame, keys);
+                                 }};
+                           }};
 
 std::vector<SheetColumn> ShowChromaKey(Demo& demo) {
   const Picture source = OnGreenScreen(demo.layer);

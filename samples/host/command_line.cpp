@@ -1,5 +1,6 @@
 #include "command_line.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cwchar>
 
@@ -43,6 +44,16 @@ u32 Parser::Hex(const std::string& what, size_t digits) {
                               Utf8(text).c_str()));
   }
   return static_cast<u32>(std::wcstoul(text.c_str(), nullptr, 16));
+}
+
+Size Parser::Dimensions(const std::string& what) {
+  const std::wstring text = Next(what);
+  const size_t times = std::min(text.find(L'x'), text.size());
+  const Arguments sides = {text.substr(0, times), text.substr(std::min(times + 1, text.size()))};
+  constexpr i64 kMost = 1 << 20;
+  Parser parser(sides);
+  const i32 width = parser.Integer("the width in " + what, 1, kMost);
+  return {width, parser.Integer("the height in " + what, 1, kMost)};
 }
 
 }  // namespace host

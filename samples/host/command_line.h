@@ -25,6 +25,8 @@ class Parser {
   f32 Real(const std::string& what);
   /// Hexadecimal digits, two a byte.
   u32 Hex(const std::string& what, size_t digits);
+  /// For example 640x360.
+  Size Dimensions(const std::string& what);
 
  private:
   const Arguments& arguments_;

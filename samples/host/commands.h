@@ -20,7 +20,8 @@ struct Command {
 
 // The commands, each in its own file.
 extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kMotionBlurCommand,
-    kBlurCommand, kResizeCommand, kConvertCommand, kBorderCommand, kHistogramCommand, kDemoCommand;
+    kBlurCommand, kResizeCommand, kConvertCommand, kBorderCommand, kHistogramCommand,
+    kStreamCommand, kDemoCommand;
 
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "chain.h"
 #include "commands.h"
 #include "demo.h"
 #include "histogram.h"
@@ -241,6 +242,14 @@ const Command kBorderCommand = {
     "      Extends the edges by N pixels on every side.\n"
     "      --transparent        keeps the border clear; only its colours are the edges'\n",
     RunBorder};
+
+const Effect kConvertEffect = {
+    "convert", 1, [](Parser& settings, Size size) -> Step {
+      const Conversion& conversion = FindConversion(Utf8(settings.Next("NAME of convert")));
+      return {size, true, [&](IPictavo6* object, Picture* frame, Picture*) {
+                return conversion.convert(object, frame, *frame);
+              }};
+    }};
 
 std::vector<SheetColumn> ShowConversions(Demo& demo) {
   const Picture straight = SoftDisc(demo.background);

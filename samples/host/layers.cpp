@@ -1,6 +1,7 @@
 // Layer modes: pictavo-host layer, and the demo's part.
 #include <cstdio>
 
+#include "chain.h"
 #include "commands.h"
 #include "demo.h"
 
@@ -95,6 +96,19 @@ const Command kLayerCommand = {
     "      --shift X Y          samples the layer so far right and down, 0 to 1 (add cannot)\n"
     "      --level N            instruction-set level, 0 to the processor's\n",
     RunLayer};
+
+const Effect kLayerEffect = {
+    "layer", 3, [](Parser& settings, Size size) -> Step {
+      pictavo::BlendParam param = {};
+      param.mode = ModeNamed(Utf8(settings.Next("MODE of layer")));
+      param.opacity = static_cast<u32>(settings.Integer("OPACITY of layer", 0, 255));
+      return {size, true,
+              [param, layer = Covering(ReadPicture(settings.Next("FILE of layer")), size.width,
+                                       size.height)](pictavo::IPictavo6* object, Picture* frame,
+                                                     Picture*) {
+                return Lay(object, frame, layer, param);
+              }};
+    }};
 
 std::vector<SheetColumn> ShowLayers(Demo& demo) {
   const Picture layer = SoftDisc(demo.layer);

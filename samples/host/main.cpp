@@ -16,14 +16,11 @@
 namespace host {
 namespace {
 
-constexpr int kFailed = 1;
-constexpr int kMisused = 2;
-
 /// In the order in which the usage tells of them.
 const Command* const kCommands[] = {&kInfoCommand,      &kBlendCommand,      &kLayerCommand,
                                     &kKeyCommand,       &kMotionBlurCommand, &kBlurCommand,
                                     &kResizeCommand,    &kConvertCommand,    &kBorderCommand,
-                                    &kHistogramCommand, &kDemoCommand};
+                                    &kHistogramCommand, &kStreamCommand,     &kDemoCommand};
 
 /// For as long as it lives, the console shows UTF-8. Text reaches it as it is and in whole pieces:
 /// neither the C library nor the console puts a character together from single bytes.
@@ -104,7 +101,7 @@ int Run(const Arguments& arguments) {
   }
   if (arguments.empty()) {
     PrintUsage();
-    return kMisused;
+    return 2;
   }
   for (const Command* command : kCommands) {
     if (arguments[0] != command->name) continue;
@@ -121,13 +118,16 @@ int Main(const Arguments& arguments) {
     return Run(arguments);
   } catch (const UsageFailure& failure) {
     std::fprintf(stderr, "pictavo-host: %s; see pictavo-host --help\n", failure.what());
-    return kMisused;
+    return failure.exitCode();
+  } catch (const Failure& failure) {
+    std::fprintf(stderr, "pictavo-host: %s\n", failure.what());
+    return failure.exitCode();
   } catch (const std::bad_alloc&) {
     std::fputs("pictavo-host: memory is short for pictures of this size\n", stderr);
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "pictavo-host: %s\n", failure.what());
   }
-  return kFailed;
+  return 1;
 }
 
 }  // namespace

@@ -14,6 +14,10 @@ using pictavo::i64;
 using pictavo::u32;
 using pictavo::u8;
 
+struct Size {
+  i32 width, height;
+};
+
 struct Rect {
   i32 left, top, width, height;
 };

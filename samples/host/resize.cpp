@@ -1,7 +1,9 @@
 // Resizing: pictavo-host resize, and the demo's part.
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
+#include "chain.h"
 #include "commands.h"
 #include "demo.h"
 
@@ -56,20 +58,10 @@ const Method& FindMethod(const std::string& name) {
   throw UsageFailure("there is no method \"" + name + '"');
 }
 
-/// Takes a size apart, for example 640x360.
-Picture PictureOfSize(const std::wstring& size) {
-  const size_t times = std::min(size.find(L'x'), size.size());
-  const Arguments sides = {size.substr(0, times), size.substr(std::min(times + 1, size.size()))};
-  constexpr i64 kMost = 1 << 20;
-  Parser parser(sides);
-  const i32 width = parser.Integer("W of --size WxH", 1, kMost);
-  return Picture(width, parser.Integer("H of --size WxH", 1, kMost));
-}
-
 int RunResize(pictavo::Library& library, const Arguments& arguments) {
   Parser parser(arguments);
   std::vector<std::wstring> files;
-  std::wstring size;
+  std::optional<Size> size;
   const Method* method = nullptr;
   while (!parser.AtEnd()) {
     if (!parser.AtOption()) {
@@ -78,7 +70,7 @@ int RunResize(pictavo::Library& library, const Arguments& arguments) {
     }
     const std::string option = Utf8(parser.Next("an option"));
     if (option == "--size") {
-      size = parser.Next("WxH of --size");
+      size = parser.Dimensions("--size");
     } else if (option == "--method") {
       method = &FindMethod(Utf8(parser.Next("the name after --method")));
     } else if (option == "--level") {
@@ -88,8 +80,8 @@ int RunResize(pictavo::Library& library, const Arguments& arguments) {
     }
   }
   if (files.size() != 2) throw UsageFailure("resize takes two files, PICTURE OUT");
-  if (size.empty() || method == nullptr) throw UsageFailure("resize needs --size and --method");
-  Picture resized = PictureOfSize(size);
+  if (!size || method == nullptr) throw UsageFailure("resize needs --size and --method");
+  Picture resized(size->width, size->height);
   const Picture picture = ReadPicture(files[0]);
   if (method->resize(library.get(), &resized, picture) != pictavo::PICTAVO_S_OK) {
     throw Failure("the library refused to resize the picture");
@@ -122,6 +114,16 @@ const Command kResizeCommand = {
     "      box                  the mean of sixteen samples\n"
     "      box-weighted         the same, weighted by alpha\n",
     RunResize};
+
+const Effect kResizeEffect = {
+    "resize", 2, [](Parser& settings, Size) -> Step {
+      const Size size = settings.Dimensions("resize");
+      const Method& method =
+          FindMethod(settings.AtEnd() ? "bilinear16" : Utf8(settings.Next("METHOD of resize")));
+      return {size, false, [&](pictavo::IPictavo6* object, Picture* frame, Picture* result) {
+                return method.resize(object, result, *frame) == pictavo::PICTAVO_S_OK;
+              }};
+    }};
 
 std::vector<SheetColumn> ShowResizing(Demo& demo) {
   constexpr i32 kWidth = 360, kHeight = 240;

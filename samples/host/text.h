@@ -27,16 +27,21 @@ HOST_CHECK_FORMAT std::string Format(const char* format, ...);
 /// What Windows says about one of its error codes or HRESULTs, or the code's number.
 std::string SystemMessage(HRESULT code);
 
-/// What keeps a command from its work, as one line for the user.
+/// What keeps a command from its work, as one line for the user, and the program's exit code.
 class Failure : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit Failure(const std::string& what, int exitCode = 1)
+      : std::runtime_error(what), exitCode_(exitCode) {}
+  int exitCode() const { return exitCode_; }
+
+ private:
+  int exitCode_;
 };
 
 /// A misused command line.
 class UsageFailure : public Failure {
  public:
-  using Failure::Failure;
+  explicit UsageFailure(const std::string& what, int exitCode = 2) : Failure(what, exitCode) {}
 };
 
 /// One line on the error stream that tells how far long work is. Stays away when the work is short

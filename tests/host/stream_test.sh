@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Runs raw frames through pictavo-host stream.
+#   stream_test.sh SOURCE-DIR PROGRAM.exe
+set -uo pipefail
+host() { "$source/scripts/wine.sh" "$program" stream "$@" 2>"$work/errors"; }
+fail() { echo "FAILED: $*" >&2; cat "$work/errors" >&2; exit 1; }
+source=$1 program=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Forty frames of 64 x 48 pixels, each of a grey of its own.
+for grey in $(seq 101 140); do
+  head -c 12288 /dev/zero | tr '\0' "\\$(printf %o "$grey")"
+done > "$work/frames"
+
+for threads in 1 5; do
+  host --size 64x48 --threads $threads 'blur=3 | convert=grey' < "$work/frames" > "$work/out" ||
+    fail "a plain chain"
+  # A grey pixel's mean is itself; only alpha may differ, so look at every fourth byte.
+  cmp <(od -An -v -tu1 -w4 "$work/frames" | awk '{print $1}') \
+    <(od -An -v -tu1 -w4 "$work/out" | awk '{print $1}') || fail "the order of $threads threads"
+done
+host --size 64x48 'resize=32x24:box|resize=16x12' < "$work/frames" | wc -c | grep -qx $((40 * 16 * 12 * 4)) ||
+  fail "the size of resized frames"
+host --size 64x48 '' < /dev/null | wc -c | grep -qx 0 || fail "no frames"
+
+expect() {  # EXIT-CODE MESSAGE ARGUMENTS; the frames end in the middle of the tenth
+  head -c 120000 "$work/frames" | host "${@:3}" > "$work/out"
+  local got=$?
+  [ $got -eq "$1" ] || fail "exit code $got for: ${*:3}"
+  grep -q "$2" "$work/errors" || fail "the message for: ${*:3}"
+}
+expect 5 "short: 9408 of 12288" --size 64x48 blur=2
+[ "$(wc -c < "$work/out")" -eq $((9 * 12288)) ] || fail "frames before a short one"
+expect 3 "width" --size 0x48 blur=2
+expect 3 "needs the size" blur=2
+expect 4 '"blurr"' --size 64x48 'blurr=2'
+expect 4 '""' --size 64x48 'blur=2 | '
+expect 2 "DENOISE" --size 64x48 key=00FF00:30
+expect 2 "smaller side" --size 64x48 blur=49
+expect 1 "cannot read" --size 64x48 over=nothing.png
+
+for _ in {1..50}; do cat "$work/frames"; done | { host --size 64x48 blur=2; echo $? > "$work/code"; } | head -c 1 > "$work/out"
+[ "$(cat "$work/code")" -eq 6 ] || fail "a closed pipe gives $(cat "$work/code")"
+grep -q "nobody takes" "$work/errors" || fail "the message for a closed pipe"
