@@ -1,0 +1,288 @@
+// The kernels as frei0r effects. frei0r has one effect a plug-in: this source is compiled once for
+// each row of kEffects, with the row's name as PICTAVO_EFFECT.
+extern "C" {
+#pragma GCC visibility push(default)
+#include <frei0r.h>
+#pragma GCC visibility pop
+}
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <new>
+#include <string_view>
+#include <vector>
+
+#include "chromakey/chroma_key_fx.h"
+#include "cpu/blend.h"
+#include "cpu/blur.h"
+#include "cpu/convert.h"
+#include "cpu/draw.h"
+#include "cpu/motion_blur.h"
+#include "cpu/resize.h"
+
+namespace {
+
+using namespace pictavo;
+
+/// One instance of the effect. Its frames are packed BGRA, as the kernels take them.
+struct Instance {
+  i32 width, height;
+  std::array<double, 3> numbers;  // of its parameters, 0 to 1
+  f0r_param_color_t colour;
+
+  i32 pitch() const { return 4 * width; }
+  size_t bytes() const {
+    return size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height);
+  }
+  double Number(int index, double most) const {
+    return most * std::clamp(numbers[static_cast<size_t>(index)], 0.0, 1.0);
+  }
+  ImageDesc Describe(const u8* pixels) const {
+    ImageDesc image = {};
+    image.data = const_cast<u8*>(pixels);
+    image.width = image.bufferWidth = width;
+    image.height = image.bufferHeight = height;
+    image.pitch = pitch();
+    image.bytesPerPixel = 4;
+    return image;
+  }
+  u8 Channel(float value) const {
+    return static_cast<u8>(std::clamp(value, 0.f, 1.f) * 255 + 0.5f);
+  }
+  u32 Argb() const {
+    return 0xFF000000u | static_cast<u32>(Channel(colour.r) << 16 | Channel(colour.g) << 8) |
+           Channel(colour.b);
+  }
+};
+
+i32 Level() {
+  if (__builtin_cpu_supports("avx2")) return 8;
+  if (__builtin_cpu_supports("sse4.1")) return 6;
+  return 3;
+}
+
+/// The blurred picture is larger than its source; the frame shows the part where the source is.
+bool BlurMotion(const Instance& frame, const u8* in, u8* out, const MotionBlurParam& param) {
+  const ImageDesc src = frame.Describe(in);
+  ImageDesc dst = {};
+  i32 left = 0, top = 0;
+  if (cpu::GetMotionBlurDstSize(&src, &dst, &param, &left, &top) != PICTAVO_S_OK) return false;
+  const size_t pitch = static_cast<size_t>(dst.pitch);
+  std::vector<u8> room(pitch * static_cast<size_t>(dst.height));
+  dst.data = room.data();
+  if (cpu::MotionBlur(Level(), &src, &dst, &param) != PICTAVO_S_OK) return false;
+  // A spin of a narrow frame may need less room than the frame.
+  const i32 columns = std::min(frame.width, dst.width + left);
+  for (i32 y = 0; y < std::min(frame.height, dst.height + top); ++y) {
+    const u8* row = &room[static_cast<size_t>(y - top) * pitch] - 4 * std::min(left, 0);
+    std::memcpy(out + y * frame.pitch(), row, static_cast<size_t>(4 * columns));
+  }
+  return true;
+}
+
+bool Key(const Instance& frame, const u8* in, u8* out) {
+  const ImageDesc src = frame.Describe(in);
+  ImageDesc dst = frame.Describe(out);
+  const ChromaKey key = {
+      frame.Channel(frame.colour.r),          frame.Channel(frame.colour.g),
+      frame.Channel(frame.colour.b),          0,
+      static_cast<i32>(frame.Number(0, 180)), static_cast<i32>(frame.Number(1, 255))};
+  constexpr i32 kBgra = 1;
+  return chromakey::ApplyChromaKey(Level(), &src, &dst, &key, 1, kBgra) == PICTAVO_S_OK;
+}
+
+/// Blocks of one colour: shrunk to a pixel a block, and back.
+bool Mosaic(const Instance& frame, const u8* in, u8* out) {
+  const i32 side = 1 + static_cast<i32>(frame.Number(0, 99));
+  const i32 columns = (frame.width + side - 1) / side, rows = (frame.height + side - 1) / side;
+  std::vector<u32> blocks(static_cast<size_t>(columns) * static_cast<size_t>(rows));
+  return cpu::ResizeBox16(reinterpret_cast<u8*>(blocks.data()), columns, rows, 4 * columns, in,
+                          frame.width, frame.height, frame.pitch()) == PICTAVO_S_OK &&
+         cpu::ResizeNearest32(reinterpret_cast<u32*>(out), frame.width, frame.height, frame.pitch(),
+                              blocks.data(), columns, rows, 4 * columns) == PICTAVO_S_OK;
+}
+
+struct Effect {
+  const char* name;
+  const char* explanation;
+  std::vector<f0r_param_info_t> parameters;
+  std::array<double, 3> defaults;
+  f0r_param_color_t colour;
+  /// `out` holds the frame before. False leaves the frame as it was.
+  bool (*run)(const Instance& frame, const u8* in, u8* out);
+};
+
+constexpr int kNumber = F0R_PARAM_DOUBLE, kColour = F0R_PARAM_COLOR;
+
+const Effect kEffects[] = {
+    {"blur",
+     "Three box blurs, clear surroundings left out",
+     {{"radius", kNumber, "0 to 1 for 0 to 100 pixels"}},
+     {0.05},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       return cpu::GaussianBlurBox3(Level(), out, f.width, f.height, f.pitch(),
+                                    static_cast<f32>(f.Number(0, 100))) == PICTAVO_S_OK;
+     }},
+    {"direction",
+     "Motion blur along a line",
+     {{"right", kNumber, "0 to 1 for 0 to 100 pixels"}, {"down", kNumber, "the same"}},
+     {0.2, 0.1},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       return BlurMotion(f, in, out,
+                         {1, 101, static_cast<f32>(f.Number(0, 100)),
+                          static_cast<f32>(f.Number(1, 100)), 1, 0, 0});
+     }},
+    {"fade",
+     "Fades to a colour",
+     {{"colour", kColour, "to fade to"}, {"opacity", kNumber, "what stays of the frame"}},
+     {0, 0.5},
+     {0, 0, 0},
+     [](const Instance& f, const u8* in, u8* out) {
+       return cpu::BlendOverWithOpacity(Level(), out, in, f.width, f.height, f.pitch(), f.pitch(),
+                                        static_cast<u8>(f.Number(1, 255)),
+                                        f.Argb()) == PICTAVO_S_OK;
+     }},
+    {"grey",
+     "The mean of the colours",
+     {},
+     {},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       return cpu::ConvertBGRAToGray(Level(), in, f.width, f.height, f.pitch(),
+                                     reinterpret_cast<u32*>(out), f.pitch()) == PICTAVO_S_OK;
+     }},
+    {"key",
+     "Chroma key",
+     {{"angle", kNumber, "0 to 1 for hues 0 to 180 degrees off"},
+      {"denoise", kNumber, "0 to 1 for a distance of 0 to 255"},
+      {"colour", kColour, "to become clear"}},
+     {0.2, 0.1},
+     {0, 0.69f, 0.25f},
+     Key},
+    {"mosaic",
+     "Blocks of one colour",
+     {{"side", kNumber, "0 to 1 for 1 to 100 pixels"}},
+     {0.15},
+     {},
+     Mosaic},
+    {"outline",
+     "A line of one pixel inside the frame's edge",
+     {{"colour", kColour, "of the line"}},
+     {},
+     {1, 1, 1},
+     [](const Instance& f, const u8*, u8* out) {
+       const i32 rect[] = {0, 0, f.width - 1, f.height - 1};
+       return cpu::DrawRectOutline(reinterpret_cast<u32*>(out), static_cast<u32>(f.pitch()), rect,
+                                   f.Argb()) == PICTAVO_S_OK;
+     }},
+    {"premultiply",
+     "Straight alpha to premultiplied",
+     {},
+     {},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       return cpu::PremultiplyPacked(Level(), out, f.width, f.height) == 1;
+     }},
+    {"spin",
+     "Motion blur around the middle",
+     {{"angle", kNumber, "0 to 1 for 0 to 90 degrees"}},
+     {0.05},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       return BlurMotion(f, in, out, {1, 30, 0, 0, 1, 0, static_cast<f32>(f.Number(0, 90))});
+     }},
+    {"unpremultiply",
+     "Premultiplied alpha to straight",
+     {},
+     {},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       return cpu::UnpremultiplyPacked(Level(), out, f.width, f.height) == 1;
+     }},
+    {"yuva",
+     "BGRA to V, U, Y, A",
+     {},
+     {},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       return cpu::ConvertBGRAToYUVA(Level(), in, static_cast<u32>(f.width), f.height, f.pitch(),
+                                     out, f.pitch()) == PICTAVO_S_OK;
+     }},
+    {"zoom",
+     "Motion blur towards the middle",
+     {{"zoom", kNumber, "0 to 1 for factors 1 to 2"}},
+     {0.1},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       return BlurMotion(f, in, out, {1, 30, 0, 0, static_cast<f32>(1 + f.Number(0, 1)), 0, 0});
+     }},
+};
+
+const Effect& kEffect =
+    *std::find_if(std::begin(kEffects), std::end(kEffects),
+                  [](const Effect& e) { return std::string_view(e.name) == PICTAVO_EFFECT; });
+
+}  // namespace
+
+extern "C" {
+
+int f0r_init() { return 1; }
+void f0r_deinit() {}
+
+void f0r_get_plugin_info(f0r_plugin_info_t* info) {
+  *info = {"pictavo " PICTAVO_EFFECT,
+           "Pictavo",
+           F0R_PLUGIN_TYPE_FILTER,
+           F0R_COLOR_MODEL_BGRA8888,
+           FREI0R_MAJOR_VERSION,
+           PICTAVO_MAJOR,
+           PICTAVO_MINOR,
+           static_cast<int>(kEffect.parameters.size()),
+           kEffect.explanation};
+}
+
+void f0r_get_param_info(f0r_param_info_t* info, int index) {
+  *info = kEffect.parameters[static_cast<size_t>(index)];
+}
+
+f0r_instance_t f0r_construct(unsigned int width, unsigned int height) {
+  return new (std::nothrow)
+      Instance{static_cast<i32>(width), static_cast<i32>(height), kEffect.defaults, kEffect.colour};
+}
+
+void f0r_destruct(f0r_instance_t instance) { delete static_cast<Instance*>(instance); }
+
+void f0r_set_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
+  auto& frame = *static_cast<Instance*>(instance);
+  if (kEffect.parameters[static_cast<size_t>(index)].type == kColour) {
+    frame.colour = *static_cast<f0r_param_color_t*>(value);
+  } else {
+    frame.numbers[static_cast<size_t>(index)] = *static_cast<double*>(value);
+  }
+}
+
+void f0r_get_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
+  const auto& frame = *static_cast<Instance*>(instance);
+  if (kEffect.parameters[static_cast<size_t>(index)].type == kColour) {
+    *static_cast<f0r_param_color_t*>(value) = frame.colour;
+  } else {
+    *static_cast<double*>(value) = frame.numbers[static_cast<size_t>(index)];
+  }
+}
+
+void f0r_update(f0r_instance_t instance, double /*time*/, const uint32_t* in, uint32_t* out) {
+  const auto& frame = *static_cast<Instance*>(instance);
+  std::memcpy(out, in, frame.bytes());
+  bool done = false;
+  try {
+    done = kEffect.run(frame, reinterpret_cast<const u8*>(in), reinterpret_cast<u8*>(out));
+  } catch (const std::bad_alloc&) {
+  }
+  if (!done) std::memcpy(out, in, frame.bytes());
+}
+
+}  // extern "C"
