@@ -11,6 +11,7 @@ packages=(
   clang-format pkg-config
   googletest libbenchmark-dev            # tests and benchmarks
   qemu-user                              # modelled old processors
+  doxygen                                # the API reference
   frei0r-plugins-dev ffmpeg              # the sample plug-ins, and a program that loads them
 )
 

@@ -1,42 +1,44 @@
-// Pictavo: image processing for video-editing hosts on 64-bit Windows.
-//
-// This header is the whole contract between a host and Pictavo.dll: the interface chain IPictavo to
-// IPictavo6 (one table of 111 methods), the records the methods take, the result codes and the
-// exports. It needs nothing but <stddef.h> and <stdint.h> and compiles as C++17 or later with any
-// compiler that follows the platform's calling convention.
-//
-// What holds for every method unless its own comment says otherwise:
-//
-// - Pixels. A 32-bit pixel is four bytes in memory, blue, green, red, alpha (0xAARRGGBB as a
-//   little-endian word). Alpha is straight unless a method says premultiplied.
-// - Buffers. A pointer to the first byte of the top row, width and height in pixels, pitch in bytes
-//   from the start of one row to the start of the next. "Packed" buffers take no pitch: their
-//   pixels are contiguous. No alignment is asked for. Nothing outside the described rows is read or
-//   written; a pitch may be negative (rows run upwards from the pointer) where no check refuses it.
-// - Aliasing. Source and destination may be the same picture at the same place; any other overlap
-//   gives pixels that depend on the instruction-set level.
-// - Ownership. Pictures, records and arrays stay the host's. Nothing is kept between calls.
-// - Resizing. Rows follow their pitches literally: those of a source may share bytes or run
-// upwards,
-//   those of a destination are written in order, a later one over an earlier. Source and
-//   destination must not overlap, or the pixels depend on the level. Positions have 16.16 bits
-//   where a comment says so; a source wider or higher than 32767 is then refused with
-//   PICTAVO_E_INVALIDARG.
-// - Flip. A non-zero flip reads the source bottom-up; a destination is always written top-down.
-// - Opacity ramp. Two floats fade a picture from its top row to its bottom row: row r of h uses the
-//   factor r / h * (end - start) + start in single precision. Factors are not clamped. A product
-//   with one that does not fit 32 bits, or is not a number, counts as the most negative integer.
-// - Results. A method whose result is called a status returns 1 for success and 0 for bad
-//   arguments; every other u32 result is one of the PICTAVO_ codes below. A refused call writes
-//   nothing. No exception leaves a method.
-// - Levels. A method runs the fastest build that the object's instruction-set level allows. The
-//   portable build (below level 3) is the reference; every other build gives its bytes except where
-//   the method's comment states a difference.
-// - Threads. Methods may be called from several threads at once on one object, as long as no
-//   picture being written is used by another call. Creating and releasing are the host's to order:
-//   no call may overlap the release of its object.
-// - Not built. A method marked so, or called Reserved, touches nothing and returns
-//   PICTAVO_E_NOTIMPL whatever it is given, so that a host can fall back.
+/// @file
+/// Pictavo: image processing for video-editing hosts on 64-bit Windows.
+///
+/// This header is the whole contract between a host and Pictavo.dll: the interface chain IPictavo
+/// to IPictavo6 (one table of 111 methods), the records the methods take, the result codes and the
+/// exports. It needs nothing but <stddef.h> and <stdint.h> and compiles as C++17 or later with any
+/// compiler that follows the platform's calling convention.
+///
+/// What holds for every method unless its own comment says otherwise:
+///
+/// - Pixels. A 32-bit pixel is four bytes in memory, blue, green, red, alpha (0xAARRGGBB as a
+///   little-endian word). Alpha is straight unless a method says premultiplied.
+/// - Buffers. A pointer to the first byte of the top row, width and height in pixels, pitch in
+///   bytes from the start of one row to the start of the next. "Packed" buffers take no pitch:
+///   their pixels are contiguous. No alignment is asked for. Nothing outside the described rows is
+///   read or written; a pitch may be negative (rows run upwards from the pointer) where no check
+///   refuses it.
+/// - Aliasing. Source and destination may be the same picture at the same place; any other overlap
+///   gives pixels that depend on the instruction-set level.
+/// - Ownership. Pictures, records and arrays stay the host's. Nothing is kept between calls.
+/// - Resizing. Rows follow their pitches literally: those of a source may share bytes or run
+///   upwards, those of a destination are written in order, a later one over an earlier. Source and
+///   destination must not overlap, or the pixels depend on the level. Positions have 16.16 bits
+///   where a comment says so; a source wider or higher than 32767 is then refused with
+///   PICTAVO_E_INVALIDARG.
+/// - Flip. A non-zero flip reads the source bottom-up; a destination is always written top-down.
+/// - Opacity ramp. Two floats fade a picture from its top row to its bottom row: row r of h uses
+///   the factor r / h * (end - start) + start in single precision. Factors are not clamped. A
+///   product with one that does not fit 32 bits, or is not a number, counts as the most negative
+///   integer.
+/// - Results. A method whose result is called a status returns 1 for success and 0 for bad
+///   arguments; every other u32 result is one of the PICTAVO_ codes below. A refused call writes
+///   nothing. No exception leaves a method.
+/// - Levels. A method runs the fastest build that the object's instruction-set level allows. The
+///   portable build (below level 3) is the reference; every other build gives its bytes except
+///   where the method's comment states a difference.
+/// - Threads. Methods may be called from several threads at once on one object, as long as no
+///   picture being written is used by another call. Creating and releasing are the host's to order:
+///   no call may overlap the release of its object.
+/// - Not built. A method marked so, or called Reserved, touches nothing and returns
+///   PICTAVO_E_NOTIMPL whatever it is given, so that a host can fall back.
 #ifndef PICTAVO_PICTAVO_H_
 #define PICTAVO_PICTAVO_H_
 
@@ -44,6 +46,7 @@
 #include <stdint.h>
 
 #if defined(_WIN32) && !defined(PICTAVO_BUILDING)
+/// Marks the DLL's exports for hosts that link it.
 #define PICTAVO_API __declspec(dllimport)
 #else
 #define PICTAVO_API
@@ -51,11 +54,11 @@
 
 namespace pictavo {
 
-using u8 = uint8_t;
-using i32 = int32_t;
-using u32 = uint32_t;
-using i64 = int64_t;
-using f32 = float;
+using u8 = uint8_t;    ///< a byte
+using i32 = int32_t;   ///< a size, a coordinate or a number
+using u32 = uint32_t;  ///< a result code, a colour or a count
+using i64 = int64_t;   ///< a number that needs 64 bits
+using f32 = float;     ///< a factor
 
 /// @name Result codes
 /// The values of the platform's HRESULTs of the same names.
@@ -770,28 +773,35 @@ inline constexpr u32 PICTAVO_METHOD_COUNT = 111;
 
 }  // namespace pictavo
 
-/// @name Exports of Pictavo.dll
-/// The six create functions are one, and so are the six release functions: ask for the newest
-/// interface that your host was built with.
-///
-/// Create returns a new, independent object, or null when memory is short. The host owns it and
-/// gives it back through any release function, which ignores null and always returns 0.
-/// Thread-safe; a release must not overlap any call on the same object.
-/// @{
 extern "C" {
+
+/// @name Create
+/// @{
+
+/// Returns a new, independent object, or null when memory is short. The six create functions are
+/// one: ask for the newest interface that your host was built with. The host owns the object and
+/// gives it back through any release function. Thread-safe.
 PICTAVO_API pictavo::IPictavo* GetPictavo();
 PICTAVO_API pictavo::IPictavo2* GetPictavo2();
 PICTAVO_API pictavo::IPictavo3* GetPictavo3();
 PICTAVO_API pictavo::IPictavo4* GetPictavo4();
 PICTAVO_API pictavo::IPictavo5* GetPictavo5();
 PICTAVO_API pictavo::IPictavo6* GetPictavo6();
+/// @}
+
+/// @name Release
+/// @{
+
+/// Destroys an object. Ignores null and always returns 0. The six release functions are one.
+/// Thread-safe; a release must not overlap any call on the same object.
 PICTAVO_API int32_t ReleasePictavo(pictavo::IPictavo* object);
 PICTAVO_API int32_t ReleasePictavo2(pictavo::IPictavo2* object);
 PICTAVO_API int32_t ReleasePictavo3(pictavo::IPictavo3* object);
 PICTAVO_API int32_t ReleasePictavo4(pictavo::IPictavo4* object);
 PICTAVO_API int32_t ReleasePictavo5(pictavo::IPictavo5* object);
 PICTAVO_API int32_t ReleasePictavo6(pictavo::IPictavo6* object);
-}
 /// @}
+
+}  // extern "C"
 
 #endif  // PICTAVO_PICTAVO_H_

@@ -1,10 +1,11 @@
-// A loader for hosts on Windows: opens Pictavo.dll at run time and owns its object.
-//
-//   pictavo::Library library;  // or Library(LR"(C:\Program Files\Editor\Pictavo.dll)")
-//   if (!library) return Report(library.errorText(), library.systemError());
-//   library->BlendOverPitched(frame, title, width, height, pitch);
-//
-// Header only; compiles as C++17 or later and needs no import library.
+/// @file
+/// A loader for hosts on Windows: opens Pictavo.dll at run time and owns its object.
+///
+///   pictavo::Library library;  // or Library(LR"(C:\Program Files\Editor\Pictavo.dll)")
+///   if (!library) return Report(library.errorText(), library.systemError());
+///   library->BlendOverPitched(frame, title, width, height, pitch);
+///
+/// Header only; compiles as C++17 or later and needs no import library.
 #ifndef PICTAVO_PICTAVO_HOST_H_
 #define PICTAVO_PICTAVO_HOST_H_
 
@@ -79,6 +80,7 @@ class Library {
   /// stays this Library's.
   HMODULE module() const noexcept { return module_; }
 
+  /// Why there is no object.
   LoadError error() const noexcept { return error_; }
 
   /// The system's code for moduleNotFound and entryMissing, as GetLastError gave it, else 0.

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Builds the API reference and the guides into build/docs/html, with pictures that the sample host
+# makes from photographs. A warning is an error.
+#   scripts/docs.sh [PICTAVO-HOST.EXE]     without it, sets up and builds one
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+export LC_ALL=C.UTF-8
+
+host=${1:-build/windows/bin/pictavo-host.exe}
+if [ $# -eq 0 ]; then
+  scripts/setup.sh
+  cmake --preset windows >/dev/null
+  cmake --build --preset windows --target pictavo_host
+fi
+host=$(realpath "$host") wine=$PWD/scripts/wine.sh
+mkdir -p build/docs/pictures
+[ -f out/pictures/china.jpg ] || scripts/pictures.sh out/pictures >/dev/null
+
+page=$PWD/docs/effects.md photographs=$PWD/out/pictures
+(
+  cd build/docs/pictures
+  "$wine" "$host" resize "Z:$photographs/china.jpg" background.png --size 480x320 --method box
+  "$wine" "$host" resize "Z:$photographs/flower.jpg" layer.png --size 480x320 --method box
+  # The page's own commands, in its order.
+  sed -n 's/.*<br>`\(.*\)` |.*/\1/p' "$page" | while read -ra arguments; do
+    "$wine" "$host" "${arguments[@]}" </dev/null
+  done
+) >/dev/null
+
+PICTAVO_VERSION=$(sed -n 's/^project(Pictavo VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
+echo "$PWD/build/docs/html/index.html"

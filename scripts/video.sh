@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# Runs a clip through pictavo-host stream and through the frei0r effects, into out/video, and
+# times effects on 1080p frames beside the same effects of ffmpeg's own.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+export LC_ALL=C.UTF-8
+
+scripts/setup.sh
+cmake --preset windows >/dev/null
+cmake --build --preset windows --target pictavo_host
+cmake --preset native >/dev/null
+cmake --build --preset native
+mkdir -p out/video
+[ -f out/pictures/flower.jpg ] || scripts/pictures.sh out/pictures >/dev/null
+cd out/video
+background=../pictures/china.jpg
+frames=48
+raw=(-f rawvideo -pix_fmt bgra -video_size 1920x1080 -framerate 24)
+
+# A flower that moves in front of a green screen.
+ffmpeg -v error -y -f lavfi -i color=0x00B140:size=1920x1080:rate=24 -loop 1 -r 24 -i ../pictures/flower.jpg \
+  -filter_complex "[1]scale=800:-1[f];[0][f]overlay=x=200+240*t:y='200+80*sin(t*3)',noise=alls=4:allf=t" \
+  -frames:v $frames -f rawvideo -pix_fmt bgra clip.raw
+
+stream() { ../../scripts/wine.sh ../../build/windows/bin/pictavo-host.exe stream --size 1920x1080 "$@"; }
+stream "key=00B140:40:30 | over=$background | resize=1280x720 | blur=1" < clip.raw |
+  ffmpeg -v error -y -f rawvideo -pix_fmt bgra -video_size 1280x720 -framerate 24 -i - keyed.mp4
+FREI0R_PATH=../../build/native/frei0r ffmpeg -v error -y "${raw[@]}" -i clip.raw \
+  -vf "frei0r=filter_name=pictavo_direction:filter_params=0.4|0.2,scale=1280:720" moved.mp4
+
+echo
+echo "Frames per second at 1080p through pipes, start of the program left out"
+# The time of many frames without that of a few.
+pace() {  # COMMAND…
+  local few many
+  few=$(seconds 1 "$@") many=$(seconds 5 "$@")
+  awk -v few="$few" -v many="$many" -v n=$((4 * frames)) 'BEGIN { printf "%.1f", n / (many - few) }'
+}
+seconds() {  # TIMES COMMAND…: feeds the clip so many times
+  local start
+  start=$(date +%s.%N)
+  for _ in $(seq "$1"); do cat clip.raw; done | "${@:2}" 2>/dev/null | cat >/dev/null
+  awk -v start="$start" -v end="$(date +%s.%N)" 'BEGIN { print end - start }'
+}
+peer() { ffmpeg -v error "${raw[@]}" -i - "$@" -f rawvideo -pix_fmt bgra -; }
+row() {  # CHAIN NAME FFMPEG-ARGUMENTS
+  printf '| `%s` | %s | %s | `%s` |\n' "$1" "$(pace stream "$1")" "$(pace peer "${@:3}")" "$2"
+}
+echo "| effect | pictavo-host stream | ffmpeg | its filter |"
+echo "|---|---|---|---|"
+row "" "none" -vf null
+row "key=00B140:40:30" chromakey -vf chromakey=0x00B140:0.15:0.05
+row "over=$background" overlay -i "$background" -filter_complex \
+  "[1]scale=1920:1080,format=bgra[b];[b][0]overlay=format=rgb:shortest=0:eof_action=endall"
+row "resize=1280x720" "scale, bilinear" -vf scale=1280:720:flags=bilinear
+row "blur=10" "gblur, sigma 10 / 3" -vf gblur=sigma=3.33
+rm clip.raw
