@@ -31,7 +31,7 @@ endif()
 
 if(PICTAVO_SANITIZE)
   target_compile_options(pictavo_flags INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=address,undefined,fuzzer-no-link -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(pictavo_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
