@@ -82,6 +82,21 @@ inline constexpr i32 PICTAVO_LEVEL_SSE4_1 = 6;    ///< … with SSE4.1
 inline constexpr i32 PICTAVO_LEVEL_AVX2 = 8;      ///< 256-bit integer code
 /// @}
 
+/// @name Colour spaces
+/// What slots 88 to 92 convert RGB to and from: a model, for YUV a matrix (for the others 0), and
+/// the range of the numbers.
+/// @{
+inline constexpr u32 PICTAVO_COLOR_YUV = 0;      ///< luma and two colour differences
+inline constexpr u32 PICTAVO_COLOR_HSV = 1;      ///< hue, saturation, value
+inline constexpr u32 PICTAVO_COLOR_HSL = 2;      ///< hue, saturation, lightness
+inline constexpr u32 PICTAVO_MATRIX_BT601 = 0;   ///< ITU-R BT.601: standard definition
+inline constexpr u32 PICTAVO_MATRIX_BT709 = 1;   ///< ITU-R BT.709: high definition
+inline constexpr u32 PICTAVO_MATRIX_BT2020 = 2;  ///< ITU-R BT.2020, non-constant luminance
+inline constexpr u32 PICTAVO_RANGE_LIMITED = 0;  ///< YUV: Y 16 … 235, U and V 16 … 240
+inline constexpr u32 PICTAVO_RANGE_FULL = 1;     ///< 0 … 255; 256 hues to a turn
+inline constexpr u32 PICTAVO_RANGE_DEGREES = 2;  ///< single colours with a hue: 360 to a turn
+/// @}
+
 /// Value of ImageDesc::memoryKind for a picture that is a Direct3D 11 texture.
 inline constexpr u32 PICTAVO_MEMORY_D3D11_TEXTURE = 3;
 

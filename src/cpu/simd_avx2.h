@@ -38,6 +38,8 @@ inline V SubSaturated8(V a, V b) { return {_mm256_subs_epu8(a.v, b.v)}; }
 inline V SubSaturated16(V a, V b) { return {_mm256_subs_epu16(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm256_min_epu8(a.v, b.v)}; }
 inline V Max8(V a, V b) { return {_mm256_max_epu8(a.v, b.v)}; }
+inline V Min16(V a, V b) { return {_mm256_min_epi16(a.v, b.v)}; }
+inline V Max16(V a, V b) { return {_mm256_max_epi16(a.v, b.v)}; }
 inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm256_add_epi32(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
@@ -50,6 +52,7 @@ inline V ShiftLeft16(V a, int bits) { return {_mm256_slli_epi16(a.v, bits)}; }
 inline V ShiftRight16(V a, int bits) { return {_mm256_srli_epi16(a.v, bits)}; }
 inline V ShiftLeft32(V a, int bits) { return {_mm256_slli_epi32(a.v, bits)}; }
 inline V ShiftRight32(V a, int bits) { return {_mm256_srli_epi32(a.v, bits)}; }
+inline V ShiftRightSigned32(V a, int bits) { return {_mm256_srai_epi32(a.v, bits)}; }
 
 inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
   const auto scaled = _mm256_mul_ps(_mm256_cvtepi32_ps(a.v), _mm256_set1_ps(gain));
@@ -82,6 +85,7 @@ inline V PackHighHalves(V blue, V green, V red, V alpha) {
 }
 
 inline V Select(V mask, V a, V b) { return {_mm256_blendv_epi8(a.v, b.v, mask.v)}; }
+inline V JoinHalves(V low, V high) { return {_mm256_blend_epi16(low.v, high.v, 0xAA)}; }
 
 inline u32 PickOf(u32 pick) { return pick; }
 inline V Permute(V a, V picks) { return {_mm256_permutevar8x32_epi32(a.v, picks.v)}; }

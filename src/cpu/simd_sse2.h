@@ -40,6 +40,9 @@ inline V SubSaturated8(V a, V b) { return {_mm_subs_epu8(a.v, b.v)}; }
 inline V SubSaturated16(V a, V b) { return {_mm_subs_epu16(a.v, b.v)}; }
 inline V Min8(V a, V b) { return {_mm_min_epu8(a.v, b.v)}; }
 inline V Max8(V a, V b) { return {_mm_max_epu8(a.v, b.v)}; }
+/// As signed numbers.
+inline V Min16(V a, V b) { return {_mm_min_epi16(a.v, b.v)}; }
+inline V Max16(V a, V b) { return {_mm_max_epi16(a.v, b.v)}; }
 /// The sum of the signed products of the two 16-bit halves of each lane.
 inline V DotProduct32(V a, V b) { return {_mm_madd_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm_add_epi32(a.v, b.v)}; }
@@ -55,6 +58,8 @@ inline V ShiftLeft16(V a, int bits) { return {_mm_slli_epi16(a.v, bits)}; }
 inline V ShiftRight16(V a, int bits) { return {_mm_srli_epi16(a.v, bits)}; }
 inline V ShiftLeft32(V a, int bits) { return {_mm_slli_epi32(a.v, bits)}; }
 inline V ShiftRight32(V a, int bits) { return {_mm_srli_epi32(a.v, bits)}; }
+/// Keeps the sign.
+inline V ShiftRightSigned32(V a, int bits) { return {_mm_srai_epi32(a.v, bits)}; }
 
 /// trunc(a * gain * factor) per 32-bit lane, in single precision and in this order.
 inline V TruncatedProduct32(V a, f32 gain, f32 factor) {
@@ -97,6 +102,9 @@ inline V PackHighHalves(V blue, V green, V red, V alpha) {
 
 /// b where mask is all ones, a where it is 0.
 inline V Select(V mask, V a, V b) { return AndNot(mask, a) | (mask & b); }
+
+/// Per 32-bit lane, the low 16 bits of one and the high ones of the other.
+inline V JoinHalves(V low, V high) { return Select(V::All32(0xFFFF0000), low, high); }
 
 /// Whether every pixel's alpha is 0, or 255.
 inline bool AlphasClear(V a) {
