@@ -724,14 +724,60 @@ struct IPictavo4 : IPictavo3 {
   ~IPictavo4() = default;
 };
 
-/// Slots 88 to 97: colour conversion through ConvertUtility.dll. The arguments of slots 88 to 92
-/// are fixed when they are built.
+/// Slots 88 to 97. The first five convert colours through ConvertUtility.dll, loaded at the first
+/// call of any of them. Options choose the colour space:
+///
+/// - PICTAVO_COLOR_YUV with a PICTAVO_MATRIX_, limited or full. With the matrix's weights Kr and Kb
+///   of red and blue in luma, Y = Kr r + (1 - Kr - Kb) g + Kb b, U = (b - Y) / (2 - 2 Kb) and V =
+///   (r - Y) / (2 - 2 Kr). Limited, 255 of Y becomes 219, above 16, and 255 of U or V 224, around
+///   128; full, Y is as above and 128 is added to U and V. Back to RGB by the inverse, each channel
+///   limited to 0 … 255.
+/// - PICTAVO_COLOR_HSV and PICTAVO_COLOR_HSL, matrix 0. Hue is the place on the circle red, yellow,
+///   green, cyan, blue, magenta, in 256ths of a turn (PICTAVO_RANGE_FULL) or degrees
+///   (PICTAVO_RANGE_DEGREES), 0 for greys. With the greatest and the least channel, value is the
+///   greatest and saturation 255 * (greatest - least) / greatest; lightness is (greatest + least) /
+///   2 and saturation 255 * (greatest - least) / the lesser of greatest + least and 510 less that.
+///
+/// A colour's numbers are named first, second and third in the order of the model's name. Every
+/// result is the exact one rounded once to the nearest integer, the lower of two equally near; a
+/// hue that rounds to a full turn is 0. The levels give the same bytes.
+///
+/// There and back, a colour channel moves by at most 1 in full YUV and 2 in limited YUV, 3 in HSV
+/// and 4 in HSL with 256 hues, 2 and 3 in degrees; greys come back as they were, but for limited
+/// YUV. YUV has room for colours that RGB has not; these come back as others.
 struct IPictavo5 : IPictavo4 {
-  virtual u32 Reserved88() noexcept = 0;  ///< Slot 88. Picture conversion; arguments to be fixed.
-  virtual u32 Reserved89() noexcept = 0;  ///< Slot 89. The twin of slot 88.
-  virtual u32 Reserved90() noexcept = 0;  ///< Slot 90. Conversion of one colour, three channels.
-  virtual u32 Reserved91() noexcept = 0;  ///< Slot 91. As slot 90, another conversion.
-  virtual u32 Reserved92() noexcept = 0;  ///< Slot 92. Conversion of one pixel.
+  /// Slot 88. Converts a picture from RGB: the first number goes where red was, the second where
+  /// green and the third where blue was. So YUV pixels are V, U, Y, A in memory, as those of slot
+  /// 20 (which rounds otherwise), and HSV pixels V, S, H, A. Alpha is copied. src may be dst, with
+  /// the same pitch.
+  /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when a size is 0; PICTAVO_E_FAIL without
+  /// ConvertUtility.dll, whatever the arguments; PICTAVO_E_POINTER when src or dst is null;
+  /// PICTAVO_E_INVALIDARG for options that name no space, a hue in degrees, a negative size, or a
+  /// pitch, of either sign, shorter than a row of pixels
+  virtual u32 ConvertPictureFromRGB(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                    i32 dstPitch, u32 model, u32 matrix, u32 range) noexcept = 0;
+
+  /// Slot 89. Converts a picture back to RGB; the twin of slot 88. @return as slot 88
+  virtual u32 ConvertPictureToRGB(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                  i32 dstPitch, u32 model, u32 matrix, u32 range) noexcept = 0;
+
+  /// Slot 90. Converts one colour from RGB, as slot 88 converts pixels.
+  /// @return PICTAVO_S_OK; PICTAVO_E_FAIL without ConvertUtility.dll, whatever the arguments;
+  /// PICTAVO_E_POINTER when an output is null; PICTAVO_E_INVALIDARG for options that name no space
+  /// or a number outside 0 … 255
+  virtual u32 ConvertColorFromRGB(i32 r, i32 g, i32 b, u32* first, u32* second, u32* third,
+                                  u32 model, u32 matrix, u32 range) noexcept = 0;
+
+  /// Slot 91. Converts one colour to RGB, as slot 89 converts pixels. A hue may be any number: it
+  /// goes round. @return as slot 90
+  virtual u32 ConvertColorToRGB(i32 first, i32 second, i32 third, u32* r, u32* g, u32* b, u32 model,
+                                u32 matrix, u32 range) noexcept = 0;
+
+  /// Slot 92. Converts one pixel, four bytes of a picture, as slot 90 converts a colour.
+  /// @return as slot 90; PICTAVO_E_POINTER when pixel is null, too
+  virtual u32 ConvertPixelFromRGB(const u8* pixel, u32* first, u32* second, u32* third, u32 model,
+                                  u32 matrix, u32 range) noexcept = 0;
+
   virtual u32 Reserved93() noexcept = 0;  ///< Slot 93.
   virtual u32 Reserved94() noexcept = 0;  ///< Slot 94.
 

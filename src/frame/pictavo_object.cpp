@@ -86,8 +86,8 @@ bool Pictavo::EnsureMemoryClient() noexcept {
 bool Pictavo::EnsureConvertUtility() noexcept {
   const std::lock_guard guard(moduleLock);
   if (convertUtility == nullptr) {
-    convertUtility =
-        CreateFromModule<void>(&convertModule, L"ConvertUtility.dll", "GetConvertUtility4");
+    convertUtility = CreateFromModule<IConvertUtility>(&convertModule, L"ConvertUtility.dll",
+                                                       "GetConvertUtility4");
   }
   return convertUtility != nullptr;
 }

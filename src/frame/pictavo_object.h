@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "convert_utility/convert_utility.h"
 #include "cpu_detect/cpu_detect.h"
 #include "d3d11/d3d11_base.h"
 #include "frame/common_utility.h"
@@ -156,11 +157,16 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
   u32 GaussianBlurBox3(u8* image, i32 width, i32 height, i32 pitch, f32 radius) noexcept override;
 
   // IPictavo5
-  u32 Reserved88() noexcept override;
-  u32 Reserved89() noexcept override;
-  u32 Reserved90() noexcept override;
-  u32 Reserved91() noexcept override;
-  u32 Reserved92() noexcept override;
+  u32 ConvertPictureFromRGB(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                            i32 dstPitch, u32 model, u32 matrix, u32 range) noexcept override;
+  u32 ConvertPictureToRGB(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst, i32 dstPitch,
+                          u32 model, u32 matrix, u32 range) noexcept override;
+  u32 ConvertColorFromRGB(i32 r, i32 g, i32 b, u32* first, u32* second, u32* third, u32 model,
+                          u32 matrix, u32 range) noexcept override;
+  u32 ConvertColorToRGB(i32 first, i32 second, i32 third, u32* r, u32* g, u32* b, u32 model,
+                        u32 matrix, u32 range) noexcept override;
+  u32 ConvertPixelFromRGB(const u8* pixel, u32* first, u32* second, u32* third, u32 model,
+                          u32 matrix, u32 range) noexcept override;
   u32 Reserved93() noexcept override;
   u32 Reserved94() noexcept override;
   u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g, u8* b) noexcept override;
@@ -199,7 +205,7 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
   ICpuDetect* cpuDetect = nullptr;
   CCommonUtility* memoryClient = nullptr;
   HMODULE convertModule = nullptr;
-  void* convertUtility = nullptr;
+  IConvertUtility* convertUtility = nullptr;
   CPictavo_Dilation* dilation = nullptr;
   HMODULE renderModule = nullptr;
   void* renderHost = nullptr;

@@ -260,11 +260,33 @@ u32 Pictavo::GaussianBlurBox3(u8* image, i32 width, i32 height, i32 pitch, f32 r
 
 // IPictavo5
 
-u32 Pictavo::Reserved88() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::Reserved89() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::Reserved90() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::Reserved91() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::Reserved92() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ConvertPictureFromRGB(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                   i32 dstPitch, u32 model, u32 matrix, u32 range) noexcept {
+  if (!EnsureConvertUtility()) return PICTAVO_E_FAIL;
+  return convertUtility->ConvertPictureFromRGB(cpuLevel, src, width, height, srcPitch, dst,
+                                               dstPitch, model, matrix, range);
+}
+u32 Pictavo::ConvertPictureToRGB(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                 i32 dstPitch, u32 model, u32 matrix, u32 range) noexcept {
+  if (!EnsureConvertUtility()) return PICTAVO_E_FAIL;
+  return convertUtility->ConvertPictureToRGB(cpuLevel, src, width, height, srcPitch, dst, dstPitch,
+                                             model, matrix, range);
+}
+u32 Pictavo::ConvertColorFromRGB(i32 r, i32 g, i32 b, u32* first, u32* second, u32* third,
+                                 u32 model, u32 matrix, u32 range) noexcept {
+  if (!EnsureConvertUtility()) return PICTAVO_E_FAIL;
+  return convertUtility->ConvertColorFromRGB(r, g, b, first, second, third, model, matrix, range);
+}
+u32 Pictavo::ConvertColorToRGB(i32 first, i32 second, i32 third, u32* r, u32* g, u32* b, u32 model,
+                               u32 matrix, u32 range) noexcept {
+  if (!EnsureConvertUtility()) return PICTAVO_E_FAIL;
+  return convertUtility->ConvertColorToRGB(first, second, third, r, g, b, model, matrix, range);
+}
+u32 Pictavo::ConvertPixelFromRGB(const u8* pixel, u32* first, u32* second, u32* third, u32 model,
+                                 u32 matrix, u32 range) noexcept {
+  if (!EnsureConvertUtility()) return PICTAVO_E_FAIL;
+  return convertUtility->ConvertPixelFromRGB(pixel, first, second, third, model, matrix, range);
+}
 u32 Pictavo::Reserved93() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved94() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g, u8* b) noexcept {

@@ -54,6 +54,7 @@ struct File {
       "ReleasePictavo", "ReleasePictavo2", "ReleasePictavo3", "ReleasePictavo4", "ReleasePictavo5",
       "ReleasePictavo6"}},
     {L"CPUIstructionSetDetect.dll", {"AllocateCPUISDetectUtility", "ReleaseCPUISDetectUtility"}},
+    {L"ConvertUtility.dll", {"GetConvertUtility4", "ReleaseConvertUtility4"}},
     {L"VKTMemMgr.dll", {"CreateVKTMemMgr5", "ReleaseVKTMemMgr5"}},
 };
 
@@ -151,14 +152,16 @@ TEST(Table, HasEachMethodAtItsSlot) {
               &P::ConvertBGRAToGray, &P::DrawRectOutline, &P::ResizeNearest32, &P::ResizeBox16,
               &P::ResizeBilinear16KeepAlpha, &P::MotionBlur, &P::GetMotionBlurDstSize,
               &P::ExtendBoundary, &P::BlendLayer, &P::BlendLayerSubpixel, &P::FillSolidColor,
-              &P::ComputeMean, &P::ApplyChromaKey, &P::GaussianBlurBox3, &P::ConvertHSLToRGB,
-              &P::ExtendBoundaryOpenCL, &P::TransformOpenCL, &P::BilinearInterpolationOpenCL,
-              &P::BoxBlurD3D, &P::FastBlurOpenCL, &P::MemsetColorOpenCL,
-              &P::ExtendBoundaryTransparent, &P::D3DComputeOp),
-      (std::vector<std::size_t>{0,  1,  2,  3,  4,   5,   6,   7,   8,   9,   10, 11, 14, 15,
-                                16, 17, 18, 19, 20,  21,  29,  30,  31,  34,  35, 36, 37, 42,
-                                43, 44, 46, 48, 55,  57,  58,  63,  64,  71,  73, 74, 77, 82,
-                                86, 87, 95, 98, 100, 102, 103, 104, 105, 107, 108}));
+              &P::ComputeMean, &P::ApplyChromaKey, &P::GaussianBlurBox3, &P::ConvertPictureFromRGB,
+              &P::ConvertPictureToRGB, &P::ConvertColorFromRGB, &P::ConvertColorToRGB,
+              &P::ConvertPixelFromRGB, &P::ConvertHSLToRGB, &P::ExtendBoundaryOpenCL,
+              &P::TransformOpenCL, &P::BilinearInterpolationOpenCL, &P::BoxBlurD3D,
+              &P::FastBlurOpenCL, &P::MemsetColorOpenCL, &P::ExtendBoundaryTransparent,
+              &P::D3DComputeOp),
+      (std::vector<std::size_t>{0,  1,  2,  3,  4,  5,  6,   7,   8,   9,   10,  11,  14, 15, 16,
+                                17, 18, 19, 20, 21, 29, 30,  31,  34,  35,  36,  37,  42, 43, 44,
+                                46, 48, 55, 57, 58, 63, 64,  71,  73,  74,  77,  82,  86, 87, 88,
+                                89, 90, 91, 92, 95, 98, 100, 102, 103, 104, 105, 107, 108}));
   EXPECT_EQ(SlotsOf(&P::Reserved110)[0] + 1, PICTAVO_METHOD_COUNT);
 }
 
@@ -166,9 +169,9 @@ TEST_F(Object, AnswersWhatItHasNotBuilt) {
   using Word = std::uintptr_t;  // as wide as any argument
   using Method = u32(void*, Word, Word, Word, Word, Word, Word, Word, Word, Word, Word);
   Method* const* table = *reinterpret_cast<Method***>(object_);
-  const std::set<u32> built = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 14, 15, 16, 17,
-                               18, 19, 20, 21, 29, 30, 31, 34, 35, 36, 37, 42, 43, 44, 46, 48,
-                               55, 57, 58, 63, 64, 71, 73, 74, 77, 82, 86, 87, 95, 107};
+  const std::set<u32> built = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 14, 15, 16, 17, 18,
+                               19, 20, 21, 29, 30, 31, 34, 35, 36, 37, 42, 43, 44, 46, 48, 55, 57,
+                               58, 63, 64, 71, 73, 74, 77, 82, 86, 87, 88, 89, 90, 91, 92, 95, 107};
   for (const Word a : {Word{0}, ~Word{0}}) {
     for (u32 slot = 0; slot < PICTAVO_METHOD_COUNT; ++slot) {
       if (built.contains(slot)) continue;
@@ -371,6 +374,62 @@ TEST_F(Object, ConvertsByTheRuleOfEachSlot) {
     EXPECT_EQ(object_->ConvertHSLToRGB(30, 255, 127, &red, &green, &blue), PICTAVO_S_OK);
     EXPECT_TRUE(red == 254 && green == 127 && blue == 0);
   }
+}
+
+TEST_F(Object, ConvertsColoursWhereItsModuleIs) {
+  constexpr u32 kYuv = PICTAVO_COLOR_YUV, kMatrix = PICTAVO_MATRIX_BT709,
+                kLimited = PICTAVO_RANGE_LIMITED, kHsv = PICTAVO_COLOR_HSV,
+                kDegrees = PICTAVO_RANGE_DEGREES;
+  const u32 src[] = {0x80FF8040, 0x00030201};
+  const u8* s = reinterpret_cast<const u8*>(src);
+  std::array<u32, 3> out;
+  u8* d = reinterpret_cast<u8*>(out.data());
+  struct Case {
+    u32 slot;
+    std::function<u32()> convert;
+    std::array<u32, 3> expected;
+  } const cases[] = {
+      {88,
+       [&] { return object_->ConvertPictureFromRGB(s, 1, 2, 4, d, 8, kYuv, kMatrix, kLimited); },
+       {0x809157BA, 7, 0x00127F80}},
+      {89,
+       [&] { return object_->ConvertPictureToRGB(s, 1, 2, 4, d, 8, kHsv, 0, PICTAVO_RANGE_FULL); },
+       {0x80402021, 7, 0x00010101}},
+      {90,
+       [&] {
+         return object_->ConvertColorFromRGB(255, 128, 64, &out[0], &out[1], &out[2], kHsv, 0,
+                                             kDegrees);
+       },
+       {20, 191, 255}},
+      {91,
+       [&] {
+         return object_->ConvertColorToRGB(-340, 191, 255, &out[0], &out[1], &out[2], kHsv, 0,
+                                           kDegrees);
+       },
+       {255, 128, 64}},
+      {92,
+       [&] {
+         return object_->ConvertPixelFromRGB(s, &out[0], &out[1], &out[2], kYuv, kMatrix, kLimited);
+       },
+       {0x91, 0x57, 0xBA}},
+  };
+  FindModulesIn(kNoModules);
+  for (const auto& c : cases) {
+    out.fill(7);
+    EXPECT_EQ(c.convert(), PICTAVO_E_FAIL) << "slot " << c.slot;
+    EXPECT_EQ(out, (std::array<u32, 3>{7, 7, 7})) << "slot " << c.slot;
+  }
+  FindModulesIn(kRealModules);
+  for (const i32 level : {0, 3, object_->GetCPULevel()}) {
+    object_->SetCPULevel(level);
+    for (const auto& c : cases) {
+      out.fill(7);
+      EXPECT_EQ(c.convert(), PICTAVO_S_OK) << "slot " << c.slot;
+      EXPECT_EQ(out, c.expected) << "slot " << c.slot << ", level " << level;
+    }
+  }
+  EXPECT_EQ(object_->ConvertPictureFromRGB(nullptr, 1, 2, 4, d, 8, kYuv, kMatrix, kLimited),
+            PICTAVO_E_POINTER);
 }
 
 TEST_F(Object, CallsOtherSlotsThroughItsTable) {

@@ -57,7 +57,10 @@ build "$sdk/samples/c" c
 build "$sdk/samples/recipes" recipes -DCMAKE_EXE_LINKER_FLAGS=-static
 beside recipes/recipes.exe
 build "$sdk/samples/host" host
-beside host/pictavo-host.exe info | grep "^Built"
+info=$(beside host/pictavo-host.exe info | tr -d '\r')
+grep "^Built" <<<"$info"
+missing=$(awk '/not found/ {print $1}' <<<"$info")
+[ "$missing" = VKT_3DRender.dll ] || fail "the program finds no $missing"
 
 echo "== pkg-config"
 export PKG_CONFIG_LIBDIR=$sdk/lib/pkgconfig
