@@ -3,6 +3,7 @@
 #include <array>
 
 #include "bench.h"
+#include "convert_utility/colour.h"
 #include "cpu/convert.h"
 #include "cpu/draw.h"
 #include "cpu/histogram.h"
@@ -38,6 +39,20 @@ void FillRect(u8* d, const u8*, i32 w, i32 h) {
 constexpr decltype(Conversion::peer) Attenuate = nullptr, Unattenuate = nullptr, ToPlanes = nullptr,
                                      ToGray = nullptr, FillRect = nullptr;
 #endif
+
+using ConvertPictureFn = decltype(colour::ConvertPictureFromRGB);
+
+/// A conversion to or from a colour space, by 256ths of a turn where there is a hue.
+template <ConvertPictureFn convert, u32 model>
+void ConvertSpace(i32 level, u8* d, const u8* s, i32 w, i32 h) {
+  const bool yuv = model == PICTAVO_COLOR_YUV;
+  convert(level, s, w, h, w * 4, d, w * 4, model, yuv ? PICTAVO_MATRIX_BT709 : 0,
+          yuv ? PICTAVO_RANGE_LIMITED : PICTAVO_RANGE_FULL);
+}
+template <u32 model>
+constexpr auto ToSpace = ConvertSpace<colour::ConvertPictureFromRGB, model>;
+template <u32 model>
+constexpr auto FromSpace = ConvertSpace<colour::ConvertPictureToRGB, model>;
 
 const Conversion kConversions[] = {
     {"16 unpremultiply",
@@ -80,6 +95,12 @@ const Conversion kConversions[] = {
        cpu::FillSolidColor(level, d, w, h, w * 4, 0x80FF4020);
      },
      FillRect},
+    {"88 RGB to YUV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_YUV>, ToPlanes},
+    {"88 RGB to HSV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSV>, nullptr},
+    {"88 RGB to HSL", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSL>, nullptr},
+    {"89 YUV to RGB", true, false, {"soft"}, FromSpace<PICTAVO_COLOR_YUV>, nullptr},
+    {"89 HSV to RGB", true, false, {"soft"}, FromSpace<PICTAVO_COLOR_HSV>, nullptr},
+    {"89 HSL to RGB", true, false, {"soft"}, FromSpace<PICTAVO_COLOR_HSL>, nullptr},
 };
 
 struct Histogram {
