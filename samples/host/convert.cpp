@@ -22,6 +22,25 @@ struct Conversion {
   bool (*convert)(IPictavo6* object, Picture* dst, const Picture& src);
 };
 
+using ConvertPictureFn = decltype(&IPictavo6::ConvertPictureFromRGB);
+
+template <ConvertPictureFn method, u32 model, u32 matrix, u32 range>
+bool ConvertSpace(IPictavo6* object, Picture* d, const Picture& s) {
+  return (object->*method)(s.pixels.data(), s.width, s.height, s.pitch(), d->pixels.data(),
+                           d->pitch(), model, matrix, range) == PICTAVO_S_OK;
+}
+
+template <ConvertPictureFn method>
+constexpr auto ConvertYuv709 =
+    ConvertSpace<method, pictavo::PICTAVO_COLOR_YUV, pictavo::PICTAVO_MATRIX_BT709,
+                 pictavo::PICTAVO_RANGE_LIMITED>;
+template <ConvertPictureFn method>
+constexpr auto ConvertHsv =
+    ConvertSpace<method, pictavo::PICTAVO_COLOR_HSV, 0, pictavo::PICTAVO_RANGE_FULL>;
+template <ConvertPictureFn method>
+constexpr auto ConvertHsl =
+    ConvertSpace<method, pictavo::PICTAVO_COLOR_HSL, 0, pictavo::PICTAVO_RANGE_FULL>;
+
 const Conversion kConversions[] = {
     {"premultiplied", 18, "colours times alpha",
      [](IPictavo6* object, Picture* d, const Picture&) {
@@ -42,6 +61,13 @@ const Conversion kConversions[] = {
                                         reinterpret_cast<u32*>(d->pixels.data()),
                                         d->pitch()) == PICTAVO_S_OK;
      }},
+    {"yuv709", 88, "BT.709: Y as red, U as green",
+     ConvertYuv709<&IPictavo6::ConvertPictureFromRGB>},
+    {"hsv", 88, "hue as red, S as green, V as blue", ConvertHsv<&IPictavo6::ConvertPictureFromRGB>},
+    {"hsl", 88, "hue as red, S as green, L as blue", ConvertHsl<&IPictavo6::ConvertPictureFromRGB>},
+    {"from-yuv709", 89, "back from yuv709", ConvertYuv709<&IPictavo6::ConvertPictureToRGB>},
+    {"from-hsv", 89, "back from hsv", ConvertHsv<&IPictavo6::ConvertPictureToRGB>},
+    {"from-hsl", 89, "back from hsl", ConvertHsl<&IPictavo6::ConvertPictureToRGB>},
 };
 
 const Conversion& FindConversion(const std::string& name) {
@@ -233,7 +259,9 @@ const Command kConvertCommand = {L"convert",
                                  "      premultiplied        colours times alpha\n"
                                  "      straight             colours divided by alpha\n"
                                  "      yuva                 V as blue, U as green, Y as red\n"
-                                 "      grey                 the mean of the colours\n",
+                                 "      grey                 the mean of the colours\n"
+                                 "      yuv709, hsv, hsl     their numbers as red, green, blue\n"
+                                 "      from-yuv709, from-hsv, from-hsl    and back\n",
                                  RunConvert};
 
 const Command kBorderCommand = {
@@ -255,11 +283,18 @@ std::vector<SheetColumn> ShowConversions(Demo& demo) {
   const Picture straight = SoftDisc(demo.background);
   Picture premultiplied = straight;
   FindConversion("premultiplied").convert(demo.object, &premultiplied, straight);
+  Picture hsv = demo.background;
+  FindConversion("hsv").convert(demo.object, &hsv, demo.background);
   return {{"Alpha and colour",
            {ShowConversion(demo, "premultiplied", straight, "a disc with a soft edge"),
             ShowConversion(demo, "straight", premultiplied, "the same disc, back"),
             ShowConversion(demo, "yuva", demo.background, "BT.601, studio range"),
             ShowConversion(demo, "grey", demo.background, "")}},
+          {"Colour spaces",
+           {ShowConversion(demo, "hsv", demo.background, "256 hues"),
+            ShowConversion(demo, "from-hsv", hsv, ""),
+            ShowConversion(demo, "yuv709", demo.background, "limited range, V as blue"),
+            ShowConversion(demo, "hsl", demo.background, "256 hues")}},
           {"Borders and drawing",
            {ShowBorder(demo, false), ShowBorder(demo, true), ShowDrawing(demo), ShowColours(demo)}},
           {"Counting",
