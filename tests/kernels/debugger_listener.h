@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace pictavo::test {
@@ -17,6 +18,7 @@ class DebuggerListener {
   DebuggerListener& operator=(const DebuggerListener&) = delete;
 
   const std::vector<std::string>& heard() const { return heard_; }
+  std::vector<std::string> Take() { return std::exchange(heard_, {}); }
 
  private:
   /// Some systems pass wide text on as narrow text.
