@@ -13,6 +13,7 @@ packages=(
   qemu-user                              # modelled old processors
   doxygen                                # the API reference
   frei0r-plugins-dev ffmpeg              # the sample plug-ins, and a program that loads them
+  ocl-icd-libopencl1 pocl-opencl-icd     # an OpenCL runtime, which Wine hands on
 )
 
 missing=()

@@ -154,6 +154,20 @@ struct ChromaKey {
 };
 static_assert(sizeof(ChromaKey) == 12, "ChromaKey is 12 bytes");
 
+/// A picture of the host's for the OpenCL methods. The host implements it; the library only calls
+/// it, from the thread of the call that it was given to, and keeps neither it nor its record.
+struct IPictavoSurface {
+  /// Fills in the record, which comes zeroed: plain memory with `data`, `width`, `height`, `pitch`
+  /// (bytes, negative where rows run upwards) and `bytesPerPixel`; `bufferWidth` and `bufferHeight`
+  /// where a method asks for them. The pixels stay where they are until the method returns, which
+  /// copies them to the device and back.
+  /// @return 1 when the surface can be used; any other value refuses the call
+  virtual u32 Query(ImageDesc* image) noexcept = 0;
+
+ protected:
+  ~IPictavoSurface() = default;
+};
+
 // No two methods of the chain share a name and none is a destructor: compilers place overloads and
 // virtual destructors differently, and the table below must be the same for all of them.
 
@@ -800,15 +814,68 @@ struct IPictavo5 : IPictavo4 {
 
 /// Slots 98 to 110: OpenCL and Direct3D 11. The arguments of the methods without any here are fixed
 /// when they are built.
+///
+/// The OpenCL methods load the system's OpenCL runtime at the first call and run on its first GPU,
+/// or on its first device of another kind when it has none. They read and write plain memory
+/// through surfaces. One object runs one of them at a time; calls from other threads wait. Their
+/// compiled programs are kept on disk (docs/architecture.md). Source and destination may be the
+/// same surface: the source is read whole before the destination is written. Levels do not matter.
+///
+/// @return of every OpenCL method: PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or other pointer
+/// is null; PICTAVO_E_FAIL when a surface's query does not answer 1; PICTAVO_E_INVALIDARG for a
+/// picture whose data is null, that holds a texture, that has a size below 1 or rows of 2 GB, or
+/// whose bytesPerPixel the method does not take; PICTAVO_E_FAIL without a runtime, device, compiled
+/// program or memory manager, or when the device fails; PICTAVO_E_OUTOFMEMORY when a buffer cannot
+/// be had
 struct IPictavo6 : IPictavo5 {
-  virtual u32 ExtendBoundaryOpenCL() noexcept = 0;         ///< Slot 98. Not built yet.
-  virtual u32 Reserved99() noexcept = 0;                   ///< Slot 99.
-  virtual u32 TransformOpenCL() noexcept = 0;              ///< Slot 100. Not built yet.
-  virtual u32 Reserved101() noexcept = 0;                  ///< Slot 101. Host surfaces.
-  virtual u32 BilinearInterpolationOpenCL() noexcept = 0;  ///< Slot 102. Not built yet.
-  virtual u32 BoxBlurD3D() noexcept = 0;                   ///< Slot 103. Not built yet.
-  virtual u32 FastBlurOpenCL() noexcept = 0;               ///< Slot 104. Not built yet.
-  virtual u32 MemsetColorOpenCL() noexcept = 0;            ///< Slot 105. Not built yet.
+  /// Slot 98. ExtendBoundary (slot 71) on OpenCL: copies a picture's edge pixels, alpha included,
+  /// into a border of that many pixels around it, in place. The border lies inside the allocation
+  /// around the picture; the picture's own pixels are not written. A border of 0 writes nothing.
+  /// Pixels of 4 bytes lie pitch / 4 pixels from row to row; planes of bytes lie width + 2 * border
+  /// bytes from row to row, from the origin data - border * pitch - border on.
+  /// @return PICTAVO_E_INVALIDARG also when the picture and its border are wider than bufferWidth
+  /// or higher than bufferHeight
+  virtual u32 ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept = 0;
+
+  virtual u32 Reserved99() noexcept = 0;  ///< Slot 99.
+
+  /// Slot 100. Makes every pixel of a 32-bit picture from the place in the source where a matrix
+  /// puts it. The destination pixel in column x and row y lies at
+  ///
+  ///     u = m[0] * (x + 0.5) + m[1] * (y + 0.5) + m[2] - 0.5
+  ///     v = m[3] * (x + 0.5) + m[4] * (y + 0.5) + m[5] - 0.5
+  ///
+  /// and each channel is interpolated between the four pixels around it, across by u - floor(u),
+  /// then down by v - floor(v), in single precision, and rounded to the nearest integer, halves up.
+  /// Pixels outside the source are clear black, so straight-alpha colours darken along its edge;
+  /// premultiply first. A device may differ from the rule by 1.
+  /// @param matrix six finite numbers, from the destination to the source
+  /// @return PICTAVO_E_INVALIDARG also for a matrix that is not finite
+  virtual u32 TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
+                              const f32* matrix) noexcept = 0;
+
+  virtual u32 Reserved101() noexcept = 0;  ///< Slot 101. Host surfaces.
+
+  /// Slot 102. Resizes a 32-bit picture to the destination's size. The destination pixel in column
+  /// x lies at u = (x + 0.5) * (source width / destination width) - 0.5, kept within 0 … source
+  /// width - 1, and v likewise down; between its four neighbours as in slot 100, every channel
+  /// alike. A device may differ from the rule by 1.
+  virtual u32 BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept = 0;
+
+  virtual u32 BoxBlurD3D() noexcept = 0;  ///< Slot 103. Not built yet.
+
+  /// Slot 104. Box blur of a 32-bit picture, along rows and then along columns, every channel
+  /// alike; premultiply first where alpha varies. Each pass makes a pixel the mean of the window
+  /// n = 2 * radius + 1 around it, (sum + n / 2) / n in whole numbers; the edge pixels go on
+  /// outside the picture.
+  /// @param radiusX, radiusY 0 … 2047; 0 leaves that pass out
+  /// @return PICTAVO_E_INVALIDARG also for surfaces of two sizes and larger radii
+  virtual u32 FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
+                             u32 radiusY) noexcept = 0;
+
+  /// Slot 105. Fills a picture with one colour.
+  /// @param colour 0xAARRGGBB; its low byte for planes of bytes
+  virtual u32 MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept = 0;
 
   /// Slot 106.
   virtual u32 Reserved106(u8* dst, const u8* src, i64 count, u32 first, u32 second, u32 third,

@@ -106,6 +106,14 @@ bool Pictavo::EnsureDilation() noexcept {
   return dilation != nullptr;
 }
 
+bool Pictavo::EnsureOpenCL() {
+  if (openclReady == 0 && LoadOpenCL()) {
+    SetCacheFolder();
+    openclReady = 1;
+  }
+  return openclReady != 0;
+}
+
 u32 Pictavo::MixLayer(ImageDesc* dst, const ImageDesc* src, const BlendParam* param, u32 firstEntry,
                       u32 modes) noexcept {
   if (param == nullptr || dst == nullptr || src == nullptr) return PICTAVO_E_POINTER;

@@ -174,20 +174,27 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
   u32 Reserved97() noexcept override;
 
   // IPictavo6
-  u32 ExtendBoundaryOpenCL() noexcept override;
+  u32 ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept override;
   u32 Reserved99() noexcept override;
-  u32 TransformOpenCL() noexcept override;
+  u32 TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
+                      const f32* matrix) noexcept override;
   u32 Reserved101() noexcept override;
-  u32 BilinearInterpolationOpenCL() noexcept override;
+  u32 BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept override;
   u32 BoxBlurD3D() noexcept override;
-  u32 FastBlurOpenCL() noexcept override;
-  u32 MemsetColorOpenCL() noexcept override;
+  u32 FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
+                     u32 radiusY) noexcept override;
+  u32 MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept override;
   u32 Reserved106(u8* dst, const u8* src, i64 count, u32 first, u32 second, u32 third,
                   u32 fourth) noexcept override;
   u32 ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept override;
   u32 D3DComputeOp(i32 opCode, i32 subMode) noexcept override;
   u32 Reserved109() noexcept override;
   u32 Reserved110() noexcept override;
+
+  // COCLBase
+  CriticalSection& OpenCLLock() noexcept override { return openclLock; }
+  bool EnsureOpenCL() override;
+
   // Bring up a lazy part; true, or the part, when it is there afterwards.
   bool EnsureMemoryClient() noexcept;
   bool EnsureConvertUtility() noexcept;
@@ -210,6 +217,7 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
   HMODULE renderModule = nullptr;
   void* renderHost = nullptr;
   KernelTable kernelTable;
+  std::uint64_t openclReady = 0;
   CriticalSection moduleLock;  // cpuDetect, memoryClient, convertUtility, dilation
   CriticalSection openclLock;  // OpenCL bring-up and every OpenCL-backed operation
   CriticalSection renderLock;  // renderHost

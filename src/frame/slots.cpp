@@ -10,6 +10,7 @@
 #include "cpu/motion_blur.h"
 #include "cpu/resize.h"
 #include "frame/pictavo_object.h"
+#include "opencl/operations.h"
 
 namespace pictavo {
 namespace {
@@ -297,14 +298,27 @@ u32 Pictavo::Reserved97() noexcept { return PICTAVO_E_NOTIMPL; }
 
 // IPictavo6
 
-u32 Pictavo::ExtendBoundaryOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept {
+  return opencl::ExtendBoundary(*this, dst, border);
+}
 u32 Pictavo::Reserved99() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::TransformOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
+                             const f32* matrix) noexcept {
+  return opencl::Transform(*this, dst, src, matrix);
+}
 u32 Pictavo::Reserved101() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::BilinearInterpolationOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept {
+  return opencl::BilinearInterpolation(*this, dst, src);
+}
 u32 Pictavo::BoxBlurD3D() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::FastBlurOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
-u32 Pictavo::MemsetColorOpenCL() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
+                            u32 radiusY) noexcept {
+  CCommonUtility* client = EnsureMemoryClient() ? memoryClient : nullptr;
+  return opencl::FastBlur(*this, client, dst, src, radiusX, radiusY);
+}
+u32 Pictavo::MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept {
+  return opencl::MemsetColor(*this, dst, colour);
+}
 u32 Pictavo::Reserved106(u8*, const u8*, i64, u32, u32, u32, u32) noexcept {
   return PICTAVO_E_NOTIMPL;
 }
