@@ -23,31 +23,42 @@ struct Run {
 };
 
 Run RunAtLevel(pictavo::IPictavo6* object, const Examined& operation, i32 level) {
+  object->SetCPULevel(level);
+  Picture result = operation.before;
+  const double time = MedianTime(
+      [&] {
+        std::copy(operation.before.pixels.begin(), operation.before.pixels.end(),
+                  result.pixels.begin());
+      },
+      [&] {
+        if (!operation.run(object, &result)) {
+          throw Failure("the library refused the operation " + operation.name);
+        }
+      });
+  const double pixels = static_cast<double>(result.width) * result.height;
+  return {std::move(result), time / pixels};
+}
+
+}  // namespace
+
+double MedianTime(const std::function<void()>& prepare, const std::function<void()>& run) {
   using Clock = std::chrono::steady_clock;
   using Nanoseconds = std::chrono::duration<double, std::nano>;
   constexpr size_t kFewest = 3, kMost = 51;
   constexpr Nanoseconds kEnough = std::chrono::milliseconds(50);
 
-  object->SetCPULevel(level);
-  Picture result = operation.before;
   std::vector<Nanoseconds> times;
   Nanoseconds total{0};
   while (times.size() < kFewest || (times.size() < kMost && total < kEnough)) {
-    std::copy(operation.before.pixels.begin(), operation.before.pixels.end(),
-              result.pixels.begin());
+    prepare();
     const Clock::time_point start = Clock::now();
-    if (!operation.run(object, &result)) {
-      throw Failure("the library refused the operation " + operation.name);
-    }
+    run();
     times.push_back(Clock::now() - start);
     total += times.back();
   }
   std::nth_element(times.begin(), times.begin() + static_cast<i64>(times.size() / 2), times.end());
-  const double pixels = static_cast<double>(result.width) * result.height;
-  return {std::move(result), times[times.size() / 2].count() / pixels};
+  return times[times.size() / 2].count();
 }
-
-}  // namespace
 
 Demo::Demo(pictavo::IPictavo6* libraryObject, Picture backgroundPicture, Picture layerPicture)
     : object(libraryObject),

@@ -48,6 +48,9 @@ class Demo {
   Progress progress_;
 };
 
+/// The median time of a call in nanoseconds. `prepare` runs before each, outside the time.
+double MedianTime(const std::function<void()>& prepare, const std::function<void()>& run);
+
 /// 0 below `from`, 1 above `to`, smooth between.
 double SmoothStep(double from, double to, double value);
 
@@ -72,6 +75,7 @@ std::vector<SheetColumn> ShowBlur(Demo& demo);
 std::vector<SheetColumn> ShowConversions(Demo& demo);
 std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);
+std::vector<SheetColumn> ShowOpenCL(Demo& demo);  // nothing without a device
 std::vector<SheetColumn> ShowChromaKey(Demo& demo);
 std::vector<SheetColumn> ShowResizing(Demo& demo);
 

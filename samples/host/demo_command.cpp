@@ -23,6 +23,7 @@ const Sheet kSheets[] = {
     {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey, ShowBlur}},
     {"resizing", "resizing", {ShowResizing}},
     {"conversions", "conversions, borders, counting", {ShowConversions}},
+    {"opencl", "OpenCL", {ShowOpenCL}},
 };
 
 /// Stands in for a photograph: waves of colour. Other seeds give other pictures.
@@ -49,13 +50,14 @@ void MakeFolder(const std::filesystem::path& folder) {
   }
 }
 
-/// Runs a sheet's parts and writes it. Returns where.
+/// Runs a sheet's parts and writes it. Returns where; nowhere when they have nothing to show.
 std::filesystem::path WriteSheet(const Sheet& sheet, const std::string& version,
                                  const std::filesystem::path& folder, Demo* demo) {
   std::vector<SheetColumn> columns;
   for (const Part part : sheet.parts) {
     for (SheetColumn& column : part(*demo)) columns.push_back(std::move(column));
   }
+  if (columns.empty()) return {};
   const std::filesystem::path path = folder / Format("contact-sheet-%s.png", sheet.name);
   WritePicture(path, DrawContactSheet("Pictavo " + version + ": " + sheet.title,
                                       Format("%d × %d pixels, level %d: %s", demo->background.width,
@@ -82,7 +84,10 @@ int RunDemo(pictavo::Library& library, const Arguments& arguments) {
   demo.PrintHeading();
 
   std::vector<std::filesystem::path> written;
-  for (const Sheet& sheet : kSheets) written.push_back(WriteSheet(sheet, version, folder, &demo));
+  for (const Sheet& sheet : kSheets) {
+    std::filesystem::path path = WriteSheet(sheet, version, folder, &demo);
+    if (!path.empty()) written.push_back(std::move(path));
+  }
   std::puts("");
   for (const std::filesystem::path& path : written)
     std::printf("%s\n", Utf8(path.native()).c_str());

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "opencl_info.h"
 #include "operations.h"
 #include "text.h"
 
@@ -241,6 +242,7 @@ int RunInfo(pictavo::Library& library, const Arguments& arguments) {
               Utf8(PathOf(library.module())).c_str());
   std::printf("\nLevel in use: %d, %s\n", level, LevelName(level));
   PrintModules();
+  PrintOpenCL(library);
   PrintMethods(library.get());
   return 0;
 }

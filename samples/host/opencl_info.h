@@ -1,0 +1,35 @@
+#ifndef PICTAVO_SAMPLES_HOST_OPENCL_INFO_H_
+#define PICTAVO_SAMPLES_HOST_OPENCL_INFO_H_
+
+#include <string>
+
+#include "pictavo/pictavo_host.h"
+#include "picture.h"
+
+namespace host {
+
+/// A picture as the OpenCL methods take it. With a border: the part inside it.
+class Surface final : public pictavo::IPictavoSurface {
+ public:
+  explicit Surface(Picture& picture, i32 border = 0);
+  explicit Surface(const Picture& picture);  // to be read only
+
+  u32 Query(pictavo::ImageDesc* image) noexcept override;
+
+ private:
+  pictavo::ImageDesc image_;
+};
+
+/// Whether the library's OpenCL methods work here: fills a pixel.
+bool OpenCLWorks(pictavo::IPictavo6* object);
+
+/// The device that pictavo.h says the library takes, for people; empty without one.
+std::string OpenCLDeviceName();
+
+/// Prints platforms, devices, what the library makes of them, and its cache. The object must not
+/// have used OpenCL yet.
+void PrintOpenCL(pictavo::Library& library);
+
+}  // namespace host
+
+#endif  // PICTAVO_SAMPLES_HOST_OPENCL_INFO_H_
