@@ -351,12 +351,12 @@ struct IPictavo {
   /// Slot 30. Resizes bilinearly with 16-bit weights.
   ///
   /// In 16.16 bits, column x lies at x * sx, sx = srcWidth * 65536 / dstWidth; where the last
-  /// column would then have no right neighbour, the dividend is made 65536 smaller until it has
-  /// one. With p the source pixel there, q the one right of it and f the low 16 bits of the
+  /// column written would then have no right neighbour, the dividend is made 65536 smaller until
+  /// it has one. With p the source pixel there, q the one right of it and f the low 16 bits of the
   /// position, each channel becomes (((q - p) * f) >> 16) + p, rounded down; so for two rows, and
   /// between them likewise with the row's position. A non-zero forceOpaque sets alpha to 255.
-  /// Without fullSize the last column and row of the destination are left alone; sx keeps its
-  /// dividend and divisor. In a source of one column, or row, that one is its own neighbour.
+  /// Without fullSize the last column and row of the destination are not written; sx is still
+  /// divided by dstWidth. In a source of one column, or row, that one is its own neighbour.
   ///
   /// Pitches in bytes. @return PICTAVO_S_OK, also when nothing is left to write; PICTAVO_E_POINTER
   /// when dst or src is null; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the
@@ -371,8 +371,9 @@ struct IPictavo {
   /// right of it and f = (t >> 1) & 127; from the source's last column on, p is the last but one
   /// and f 127. Each channel becomes (((q - p) * f) >> 7) + p, rounded down; so for two rows, and
   /// between them likewise with the row's t. The destination's last row is not blended with the row
-  /// below it. From one destination column or row to the next, at most 255 source ones are stepped
-  /// over. In a source of one column, or row, that one is its own neighbour.
+  /// below it. A destination column or row lies at most 255 source ones beyond the one before; what
+  /// is cut off there is missing from all further ones too. In a source of one column, or row, that
+  /// one is its own neighbour.
   ///
   /// Pitches in bytes. @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
   /// PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the destination is wider or
@@ -680,10 +681,9 @@ struct IPictavo4 : IPictavo3 {
   /// - x = (KU * U + KV * V) / kg lies towards the key, z = (KU * V - KV * U) / kg across. Where
   ///   |z| > x * tan(angle) the pixel keeps its colour and its alpha A, as a = A / 255.
   /// - Elsewhere, with the cone's edge e = |z * cot(angle)|, or 0 for an angle of 0, and p = max(0,
-  ///   x - e) beyond it (both products with the angle rounded from double precision): Y = max(0, Y
-  ///   - p * (KY / kg)), U = (KU * e - KV * z) / kg, V = (KV * e + KU
-  ///   * z) / kg and a = A * limited((1 - p / kg)^2) / 255, or 0 where denoise >= sqrt((x - kg)^2 +
-  ///   z * z).
+  ///   x - e) beyond it (both products with the angle rounded from double precision):
+  ///   Y = max(0, Y - p * (KY / kg)), U = (KU * e - KV * z) / kg, V = (KV * e + KU * z) / kg and
+  ///   a = A * limited((1 - p / kg)^2) / 255, or 0 where denoise >= sqrt((x - kg)^2 + z * z).
   /// - The alpha written is trunc(a * 255). Of BGRA pixels y = (Y - 16) * 1.164 gives red y + 1.596
   ///   V, green y - 0.392 U - 0.813 V and blue y + 2.017 U, limited to 0 … 255 and truncated; also
   ///   outside the cone, where colours may so change by rounding. AYUV pixels take trunc(Y),
@@ -711,17 +711,17 @@ struct IPictavo4 : IPictavo3 {
   /// deviation s = radius / 3. Clear pixels have no colour in it, so that they do not darken the
   /// edges of what they surround.
   ///
-  /// With l the largest odd number up to sqrt(12 * s * s / 3 + 1) and m = trunc((12 * s * s - 3 * l
-  /// * l - 12 * l - 9) / (-4 * l - 4)), box i of 0, 1 and 2 is l where i < m, else l + 2, but at
-  /// most the picture's smaller side. It reaches r = trunc((box - 1) / 2) pixels to each side; one
-  /// with r = 0 does nothing.
+  /// With l the largest odd number up to sqrt(12 * s * s / 3 + 1) and
+  /// m = trunc((12 * s * s - 3 * l * l - 12 * l - 9) / (-4 * l - 4)), box i of 0, 1 and 2 is l
+  /// where i < m, else l + 2, but at most the picture's smaller side. It reaches
+  /// r = trunc((box - 1) / 2) pixels to each side; one with r = 0 does nothing.
   ///
   /// Each box blur goes along the rows and then down the columns. A pixel becomes the mean of the n
   /// = 2 * r + 1 pixels around it: blue, green and red are the sums over those whose alpha is not
   /// 0, divided by their number, alpha is the sum of all divided by n; both in single precision,
-  /// truncated. A pixel whose column has none with an alpha after the rows is left as it was before
-  /// that box blur. Beyond every edge the pixel at the edge goes on, so that a mirrored picture
-  /// gives the mirrored blur.
+  /// truncated. Where, after the rows, none of the n pixels down a column has an alpha, the pixel
+  /// is left as it was before that box blur. Beyond every edge the pixel at the edge goes on, so
+  /// that a mirrored picture gives the mirrored blur.
   ///
   /// The time does not depend on the radius, but for beginning each row and column. Rows may run
   /// upwards. Below level 6 the portable build runs. All memory is allocated before anything is
