@@ -119,7 +119,7 @@ u32 ChromaKeyFx::PrepareResult(i32 composite) {
                        reinterpret_cast<intptr_t>(source_->pixels);
   const bool apart = std::abs(distance) >= Rows() * RowBytes();
   if (composite == 0 && (apart || (distance == 0 && keyCount_ == 1))) return PICTAVO_S_OK;
-  resultBuffer_.emplace(destination_->byteSize);
+  resultBuffer_.emplace(std::max(destination_->byteSize, 1u));  // there are no empty pages
   result_ = static_cast<u8*>(resultBuffer_->data());
   return *resultBuffer_ ? PICTAVO_S_OK : PICTAVO_E_OUTOFMEMORY;
 }

@@ -368,6 +368,14 @@ TEST(ChromaKey, Composites) {
   }
   EXPECT_EQ(dst, expected);
   EXPECT_EQ(background, expected);
+
+  const chromakey::ImageView empty = {3, 0, 0, dst.data(), 0};
+  chromakey::ChromaKeyFx effect(0);
+  effect.SetSource(&empty);
+  effect.SetDestination(&empty);
+  effect.SetKeys(&key, 1);
+  effect.SetBackground(&empty);
+  EXPECT_EQ(effect.Run(1), PICTAVO_S_OK);
 }
 
 TEST(ChromaKey, RunsInSeveralThreadsAtOnce) {

@@ -26,7 +26,7 @@ bool Take() {
 }  // namespace
 
 void* AllocatePages(size_t size) noexcept {
-  if (!Take()) return nullptr;
+  if (size == 0 || !Take()) return nullptr;    // as the systems do
   const size_t whole = (size + 63) / 64 * 64;  // keeps the alignment that vectors count on
   auto pages = std::make_unique<test::GuardedMemory>(whole, test::GuardedMemory::Side::kAfter);
   void* const data = pages->data();
