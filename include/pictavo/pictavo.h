@@ -580,8 +580,8 @@ struct IPictavo3 : IPictavo2 {
   /// @param border pixels; 0 writes nothing
   /// @return PICTAVO_S_OK; PICTAVO_E_INVALIDARG when the record or its data is null, the record
   /// holds a texture, a size is below 1, the picture with its border is wider or higher than the
-  /// buffer, pixels have neither 4 bytes nor 1, or rows of bytes are shorter than width + 2 *
-  /// border
+  /// buffer, pixels have neither 4 bytes nor 1, or rows of bytes with a border are shorter than the
+  /// width with that border
   virtual u32 ExtendBoundary(const ImageDesc* image, u32 border) noexcept = 0;
 
   virtual u32 Reserved72() noexcept = 0;  ///< Slot 72. A filter.

@@ -65,6 +65,7 @@ u32 ExtendPixels(const ImageDesc& image, i64 border, u32 kept) {
 /// Rows of bytes are as long as the extended picture, whatever the pitch; the pitch only places the
 /// border's first row. A shorter pitch would lead outside the buffer.
 u32 ExtendBytes(const ImageDesc& image, i64 border) {
+  if (border == 0) return PICTAVO_S_OK;
   const i64 step = image.width + 2 * border;
   if (image.pitch < step) return PICTAVO_E_INVALIDARG;
   u8* picture = static_cast<u8*>(image.data);

@@ -98,6 +98,9 @@ TEST(Border, RefusesWhatItCannotExtend) {
   }
   const ImageDesc bytes = with([](ImageDesc& i) { i.bytesPerPixel = 1; });
   EXPECT_EQ(cpu::ExtendBoundaryTransparent(&bytes, 1), PICTAVO_E_INVALIDARG);
+  // The pitch of bytes only places their border.
+  const ImageDesc pitchless = with([](ImageDesc& i) { i.bytesPerPixel = 1, i.pitch = 0; });
+  EXPECT_EQ(cpu::ExtendBoundary(&pitchless, 0), PICTAVO_S_OK);
 }
 
 }  // namespace
