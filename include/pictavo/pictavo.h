@@ -799,7 +799,9 @@ struct IPictavo5 : IPictavo4 {
   ///
   /// Saturation and lightness run from 0 to 255. With chroma C = (255 - |2 * lightness - 255|) *
   /// saturation / 255, the greatest channel is lightness + C / 2 and the least lightness - C / 2;
-  /// computed exactly and rounded to the nearest integer once.
+  /// the one between goes evenly from the least to the greatest, or back, in 60 degrees of hue.
+  /// Each is computed exactly and rounded once to the nearest integer, the higher of two equally
+  /// near.
   /// @param hue degrees, any: 0 is red, 120 green, 240 blue
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when r, g or b is null
   virtual u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g,
