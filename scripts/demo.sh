@@ -23,15 +23,17 @@ fi
 
 # Wine reads file names in the locale's character set.
 export LC_ALL=C.UTF-8
-host() {
+host=build/windows/bin/pictavo-host.exe
+show() {
   echo
-  scripts/wine.sh build/windows/bin/pictavo-host.exe "$@"
+  "$@"
 }
 mkdir -p out
 # The drive letter that Wine gives the root folder makes Windows paths of this system's.
-host info
-host blend "Z:${pictures[0]}" "Z:${pictures[1]}" out/blend.png --op opacity-ramp-keep --opacity 230 --ramp 1 0.1
-host demo out "Z:${pictures[0]}" "Z:${pictures[1]}"
+show scripts/wine.sh $host info
+show scripts/wine.sh $host blend "Z:${pictures[0]}" "Z:${pictures[1]}" out/blend.png --op opacity-ramp-keep --opacity 230 --ramp 1 0.1
+# Direct3D needs a display.
+show scripts/wine_display.sh $host demo out "Z:${pictures[0]}" "Z:${pictures[1]}"
 
 echo
 echo "The pictures are in $PWD/out: contact-sheet-*.png and blend.png"

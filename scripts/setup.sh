@@ -14,6 +14,7 @@ packages=(
   doxygen                                # the API reference
   frei0r-plugins-dev ffmpeg              # the sample plug-ins, and a program that loads them
   ocl-icd-libopencl1 pocl-opencl-icd     # an OpenCL runtime, which Wine hands on
+  xvfb xauth libgl1 libgl1-mesa-dri      # Direct3D under Wine, on software
 )
 
 missing=()

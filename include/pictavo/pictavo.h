@@ -52,6 +52,11 @@
 #define PICTAVO_API
 #endif
 
+// Direct3D 11's own, from <d3d11.h>.
+struct ID3D11Device;
+struct ID3D11DeviceContext;
+struct ID3D11Texture2D;
+
 namespace pictavo {
 
 using u8 = uint8_t;    ///< a byte
@@ -121,6 +126,20 @@ static_assert(offsetof(ImageDesc, bufferWidth) == 8 && offsetof(ImageDesc, buffe
                   offsetof(ImageDesc, pitch) == 40 && offsetof(ImageDesc, bytesPerPixel) == 44,
               "the order and places of ImageDesc's fields are part of the contract");
 
+/// A host's own object behind a picture, where a Direct3D method takes one: the data of a record
+/// whose memoryKind is not PICTAVO_MEMORY_D3D11_TEXTURE. Only its fifth method is called.
+struct IHostPicture {
+  virtual void Host0() noexcept = 0;  ///< Not called.
+  virtual void Host1() noexcept = 0;  ///< Not called.
+  virtual void Host2() noexcept = 0;  ///< Not called.
+  virtual void Host3() noexcept = 0;  ///< Not called.
+  /// The picture's texture, without a reference for the caller; null when there is none.
+  virtual ID3D11Texture2D* GetTexture(const ImageDesc* picture) noexcept = 0;
+
+ protected:
+  ~IHostPicture() = default;
+};
+
 /// How BlendLayer and BlendLayerSubpixel mix.
 struct BlendParam {
   u32 mode;       ///< 0 … 23
@@ -167,6 +186,128 @@ struct IPictavoSurface {
  protected:
   ~IPictavoSurface() = default;
 };
+
+/// @name Operations of D3DComputeOp
+/// Each with its parameter record below it.
+/// @{
+inline constexpr i32 PICTAVO_D3D_COPY = 1;           ///< no record
+inline constexpr i32 PICTAVO_D3D_BOX_BLUR = 2;       ///< D3DBlurParam
+inline constexpr i32 PICTAVO_D3D_GROW = 3;           ///< D3DGrowParam
+inline constexpr i32 PICTAVO_D3D_COPY_REGION = 5;    ///< D3DRegion
+inline constexpr i32 PICTAVO_D3D_SCALE = 6;          ///< D3DScaleParam
+inline constexpr i32 PICTAVO_D3D_COPY_MATERIAL = 8;  ///< D3DRegion
+inline constexpr i32 PICTAVO_D3D_FILTER_REGION = 9;  ///< D3DRegionFilterParam
+inline constexpr i32 PICTAVO_D3D_COPY_AFFINE = 10;   ///< D3DAffineParam
+inline constexpr i32 PICTAVO_D3D_FILL = 11;          ///< D3DFillParam
+inline constexpr i32 PICTAVO_D3D_GROW_REGION = 12;   ///< D3DGrowRegionParam
+inline constexpr i32 PICTAVO_D3D_TINT = 13;          ///< D3DTintParam
+inline constexpr i32 PICTAVO_D3D_CHROMA_KEY = 14;    ///< D3DKeyParam
+/// @}
+
+/// A part of the source and where it goes, in pixels. What leaves either picture is cut off.
+struct D3DRegion {
+  i32 dstX;    ///< where the part's left column goes
+  i32 dstY;    ///< where its top row goes
+  i32 srcX;    ///< its left column
+  i32 srcY;    ///< its top row
+  i32 width;   ///< its columns
+  i32 height;  ///< its rows
+};
+static_assert(sizeof(D3DRegion) == 24, "D3DRegion is 24 bytes");
+
+/// A box of 2 * trunc(radius * scale + 0.5) + 1 pixels each way.
+struct D3DBlurParam {
+  double radiusX;  ///< to the left and right, at a scale of 1
+  double radiusY;  ///< up and down, at a scale of 1
+  f32 scale;       ///< size of the picture compared with the one that the radii are meant for
+};
+static_assert(sizeof(D3DBlurParam) == 24, "D3DBlurParam is 24 bytes");
+
+/// A filter that pictures grow by. Its radius R is the larger of the two; a shape's weight at a
+/// distance d from the middle is stated beside it.
+struct D3DGrowParam {
+  u32 radiusX;  ///< columns to either side that count, 0 … 32
+  u32 radiusY;  ///< rows above and below that count, 0 … 32
+  u32 shape;    ///< 0 square: 1; 1 disc: 1 for d <= R + 0.5, else 0; 2 cone: 1 - d / (R + 1);
+                ///< 3 bell: exp(-4.5 * d * d / (R * R))
+  f32 alpha;    ///< factor of all weights, 0 … 1
+};
+static_assert(sizeof(D3DGrowParam) == 16, "D3DGrowParam is 16 bytes");
+
+/// A region grown by a filter.
+struct D3DGrowRegionParam {
+  D3DRegion region;     ///< what is written; the filter also reads around it
+  D3DGrowParam filter;  ///< what it grows by
+  u32 clipSource;       ///< non-zero takes out what the source itself covers: an outline remains
+};
+static_assert(sizeof(D3DGrowRegionParam) == 44, "D3DGrowRegionParam is 44 bytes");
+
+/// The rectangle of the destination that the whole source is scaled into, in pixels. What leaves
+/// the destination is cut off.
+struct D3DScaleParam {
+  i32 left;    ///< first column
+  i32 top;     ///< first row
+  i32 right;   ///< the column after the last
+  i32 bottom;  ///< the row after the last
+};
+static_assert(sizeof(D3DScaleParam) == 16, "D3DScaleParam is 16 bytes");
+
+/// A region whose pixels become the mean of those within a radius.
+struct D3DRegionFilterParam {
+  D3DRegion region;  ///< of at most 16384 columns and rows
+  i32 radius;        ///< in pixels, 0 … 128
+};
+static_assert(sizeof(D3DRegionFilterParam) == 28, "D3DRegionFilterParam is 28 bytes");
+
+/// Where destination pixels come from: x columns and y rows from (dstX, dstY), the source's column
+/// xStart + x * xStepX + y * xStepY and row yStart + x * yStepX + y * yStepY, in 1/65536 of a
+/// pixel. Whole numbers are the pixels' own places.
+struct D3DAffineParam {
+  i32 dstX;       ///< the first column that is written, on to the right edge
+  i32 dstY;       ///< the first row that is written, on to the bottom edge
+  i32 srcX;       ///< left column of the part of the source that counts
+  i32 srcY;       ///< its top row
+  i32 srcWidth;   ///< its columns
+  i32 srcHeight;  ///< its rows
+  i32 xStart;     ///< column of the first pixel
+  i32 yStart;     ///< row of the first pixel
+  i32 xStepX;     ///< columns further for each column
+  i32 xStepY;     ///< columns further for each row
+  i32 yStepX;     ///< rows further for each column
+  i32 yStepY;     ///< rows further for each row
+};
+static_assert(sizeof(D3DAffineParam) == 48, "D3DAffineParam is 48 bytes");
+
+/// A rectangle in pixels, and its colour, each channel 0 … 1. A plane takes the alpha.
+struct D3DFillParam {
+  i32 left;    ///< first column
+  i32 top;     ///< first row
+  i32 right;   ///< the column after the last
+  i32 bottom;  ///< the row after the last
+  f32 red;     ///< red
+  f32 green;   ///< green
+  f32 blue;    ///< blue
+  f32 alpha;   ///< alpha
+};
+static_assert(sizeof(D3DFillParam) == 32, "D3DFillParam is 32 bytes");
+
+/// A colour for the shape of a source, each channel 0 … 1, and where the source goes.
+struct D3DTintParam {
+  i32 dstX;   ///< where the source's left column goes, in pixels
+  i32 dstY;   ///< where its top row goes
+  f32 red;    ///< red
+  f32 green;  ///< green
+  f32 blue;   ///< blue
+};
+static_assert(sizeof(D3DTintParam) == 20, "D3DTintParam is 20 bytes");
+
+/// A region and the colours to key it by.
+struct D3DKeyParam {
+  D3DRegion region;       ///< what is keyed
+  const ChromaKey* keys;  ///< the colours
+  i32 keyCount;           ///< 1 … 1024
+};
+static_assert(sizeof(D3DKeyParam) == 40, "D3DKeyParam is 40 bytes");
 
 // No two methods of the chain share a name and none is a destructor: compilers place overloads and
 // virtual destructors differently, and the table below must be the same for all of them.
@@ -814,8 +955,7 @@ struct IPictavo5 : IPictavo4 {
   ~IPictavo5() = default;
 };
 
-/// Slots 98 to 110: OpenCL and Direct3D 11. The arguments of the methods without any here are fixed
-/// when they are built.
+/// Slots 98 to 110: OpenCL and Direct3D 11.
 ///
 /// The OpenCL methods load the system's OpenCL runtime at the first call and run on its first GPU,
 /// or on its first device of another kind when it has none. They read and write plain memory
@@ -864,7 +1004,14 @@ struct IPictavo6 : IPictavo5 {
   /// alike. A device may differ from the rule by 1.
   virtual u32 BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept = 0;
 
-  virtual u32 BoxBlurD3D() noexcept = 0;  ///< Slot 103. Not built yet.
+  /// Slot 103. Blurs a texture by a box: every channel of a pixel becomes the mean of the pixels up
+  /// to `radius` columns and rows away, as far as the picture has them, (sum + count / 2) / count.
+  ///
+  /// Pictures, state of the context and codes as slot 108; source and destination have one size,
+  /// and are both colour or both planes. @return as slot 108; PICTAVO_E_INVALIDARG also for
+  /// pictures that do not fit together
+  virtual u32 BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
+                         const ImageDesc* src, u32 radius) noexcept = 0;
 
   /// Slot 104. Box blur of a 32-bit picture, along rows and then along columns, every channel
   /// alike; premultiply first where alpha varies. Each pass makes a pixel the mean of the window
@@ -887,9 +1034,63 @@ struct IPictavo6 : IPictavo5 {
   /// @return as slot 71; PICTAVO_E_INVALIDARG also for pixels of 1 byte
   virtual u32 ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept = 0;
 
-  /// Slot 108. Runs one of the Direct3D operations 0 … 14. Not built yet; arguments beyond these
-  /// two are fixed when it is.
-  virtual u32 D3DComputeOp(i32 opCode, i32 subMode) noexcept = 0;
+  /// Slot 108. Runs a Direct3D 11 operation on textures, by compute shaders on the host's context.
+  ///
+  /// Pictures are textures of one of three formats: B8G8R8A8_UNORM, R8G8B8A8_UNORM, or R8_UNORM, a
+  /// plane of alphas. Operations convert between them: a plane read is white of its alpha, a plane
+  /// written takes the alpha. Of the records only memoryKind and data are read; the size is the
+  /// texture's. Textures are single (no array, no multisampling, the first level) and of `device`;
+  /// a destination needs D3D11_BIND_UNORDERED_ACCESS, a source D3D11_BIND_SHADER_RESOURCE and must
+  /// not be bound for output. Pixels of the destination outside what an operation writes stay.
+  ///
+  /// | opCode | param | what the destination gets |
+  /// |---|---|---|
+  /// | 1 | null | the source's pixels, as far as both reach; both colour or both planes |
+  /// | 2 | D3DBlurParam | slot 103 with a radius for columns and one for rows |
+  /// | 3 | D3DGrowParam | the source grown by a filter, as far as both reach; no planes |
+  /// | 5 | D3DRegion | the region |
+  /// | 6 | D3DScaleParam | the source scaled by the rule of slot 29 |
+  /// | 8 | D3DRegion | the region; where it leaves the source, the source's edge goes on |
+  /// | 9 | D3DRegionFilterParam | operation 8's region, filtered |
+  /// | 10 | D3DAffineParam | the source through an affine map |
+  /// | 11 | D3DFillParam | one colour; `src` is not read |
+  /// | 12 | D3DGrowRegionParam | the region, grown by a filter |
+  /// | 13 | D3DTintParam | one colour with the source's alpha; no planes |
+  /// | 14 | D3DKeyParam | the region, keyed as slot 86 keys BGRA pictures |
+  ///
+  /// With colours as bytes, and divisions rounding towards zero:
+  ///
+  /// - Filtered: along rows, then along columns, the mean of the pixels up to the radius away and
+  ///   inside the region. Of n pixels with S the sum of alphas, alpha becomes (S + n / 2) / n and
+  ///   each colour (the sum of colour * alpha + S / 2) / S, 0 where S = 0.
+  /// - Grown: of the pixels inside the filter, the one with the most alpha * weight, the first in
+  ///   reading order of several, weights being rounded to 256ths. Alpha becomes that product,
+  ///   rounded; nothing is left where it is 0. clipSource multiplies it by 255 less the source's
+  ///   own alpha there, / 255, rounded.
+  /// - Affine: four pixels around the place, with the upper 8 bits of its fraction as weights, the
+  ///   last column and row of the part going on. The weighted sum of alphas, S, becomes alpha
+  ///   (S + 32768) >> 16, and colours the weighted mean by alpha, rounded. Places left of or above
+  ///   the part, or beyond its last column or row, leave the destination's pixel.
+  /// - Keyed: each channel within 1 of slot 86 with format 1, but for pixels that lie on one of its
+  ///   limits to the last bits of a float.
+  ///
+  /// The context's compute shader, its first constant buffer and its first three inputs and outputs
+  /// are put back afterwards, a range of a constant buffer as the whole buffer; Direct3D itself
+  /// unbinds the destination from wherever else it is bound. The call only records work, so a
+  /// deferred context will do. The object keeps shaders and buffers of the last device, and so the
+  /// device, until it is released or used with another one; of contexts and textures it keeps
+  /// nothing. One thread at a time may use a context.
+  ///
+  /// @param subMode 0; for opCode 0 also 2
+  /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when nothing is to be written; PICTAVO_E_NOTIMPL for
+  /// opCode 0, 4 and 7; PICTAVO_E_FAIL for another opCode and for a texture of another format;
+  /// PICTAVO_E_POINTER when an argument, a record's texture or the keys are null;
+  /// PICTAVO_E_INVALIDARG for another subMode, pictures that cannot be used as stated, one texture
+  /// as both, values out of their range and places too far out to compute; PICTAVO_E_OUTOFMEMORY;
+  /// what Direct3D answers when it fails or the device is removed
+  virtual u32 D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
+                           ID3D11DeviceContext* context, const ImageDesc* dst, const ImageDesc* src,
+                           const void* param) noexcept = 0;
 
   virtual u32 Reserved109() noexcept = 0;  ///< Slot 109. Expands a plane into 32-bit pixels.
   virtual u32 Reserved110() noexcept = 0;  ///< Slot 110. Expands a plane into 32-bit pixels.

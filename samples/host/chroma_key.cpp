@@ -1,4 +1,6 @@
 // The chroma key: pictavo-host key, and the demo's part.
+#include "chroma_key.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -10,9 +12,6 @@
 #include "demo.h"
 
 namespace host {
-namespace {
-
-using Keys = std::vector<pictavo::ChromaKey>;
 
 bool Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source, const Keys& keys) {
   const pictavo::ImageDesc src = Describe(source);
@@ -20,13 +19,6 @@ bool Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source, const 
   constexpr i32 kBgra = 1;
   return object->ApplyChromaKey(&src, &to, keys.data(), static_cast<i32>(keys.size()), kBgra) ==
          pictavo::PICTAVO_S_OK;
-}
-
-/// A keyed picture in front of a background of its size.
-Picture InFront(pictavo::IPictavo6* object, const Picture& keyed, Picture background) {
-  object->BlendOverPitched(background.pixels.data(), keyed.pixels.data(), keyed.width, keyed.height,
-                           keyed.pitch());
-  return background;
 }
 
 pictavo::ChromaKey ParseKey(Parser* parser) {
@@ -39,6 +31,15 @@ pictavo::ChromaKey ParseKey(Parser* parser) {
           0,
           angle,
           parser->Integer("DENOISE of the key", -kFar, kFar)};
+}
+
+namespace {
+
+/// A keyed picture in front of a background of its size.
+Picture InFront(pictavo::IPictavo6* object, const Picture& keyed, Picture background) {
+  object->BlendOverPitched(background.pixels.data(), keyed.pixels.data(), keyed.width, keyed.height,
+                           keyed.pitch());
+  return background;
 }
 
 int RunKey(pictavo::Library& library, const Arguments& arguments) {
@@ -92,8 +93,8 @@ struct Screen {
   }
 };
 
-/// A rosette of the picture's middle as a camera sees it in front of a green screen: edges are
-/// soft, and the screen's light falls on what is near them.
+}  // namespace
+
 Picture OnGreenScreen(Picture picture) {
   const Screen screen = {picture.width, picture.height};
   const double size = 0.315 * std::min(picture.width, picture.height);
@@ -115,7 +116,7 @@ Picture OnGreenScreen(Picture picture) {
   return picture;
 }
 
-}  // namespace
+Keys KeysOfScreen() { return {{Screen::kRed, Screen::kGreen, Screen::kBlue, 0, 82, 25}}; }
 
 const Command kKeyCommand = {
     L"key",
@@ -138,7 +139,7 @@ const Effect kKeyEffect = {"key", 3, [](Parser& settings, Size size) -> Step {
 
 std::vector<SheetColumn> ShowChromaKey(Demo& demo) {
   const Picture source = OnGreenScreen(demo.layer);
-  const Keys keys = {{Screen::kRed, Screen::kGreen, Screen::kBlue, 0, 82, 25}};
+  const Keys keys = KeysOfScreen();
   const Picture keyed = demo.Examine(
       {"chroma key", 86, Picture(source.width, source.height),
        [&](pictavo::IPictavo6* object, Picture* dst) { return Key(object, dst, source, keys); }});

@@ -21,7 +21,8 @@ struct Command {
 // The commands, each in its own file.
 extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kMotionBlurCommand,
     kBlurCommand, kResizeCommand, kConvertCommand, kBorderCommand, kHistogramCommand,
-    kStreamCommand, kOpenCLCommand, kDemoCommand;
+    kStreamCommand, kOpenCLCommand, kGpuKeyCommand, kGpuBlurCommand, kGpuResizeCommand,
+    kGpuTurnCommand, kGpuOutlineCommand, kDemoCommand;
 
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);

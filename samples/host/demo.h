@@ -77,6 +77,8 @@ std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);
 std::vector<SheetColumn> ShowOpenCL(Demo& demo);  // nothing without a device
 std::vector<SheetColumn> ShowChromaKey(Demo& demo);
+/// Without columns where there is no device.
+std::vector<SheetColumn> ShowGpu(Demo& demo);
 std::vector<SheetColumn> ShowResizing(Demo& demo);
 
 }  // namespace host

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 
 #include "commands.h"
 #include "demo.h"
@@ -24,6 +25,7 @@ const Sheet kSheets[] = {
     {"resizing", "resizing", {ShowResizing}},
     {"conversions", "conversions, borders, counting", {ShowConversions}},
     {"opencl", "OpenCL", {ShowOpenCL}},
+    {"gpu", "on the graphics card", {ShowGpu}},
 };
 
 /// Stands in for a photograph: waves of colour. Other seeds give other pictures.
@@ -51,14 +53,14 @@ void MakeFolder(const std::filesystem::path& folder) {
 }
 
 /// Runs a sheet's parts and writes it. Returns where; nowhere when they have nothing to show.
-std::filesystem::path WriteSheet(const Sheet& sheet, const std::string& version,
-                                 const std::filesystem::path& folder, Demo* demo) {
+std::optional<std::filesystem::path> WriteSheet(const Sheet& sheet, const std::string& version,
+                                                const std::filesystem::path& folder, Demo* demo) {
   std::vector<SheetColumn> columns;
   for (const Part part : sheet.parts) {
     for (SheetColumn& column : part(*demo)) columns.push_back(std::move(column));
   }
-  if (columns.empty()) return {};
-  const std::filesystem::path path = folder / Format("contact-sheet-%s.png", sheet.name);
+  if (columns.empty()) return std::nullopt;
+  std::filesystem::path path = folder / Format("contact-sheet-%s.png", sheet.name);
   WritePicture(path, DrawContactSheet("Pictavo " + version + ": " + sheet.title,
                                       Format("%d × %d pixels, level %d: %s", demo->background.width,
                                              demo->background.height, demo->highestLevel,
@@ -85,8 +87,7 @@ int RunDemo(pictavo::Library& library, const Arguments& arguments) {
 
   std::vector<std::filesystem::path> written;
   for (const Sheet& sheet : kSheets) {
-    std::filesystem::path path = WriteSheet(sheet, version, folder, &demo);
-    if (!path.empty()) written.push_back(std::move(path));
+    if (auto path = WriteSheet(sheet, version, folder, &demo)) written.push_back(*std::move(path));
   }
   std::puts("");
   for (const std::filesystem::path& path : written)

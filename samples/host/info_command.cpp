@@ -82,6 +82,12 @@ bool ProbeDetection(IPictavo6* object) {
   return object->GetCPULevel() != kNoLevel;
 }
 
+bool ProbeD3D(IPictavo6* object) {
+  constexpr i32 kAnyOperation = pictavo::PICTAVO_D3D_COPY;
+  return object->D3DComputeOp(kAnyOperation, 0, nullptr, nullptr, nullptr, nullptr, nullptr) !=
+         pictavo::PICTAVO_E_NOTIMPL;
+}
+
 template <auto method>
 bool Is(IPictavo6* object) {
   return Probe(object, method);
@@ -157,7 +163,7 @@ constexpr Method kMethods[] = {
     {104, "FastBlurOpenCL", Is<&I::FastBlurOpenCL>},
     {105, "MemsetColorOpenCL", Is<&I::MemsetColorOpenCL>},
     {107, "ExtendBoundaryTransparent", Is<&I::ExtendBoundaryTransparent>},
-    {108, "D3DComputeOp", Is<&I::D3DComputeOp>},
+    {108, "D3DComputeOp", ProbeD3D},
 };
 
 struct Module {

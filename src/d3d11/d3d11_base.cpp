@@ -2,9 +2,50 @@
 
 #include <mutex>
 
+#include "d3d11/code.h"
+#include "d3d11/shader_blocks.h"
+
 namespace pictavo {
 
 CD3D11Base::~CD3D11Base() { delete utility_; }
+
+bool CD3D11Base::EnsureUtility() noexcept {
+  const std::lock_guard guard(utilityLock_);
+  if (utility_ == nullptr) utility_ = CCommonUtility::Create("Pictavo_CD3D11Base", this);
+  return utility_ != nullptr;
+}
+
+u32 CD3D11Base::CreateTexture2D(ID3D11Device* device, u32 width, u32 height, DXGI_FORMAT format,
+                                u32 bindFlags, ID3D11Texture2D** texture) noexcept {
+  if (!EnsureUtility()) return PICTAVO_E_FAIL;
+  if (*texture != nullptr) {
+    u32 heldWidth = 0, heldHeight = 0;
+    GetTextureSize(*texture, &heldWidth, &heldHeight);
+    if (heldWidth == width && heldHeight == height) return PICTAVO_S_OK;
+    (*texture)->Release();
+    *texture = nullptr;
+  }
+  if (device == nullptr) return PICTAVO_E_POINTER;
+  const D3D11_TEXTURE2D_DESC desc = {.Width = width,
+                                     .Height = height,
+                                     .MipLevels = 1,
+                                     .ArraySize = 1,
+                                     .Format = format,
+                                     .SampleDesc = {.Count = 1, .Quality = 0},
+                                     .Usage = D3D11_USAGE_DEFAULT,
+                                     .BindFlags = bindFlags,
+                                     .CPUAccessFlags = 0,
+                                     .MiscFlags = 0};
+  return d3d11::Code(device->CreateTexture2D(&desc, nullptr, texture));
+}
+
+void CD3D11Base::GetTextureSize(ID3D11Texture2D* texture, u32* width, u32* height) noexcept {
+  if (texture == nullptr) return;
+  D3D11_TEXTURE2D_DESC desc;
+  texture->GetDesc(&desc);
+  *width = desc.Width;
+  *height = desc.Height;
+}
 
 CPictavo_D3D::~CPictavo_D3D() { ReleaseResources(); }
 
@@ -14,11 +55,74 @@ void CPictavo_D3D::ReleaseResources() noexcept {
     if (resource != nullptr) resource->Release();
     resource = nullptr;
   }
+  resourceDevice_ = nullptr;
 }
 
-CPictavo_Dilation::CPictavo_Dilation() noexcept
-    : filterUtility_(CCommonUtility::Create("CPictavo_Dilation", this)) {}
+ID3D11Texture2D* CPictavo_D3D::GetTexture(const ImageDesc* picture) noexcept {
+  if (picture->data == nullptr) return nullptr;
+  if (picture->memoryKind == PICTAVO_MEMORY_D3D11_TEXTURE) {
+    return static_cast<ID3D11Texture2D*>(picture->data);
+  }
+  return static_cast<IHostPicture*>(picture->data)->GetTexture(picture);
+}
 
-CPictavo_Dilation::~CPictavo_Dilation() { delete filterUtility_; }
+u32 CPictavo_D3D::GetColorFormat(ID3D11Texture2D* texture, u32* format) noexcept {
+  D3D11_TEXTURE2D_DESC desc;
+  texture->GetDesc(&desc);
+  switch (desc.Format) {
+    case DXGI_FORMAT_B8G8R8A8_UNORM:
+      *format = d3d11::kBgra;
+      return PICTAVO_S_OK;
+    case DXGI_FORMAT_R8G8B8A8_UNORM:
+      *format = d3d11::kRgba;
+      return PICTAVO_S_OK;
+    case DXGI_FORMAT_R8_UNORM:
+      *format = d3d11::kPlane;
+      return PICTAVO_S_OK;
+    default:
+      return PICTAVO_E_FAIL;
+  }
+}
+
+template <typename T, typename Create>
+u32 CPictavo_D3D::GetResource(ID3D11Device* device, size_t index, T** result,
+                              Create create) noexcept {
+  const std::lock_guard guard(resourceLock_);
+  if (device != resourceDevice_) ReleaseResources();  // the lock may be taken twice
+  IUnknown*& entry = resources_[index];
+  if (entry == nullptr) {
+    T* created = nullptr;
+    const HRESULT code = create(&created);
+    if (FAILED(code)) return d3d11::Code(code);
+    entry = created;
+    resourceDevice_ = device;
+  }
+  entry->AddRef();
+  *result = static_cast<T*>(entry);
+  return PICTAVO_S_OK;
+}
+
+u32 CPictavo_D3D::GetShader(ID3D11Device* device, d3d11::Shader shader,
+                            ID3D11ComputeShader** result) noexcept {
+  const auto index = static_cast<size_t>(shader);
+  const d3d11::Bytecode& code = d3d11::kBytecode[index];
+  return GetResource(device, index, result, [&](ID3D11ComputeShader** created) {
+    return device->CreateComputeShader(code.data, code.size, nullptr, created);
+  });
+}
+
+u32 CPictavo_D3D::GetConstantBuffer(ID3D11Device* device, u32 size,
+                                    ID3D11Buffer** result) noexcept {
+  const size_t index = d3d11::kShaderCount + size / kConstantUnit - 1;
+  return GetResource(device, index, result, [&](ID3D11Buffer** created) {
+    const D3D11_BUFFER_DESC desc = {.ByteWidth = size,
+                                    .Usage = D3D11_USAGE_DEFAULT,
+                                    .BindFlags = D3D11_BIND_CONSTANT_BUFFER,
+                                    .CPUAccessFlags = 0,
+                                    .MiscFlags = 0,
+                                    .StructureByteStride = 0};
+    return device->CreateBuffer(&desc, nullptr, created);
+  });
+}
 
 }  // namespace pictavo

@@ -180,14 +180,16 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
                       const f32* matrix) noexcept override;
   u32 Reserved101() noexcept override;
   u32 BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept override;
-  u32 BoxBlurD3D() noexcept override;
+  u32 BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
+                 const ImageDesc* src, u32 radius) noexcept override;
   u32 FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                      u32 radiusY) noexcept override;
   u32 MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept override;
   u32 Reserved106(u8* dst, const u8* src, i64 count, u32 first, u32 second, u32 third,
                   u32 fourth) noexcept override;
   u32 ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept override;
-  u32 D3DComputeOp(i32 opCode, i32 subMode) noexcept override;
+  u32 D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device, ID3D11DeviceContext* context,
+                   const ImageDesc* dst, const ImageDesc* src, const void* param) noexcept override;
   u32 Reserved109() noexcept override;
   u32 Reserved110() noexcept override;
 

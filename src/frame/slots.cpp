@@ -310,7 +310,10 @@ u32 Pictavo::Reserved101() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept {
   return opencl::BilinearInterpolation(*this, dst, src);
 }
-u32 Pictavo::BoxBlurD3D() noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
+                        const ImageDesc* src, u32 radius) noexcept {
+  return BoxBlur({device, context, dst, src}, radius, radius);
+}
 u32 Pictavo::FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                             u32 radiusY) noexcept {
   CCommonUtility* client = EnsureMemoryClient() ? memoryClient : nullptr;
@@ -325,7 +328,43 @@ u32 Pictavo::Reserved106(u8*, const u8*, i64, u32, u32, u32, u32) noexcept {
 u32 Pictavo::ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept {
   return cpu::ExtendBoundaryTransparent(image, border);
 }
-u32 Pictavo::D3DComputeOp(i32, i32) noexcept { return PICTAVO_E_NOTIMPL; }
+u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
+                          ID3D11DeviceContext* context, const ImageDesc* dst, const ImageDesc* src,
+                          const void* param) noexcept {
+  if (opCode < 0 || opCode > PICTAVO_D3D_CHROMA_KEY) return PICTAVO_E_FAIL;
+  if (subMode != 0 && (opCode != 0 || subMode != 2)) return PICTAVO_E_INVALIDARG;
+  const D3DCall call = {device, context, dst, src};
+  switch (opCode) {
+    case PICTAVO_D3D_COPY:
+      return PlainCopy(call);
+    case PICTAVO_D3D_BOX_BLUR:
+      return BoxBlur(call, static_cast<const D3DBlurParam*>(param));
+    case PICTAVO_D3D_GROW:
+      if (!EnsureDilation()) return PICTAVO_E_OUTOFMEMORY;
+      return dilation->Grow(call, static_cast<const D3DGrowParam*>(param));
+    case PICTAVO_D3D_COPY_REGION:
+      return RegionCopy(call, static_cast<const D3DRegion*>(param));
+    case PICTAVO_D3D_SCALE:
+      return ScaledCopy(call, static_cast<const D3DScaleParam*>(param));
+    case PICTAVO_D3D_COPY_MATERIAL:
+      return MaterialCopy(call, static_cast<const D3DRegion*>(param));
+    case PICTAVO_D3D_FILTER_REGION:
+      return RegionFilter(call, static_cast<const D3DRegionFilterParam*>(param));
+    case PICTAVO_D3D_COPY_AFFINE:
+      return AffineCopy(call, static_cast<const D3DAffineParam*>(param));
+    case PICTAVO_D3D_FILL:
+      return Fill(call, static_cast<const D3DFillParam*>(param));
+    case PICTAVO_D3D_GROW_REGION:
+      if (!EnsureDilation()) return PICTAVO_E_OUTOFMEMORY;
+      return dilation->GrowRegion(call, static_cast<const D3DGrowRegionParam*>(param));
+    case PICTAVO_D3D_TINT:
+      return ColourFromSource(call, static_cast<const D3DTintParam*>(param));
+    case PICTAVO_D3D_CHROMA_KEY:
+      return ApplyKeys(call, static_cast<const D3DKeyParam*>(param));
+    default:
+      return PICTAVO_E_NOTIMPL;
+  }
+}
 u32 Pictavo::Reserved109() noexcept { return PICTAVO_E_NOTIMPL; }
 u32 Pictavo::Reserved110() noexcept { return PICTAVO_E_NOTIMPL; }
 }  // namespace pictavo

@@ -119,6 +119,7 @@ TEST(Parts, ComeOnDemandAndGoInOrder) {
     Pictavo object;
     const std::string opencl = ClientName("VKTMask_COCLBase", static_cast<COCLBase*>(&object));
     const std::string own = ClientName("Pictavo", &object);
+    const std::string d3d = ClientName("Pictavo_CD3D11Base", static_cast<CD3D11Base*>(&object));
     expected = {"memory5 create " + opencl, "detect create", "detect Initialize 0", "detect Has 8"};
     EXPECT_EQ(TakeEvents(), expected);
     EXPECT_EQ(LoadedModules(), (std::vector<std::wstring>{kModules[0], kModules[3]}));
@@ -128,16 +129,19 @@ TEST(Parts, ComeOnDemandAndGoInOrder) {
       EXPECT_TRUE(object.EnsureDilation());
       EXPECT_TRUE(object.EnsureMemoryClient());
       EXPECT_TRUE(object.EnsureConvertUtility());
+      ID3D11Texture2D* texture = nullptr;
+      EXPECT_EQ(object.CreateTexture2D(nullptr, 1, 1, DXGI_FORMAT_R8_UNORM, 0, &texture),
+                PICTAVO_E_POINTER);
     }
     Events events = TakeEvents();
-    ASSERT_EQ(events.size(), 4u);
+    ASSERT_EQ(events.size(), 5u);
     const std::string dilation = events[1].substr(std::string("memory5 create ").size());
     EXPECT_EQ(dilation.substr(0, 20), "CPictavo_Dilation(0x");
     expected = {"render create", "memory5 create " + dilation, "memory5 create " + own,
-                "convert create"};
+                "convert create", "memory5 create " + d3d};
     EXPECT_EQ(events, expected);
     expected = {"detect release", "convert release", "render release"};
-    for (const auto& client : {own, dilation, opencl}) {
+    for (const auto& client : {own, dilation, opencl, d3d}) {
       expected.push_back("memory5 release " + client);
     }
   }

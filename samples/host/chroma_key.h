@@ -1,0 +1,28 @@
+// What the chroma keys of the processor and of the graphics card share.
+#ifndef PICTAVO_SAMPLES_HOST_CHROMA_KEY_H_
+#define PICTAVO_SAMPLES_HOST_CHROMA_KEY_H_
+
+#include <vector>
+
+#include "command_line.h"
+
+namespace host {
+
+using Keys = std::vector<pictavo::ChromaKey>;
+
+/// Writes the keyed source; true when the library did it.
+bool Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source, const Keys& keys);
+
+/// Takes RRGGBB ANGLE DENOISE from a command line.
+pictavo::ChromaKey ParseKey(Parser* parser);
+
+/// A rosette of the picture's middle as a camera sees it in front of a green screen: edges are
+/// soft, and the screen's light falls on what is near them.
+Picture OnGreenScreen(Picture picture);
+
+/// The keys for that screen.
+Keys KeysOfScreen();
+
+}  // namespace host
+
+#endif  // PICTAVO_SAMPLES_HOST_CHROMA_KEY_H_

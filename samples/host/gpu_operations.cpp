@@ -1,0 +1,263 @@
+// The graphics card: pictavo-host gpu-*, and the demo's part.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <numbers>
+
+#include "chroma_key.h"
+#include "commands.h"
+#include "demo.h"
+#include "gpu.h"
+
+namespace host {
+namespace {
+
+Picture KeyOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, const Keys& keys) {
+  const pictavo::D3DKeyParam param = {
+      {0, 0, 0, 0, src.width, src.height}, keys.data(), static_cast<i32>(keys.size())};
+  return gpu.Run(object, pictavo::PICTAVO_D3D_CHROMA_KEY, &param, src, {src.width, src.height});
+}
+
+Picture ResizeOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, Size size) {
+  const pictavo::D3DScaleParam param = {0, 0, size.width, size.height};
+  return gpu.Run(object, pictavo::PICTAVO_D3D_SCALE, &param, src, size);
+}
+
+Picture BlurOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, u32 radius) {
+  const Gpu::Texture source = gpu.Upload(src), result = gpu.Create(src.width, src.height);
+  const pictavo::ImageDesc from = Describe(source.Get()), to = Describe(result.Get());
+  if (object->BoxBlurD3D(gpu.device(), gpu.context(), &to, &from, radius) !=
+      pictavo::PICTAVO_S_OK) {
+    throw Failure("the library refused to blur on the graphics card");
+  }
+  return gpu.Download(result.Get());
+}
+
+/// Turns a picture around its middle, clockwise.
+Picture TurnOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, double degrees) {
+  const double angle = degrees * std::numbers::pi / 180;
+  const double cosine = std::cos(angle), sine = std::sin(angle);
+  const double middleX = (src.width - 1) / 2.0, middleY = (src.height - 1) / 2.0;
+  const auto fixed = [](double value) { return static_cast<i32>(std::lround(value * 65536)); };
+  const pictavo::D3DAffineParam param = {
+      .dstX = 0,
+      .dstY = 0,
+      .srcX = 0,
+      .srcY = 0,
+      .srcWidth = src.width,
+      .srcHeight = src.height,
+      .xStart = fixed(middleX - cosine * middleX - sine * middleY),
+      .yStart = fixed(middleY + sine * middleX - cosine * middleY),
+      .xStepX = fixed(cosine),
+      .xStepY = fixed(sine),
+      .yStepX = fixed(-sine),
+      .yStepY = fixed(cosine)};
+  return gpu.Run(object, pictavo::PICTAVO_D3D_COPY_AFFINE, &param, src, {src.width, src.height});
+}
+
+/// A picture with a line of one colour, 0xRRGGBB, around what it shows: in front of its own shape,
+/// which is larger and all of that colour.
+Picture OutlineOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& picture, u32 radius,
+                     u32 colour) {
+  const Size size = {picture.width, picture.height};
+  constexpr u32 kDisc = 1;
+  const pictavo::D3DGrowRegionParam grow = {
+      {0, 0, 0, 0, size.width, size.height}, {radius, radius, kDisc, 1.0f}, 0};
+  const auto channel = [=](int shift) { return static_cast<f32>(colour >> shift & 255) / 255.0f; };
+  const pictavo::D3DTintParam tint = {0, 0, channel(16), channel(8), channel(0)};
+  const Picture shape = gpu.Run(object, pictavo::PICTAVO_D3D_GROW_REGION, &grow, picture, size);
+  Picture outlined = gpu.Run(object, pictavo::PICTAVO_D3D_TINT, &tint, shape, size);
+  object->BlendOverPitched(outlined.pixels.data(), picture.pixels.data(), size.width, size.height,
+                           picture.pitch());
+  return outlined;
+}
+
+/// Takes what follows PICTURE OUT from a command line, and does it.
+using Work = Picture (*)(const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src);
+
+template <Work work>
+int RunOnGpu(pictavo::Library& library, const Arguments& arguments) {
+  Parser parser(arguments);
+  const std::wstring from = parser.Next("PICTURE"), to = parser.Next("OUT");
+  const Gpu gpu;
+  const Picture result = work(gpu, library.get(), &parser, ReadPicture(from));
+  if (!parser.AtEnd()) throw UsageFailure("there is one argument too many");
+  WritePicture(to, result);
+  std::printf("%s: %d x %d, on what Direct3D calls %s\n", Utf8(to).c_str(), result.width,
+              result.height, gpu.name().c_str());
+  return 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The demo's part.
+
+/// The rule of the graphics card's blur.
+Picture BoxBlurred(const Picture& src, i32 radius) {
+  // Sums of columns slide down, a window's sum slides along them.
+  std::vector<u32> columns(4 * static_cast<size_t>(src.width));
+  const auto addRow = [&](i32 y, u32 sign) {
+    if (y < 0 || y >= src.height) return;
+    for (size_t i = 0; i < columns.size(); ++i) columns[i] += sign * src.At(0, y)[i];
+  };
+  const auto inside = [=](i32 place, i32 length) {
+    return static_cast<u32>(std::min(place + radius, length - 1) - std::max(place - radius, 0) + 1);
+  };
+  constexpr u32 kMinus = ~0u;
+  Picture blurred(src.width, src.height);
+  for (i32 y = -radius; y < src.height; ++y) {
+    addRow(y + radius, 1);
+    addRow(y - radius - 1, kMinus);
+    if (y < 0) continue;
+    u32 sums[4] = {};
+    for (i32 x = -radius; x < src.width; ++x) {
+      const u32 count = inside(x, src.width) * inside(y, src.height);
+      for (i32 c = 0; c < 4; ++c) {
+        const i32 entering = x + radius, leaving = x - radius - 1;
+        if (entering < src.width) sums[c] += columns[static_cast<size_t>(4 * entering + c)];
+        if (leaving >= 0) sums[c] -= columns[static_cast<size_t>(4 * leaving + c)];
+        if (x >= 0) blurred.At(x, y)[c] = static_cast<u8>((sums[c] + count / 2) / count);
+      }
+    }
+  }
+  return blurred;
+}
+
+/// One operation on both.
+struct Compared {
+  const char* name;
+  const char* heading;
+  int slot;
+  const char* onCpu;  // where the processor's picture is from
+  int tolerance;
+  Picture cpu, gpu;
+};
+
+/// Prints how far two pictures agree, and shows them with their difference.
+SheetColumn Compare(Demo* demo, const Compared& c) {
+  Picture difference(c.cpu.width, c.cpu.height);
+  int largest = 0;
+  size_t unlike = 0;
+  constexpr int kAmplified = 64;
+  for (size_t i = 0; i < difference.pixels.size(); ++i) {
+    const int distance = std::abs(c.cpu.pixels[i] - c.gpu.pixels[i]);
+    largest = std::max(largest, distance);
+    unlike += distance != 0;
+    difference.pixels[i] =
+        i % 4 == 3 ? u8{255} : static_cast<u8>(std::min(kAmplified * distance, 255));
+  }
+  const double share =
+      100.0 * static_cast<double>(unlike) / static_cast<double>(difference.pixels.size());
+  const std::string agreement =
+      unlike == 0 ? "same bytes" : Format("%.2f %% of bytes differ, by up to %d", share, largest);
+  const bool good = largest <= c.tolerance;
+  std::printf("  %-22s  %4d  %-38s  %s%s\n", c.name, c.slot, "beside the processor",
+              good ? "" : "DIFFER: ", agreement.c_str());
+  ++demo->examined;
+  demo->different += good ? 0 : 1;
+  return {c.heading,
+          {{Thumbnail(c.cpu), "processor", c.onCpu, {"", ""}},
+           {Thumbnail(c.gpu), "graphics card", Format("slot %d", c.slot), {"", ""}},
+           {Thumbnail(difference), "difference", Format("x %d", kAmplified), {agreement, ""}}}};
+}
+
+SheetColumn CompareKey(Demo* demo, const Gpu& gpu) {
+  const Picture source = OnGreenScreen(demo->layer);
+  Picture keyed(source.width, source.height);
+  if (!Key(demo->object, &keyed, source, KeysOfScreen()))
+    throw Failure("the library refused to key");
+  return Compare(demo, {"GPU chroma key", "Chroma key", 108, "slot 86", 1, keyed,
+                        KeyOnGpu(gpu, demo->object, source, KeysOfScreen())});
+}
+
+SheetColumn CompareResizing(Demo* demo, const Gpu& gpu) {
+  const Picture source = SoftDisc(demo->background);
+  Picture small(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
+  if (demo->object->ResizeBox16AlphaWeighted(
+          small.pixels.data(), small.width, small.height, small.pitch(), source.pixels.data(),
+          source.width, source.height, source.pitch(), 0) != pictavo::PICTAVO_S_OK) {
+    throw Failure("the library refused to resize");
+  }
+  return Compare(demo, {"GPU box resize", "Resizing to 3/5", 108, "slot 29", 1, small,
+                        ResizeOnGpu(gpu, demo->object, source, {small.width, small.height})});
+}
+
+SheetColumn CompareBlur(Demo* demo, const Gpu& gpu) {
+  const i32 radius = std::max(1, std::min(demo->layer.width, demo->layer.height) / 40);
+  return Compare(demo, {"GPU box blur", "Box blur", 103, "this program's own rule", 0,
+                        BoxBlurred(demo->layer, radius),
+                        BlurOnGpu(gpu, demo->object, demo->layer, static_cast<u32>(radius))});
+}
+
+SheetColumn ShowTurnedAndOutlined(const Demo& demo, const Gpu& gpu) {
+  const Picture keyed = KeyOnGpu(gpu, demo.object, OnGreenScreen(demo.layer), KeysOfScreen());
+  const u32 radius = static_cast<u32>(std::clamp(keyed.height / 60, 1, 32));
+  return {"On the graphics card",
+          {{Thumbnail(TurnOnGpu(gpu, demo.object, demo.background, 15)),
+            "turned",
+            "slot 108",
+            {"operation 10, by 15 degrees", ""}},
+           {Thumbnail(OutlineOnGpu(gpu, demo.object, keyed, radius, 0xFF8000)),
+            "outlined",
+            "slot 108",
+            {Format("operations 12 and 13, radius %u", radius), ""}}}};
+}
+
+}  // namespace
+
+const Command kGpuKeyCommand = {
+    L"gpu-key",
+    "  pictavo-host gpu-key PICTURE OUT RRGGBB ANGLE DENOISE\n"
+    "      As key, on the graphics card.\n",
+    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
+      return KeyOnGpu(gpu, object, src, {ParseKey(settings)});
+    }>};
+
+const Command kGpuBlurCommand = {
+    L"gpu-blur",
+    "  pictavo-host gpu-blur PICTURE OUT RADIUS\n"
+    "      Blurs by a box, on the graphics card.\n",
+    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
+      return BlurOnGpu(gpu, object, src, static_cast<u32>(settings->Integer("RADIUS", 0, 1 << 20)));
+    }>};
+
+const Command kGpuResizeCommand = {
+    L"gpu-resize",
+    "  pictavo-host gpu-resize PICTURE OUT WxH\n"
+    "      Resizes by the mean of sixteen samples, on the graphics card.\n",
+    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
+      return ResizeOnGpu(gpu, object, src, settings->Dimensions("WxH"));
+    }>};
+
+const Command kGpuTurnCommand = {
+    L"gpu-turn",
+    "  pictavo-host gpu-turn PICTURE OUT DEGREES\n"
+    "      Turns a picture around its middle, clockwise, on the graphics card.\n",
+    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
+      return TurnOnGpu(gpu, object, src, double{settings->Real("DEGREES")});
+    }>};
+
+const Command kGpuOutlineCommand = {
+    L"gpu-outline",
+    "  pictavo-host gpu-outline PICTURE OUT RADIUS RRGGBB\n"
+    "      Draws a line around what is not clear, on the graphics card.\n",
+    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
+      const auto radius = static_cast<u32>(settings->Integer("RADIUS", 0, 32));
+      return OutlineOnGpu(gpu, object, src, radius, settings->Hex("RRGGBB", 6));
+    }>};
+
+std::vector<SheetColumn> ShowGpu(Demo& demo) {
+  std::unique_ptr<const Gpu> gpu;
+  try {
+    gpu = std::make_unique<const Gpu>();
+  } catch (const Failure& failure) {
+    std::printf("  Left out what runs on the graphics card: %s\n", failure.what());
+    return {};
+  }
+  std::printf("  On what Direct3D calls %s:\n", gpu->name().c_str());
+  return {CompareKey(&demo, *gpu), CompareResizing(&demo, *gpu), CompareBlur(&demo, *gpu),
+          ShowTurnedAndOutlined(demo, *gpu)};
+}
+
+}  // namespace host

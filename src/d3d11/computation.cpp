@@ -1,0 +1,98 @@
+#include "d3d11/computation.h"
+
+#include <cmath>
+
+#include "d3d11/code.h"
+
+namespace pictavo::d3d11 {
+SavedState::SavedState(ID3D11DeviceContext* context) noexcept : context_(context) {
+  context->CSGetShader(&shader_, instances_.data(), &instanceCount_);
+  context->CSGetConstantBuffers(0, 1, &constants_);
+  context->CSGetShaderResources(0, kSlots, inputs_.data());
+  context->CSGetUnorderedAccessViews(0, kSlots, outputs_.data());
+}
+
+SavedState::~SavedState() {
+  const auto release = [](IUnknown* object) {
+    if (object != nullptr) object->Release();
+  };
+  constexpr UINT kKeep = ~0u;  // the counter that a view may have
+  const std::array<UINT, kSlots> counters = {kKeep, kKeep, kKeep};
+  // Outputs first: Direct3D takes inputs away that become outputs.
+  context_->CSSetUnorderedAccessViews(0, kSlots, outputs_.data(), counters.data());
+  context_->CSSetShaderResources(0, kSlots, inputs_.data());
+  context_->CSSetConstantBuffers(0, 1, &constants_);
+  context_->CSSetShader(shader_, instances_.data(), instanceCount_);
+  for (UINT i = 0; i < instanceCount_; ++i) release(instances_[i]);
+  for (UINT i = 0; i < kSlots; ++i) {
+    release(inputs_[i]);
+    release(outputs_[i]);
+  }
+  release(constants_);
+  release(shader_);
+}
+
+UINT GroupsOf32(i64 length) {
+  return static_cast<UINT>(std::ceil(static_cast<double>(length) * 0.03125));
+}
+
+Pass PassOver(Shader shader, const Pictures& pictures, i64 width, i64 height) {
+  return {.shader = shader,
+          .inputs = {pictures.src.texture},
+          .outputs = {pictures.dst.texture},
+          .groupsX = GroupsOf32(width),
+          .groupsY = GroupsOf32(height)};
+}
+
+u32 Computation::Run(const Pass& pass, const void* block, u32 blockSize) noexcept {
+  ComPtr<ID3D11ComputeShader> shader;
+  u32 code = owner_->GetShader(device_, pass.shader, &shader);
+  if (code != PICTAVO_S_OK) return code;
+  context_->CSSetShader(shader.Get(), nullptr, 0);
+  if (block != nullptr) {
+    ComPtr<ID3D11Buffer> constants;
+    code = owner_->GetConstantBuffer(device_, blockSize, &constants);
+    if (code != PICTAVO_S_OK) return code;
+    context_->UpdateSubresource(constants.Get(), 0, nullptr, block, 0, 0);
+    context_->CSSetConstantBuffers(0, 1, constants.GetAddressOf());
+  }
+  code = Bind(pass);
+  if (code == PICTAVO_S_OK) context_->Dispatch(pass.groupsX, pass.groupsY, 1);
+  return code;
+}
+
+u32 Computation::Bind(const Pass& pass) noexcept {
+  constexpr UINT kSlots = SavedState::kSlots;
+  std::array<ComPtr<ID3D11ShaderResourceView>, kSlots> inputs;
+  std::array<ComPtr<ID3D11UnorderedAccessView>, kSlots> outputs;
+  std::array<ID3D11ShaderResourceView*, kSlots> inputViews = {};
+  std::array<ID3D11UnorderedAccessView*, kSlots> outputViews = {};
+  for (size_t i = 0; i < kSlots; ++i) {
+    HRESULT result = S_OK;
+    if (pass.inputs[i] != nullptr) {
+      result = device_->CreateShaderResourceView(pass.inputs[i], nullptr,
+                                                 inputs[i].ReleaseAndGetAddressOf());
+    }
+    if (SUCCEEDED(result) && pass.outputs[i] != nullptr) {
+      result = device_->CreateUnorderedAccessView(pass.outputs[i], nullptr,
+                                                  outputs[i].ReleaseAndGetAddressOf());
+    }
+    if (FAILED(result)) return Code(result);
+    inputViews[i] = inputs[i].Get();
+    outputViews[i] = outputs[i].Get();
+  }
+  // Outputs first: Direct3D takes inputs away that become outputs.
+  context_->CSSetUnorderedAccessViews(0, kSlots, outputViews.data(), nullptr);
+  context_->CSSetShaderResources(0, kSlots, inputViews.data());
+
+  // A source that the host still has bound for output elsewhere is silently not bound.
+  std::array<ID3D11ShaderResourceView*, kSlots> bound = {};
+  context_->CSGetShaderResources(0, kSlots, bound.data());
+  const bool complete = bound == inputViews;
+  for (ID3D11ShaderResourceView* view : bound) {
+    if (view != nullptr) view->Release();
+  }
+  return complete ? PICTAVO_S_OK : PICTAVO_E_INVALIDARG;
+}
+
+}  // namespace pictavo::d3d11

@@ -1,0 +1,365 @@
+// The compute operations: check, choose the shader and its parameters, run. Each rule stands in its
+// shader.
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "d3d11/code.h"
+#include "d3d11/computation.h"
+
+namespace pictavo {
+
+using namespace d3d11;
+
+namespace {
+
+constexpr i32 kLargestTexture = D3D11_REQ_TEXTURE2D_U_OR_V_DIMENSION;
+constexpr u32 kInAndOut = D3D11_BIND_SHADER_RESOURCE | D3D11_BIND_UNORDERED_ACCESS;
+
+}  // namespace
+
+u32 CPictavo_D3D::PlainCopy(const D3DCall& call) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, true, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  if (!BothColourOrBothPlanes(pictures)) return PICTAVO_E_INVALIDARG;
+  return Computation(this, call)
+      .Run(PassOver(Shader::kPlainCopy, pictures, CommonWidth(pictures), CommonHeight(pictures)));
+}
+
+u32 CPictavo_D3D::RegionCopy(const D3DCall& call, const D3DRegion* param) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const Region region = Region(*param).InDestination(pictures.dst).InSource(pictures.src);
+  if (region.Empty()) return PICTAVO_S_FALSE;
+  const Shader shader = BothColourOrBothPlanes(pictures) ? Shader::kRegionCopy
+                        : pictures.dst.format == kPlane  ? Shader::kRegionCopyToPlane
+                                                         : Shader::kRegionCopyFromPlane;
+  return Computation(this, call)
+      .Run(PassOver(shader, pictures, region.x.length, region.y.length), BlockOf(region, pictures));
+}
+
+namespace {
+
+/// A region's start so near that the shader can count from it. Beyond, all is edge anyway.
+void KeepNear(Stretch* stretch) {
+  stretch->src = std::clamp<i64>(stretch->src, -2 * kLargestTexture, 2 * kLargestTexture);
+}
+
+u32 CopyMaterial(Computation* computation, Region region, const Pictures& pictures) {
+  KeepNear(&region.x);
+  KeepNear(&region.y);
+  return computation->Run(
+      PassOver(Shader::kMaterialCopy, pictures, region.x.length, region.y.length),
+      BlockOf(region, pictures));
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::MaterialCopy(const D3DCall& call, const D3DRegion* param) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const Region region = Region(*param).InDestination(pictures.dst);
+  if (region.Empty()) return PICTAVO_S_FALSE;
+  Computation computation(this, call);
+  return CopyMaterial(&computation, region, pictures);
+}
+
+u32 CPictavo_D3D::RegionFilter(const D3DCall& call, const D3DRegionFilterParam* param) noexcept {
+  Pictures pictures;
+  u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const D3DRegion& asked = param->region;
+  if (param->radius < 0 || param->radius > 128 || asked.width > kLargestTexture ||
+      asked.height > kLargestTexture) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  if (Region(asked).InDestination(pictures.dst).Empty()) return PICTAVO_S_FALSE;
+
+  // The copied region, and its filtered rows.
+  ComPtr<ID3D11Texture2D> copied, rows;
+  for (ID3D11Texture2D** texture : {copied.GetAddressOf(), rows.GetAddressOf()}) {
+    code =
+        CreateTexture2D(call.device, static_cast<u32>(asked.width), static_cast<u32>(asked.height),
+                        DXGI_FORMAT_R8G8B8A8_UNORM, kInAndOut, texture);
+    if (code != PICTAVO_S_OK) return code;
+  }
+  const Picture copiedPicture = {copied.Get(), asked.width, asked.height, kRgba};
+  const Picture rowsPicture = {rows.Get(), asked.width, asked.height, kRgba};
+
+  Computation computation(this, call);
+  const auto filter = [&](Shader shader, const Pictures& pass, i32 dstX, i32 dstY) {
+    const Region region({dstX, dstY, 0, 0, asked.width, asked.height});
+    return computation.Run(
+        PassOver(shader, pass, asked.width, asked.height),
+        RegionFilterBlock{.region = BlockOf(region, pass), .nRadius = param->radius});
+  };
+  code =
+      CopyMaterial(&computation, Region({0, 0, asked.srcX, asked.srcY, asked.width, asked.height}),
+                   {copiedPicture, pictures.src});
+  if (code != PICTAVO_S_OK) return code;
+  code = filter(Shader::kRegionFilterRows, {rowsPicture, copiedPicture}, 0, 0);
+  if (code != PICTAVO_S_OK) return code;
+  return filter(Shader::kRegionFilterColumns, {pictures.dst, rowsPicture}, asked.dstX, asked.dstY);
+}
+
+u32 CPictavo_D3D::ScaledCopy(const D3DCall& call, const D3DScaleParam* param) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const i64 width = i64{param->right} - param->left, height = i64{param->bottom} - param->top;
+  if (width <= 0 || height <= 0) return PICTAVO_S_FALSE;
+  const i32 right = std::min(param->right, pictures.dst.width);
+  const i32 bottom = std::min(param->bottom, pictures.dst.height);
+  const i64 columns = i64{right} - param->left, rows = i64{bottom} - param->top;
+  if (right <= 0 || bottom <= 0 || columns <= 0 || rows <= 0) return PICTAVO_S_FALSE;
+  if (columns > kMostThreads || rows > kMostThreads) return PICTAVO_E_INVALIDARG;
+  const u32 stepX = static_cast<u32>(i64{pictures.src.width} * 65536 / width);
+  const u32 stepY = static_cast<u32>(i64{pictures.src.height} * 65536 / height);
+  return Computation(this, call)
+      .Run(PassOver(Shader::kScaledCopy, pictures, columns, rows),
+           ScaledCopyBlock{.uSrcColorFormat = pictures.src.format,
+                           .uDstColorFormat = pictures.dst.format,
+                           .ufxSrcXStep = stepX,
+                           .ufxSrcYStep = stepY,
+                           .uInnerXStep = stepX / 4,
+                           .uInnerYStep = stepY / 4,
+                           .nDstRgnSx = param->left,
+                           .nDstRgnSy = param->top,
+                           .nDstRgnEx = right,
+                           .nDstRgnEy = bottom});
+}
+
+namespace {
+
+/// Whether a position that is linear in x and y fits 32 bits everywhere from 0 to those.
+bool Fits(i64 start, i64 stepX, i64 stepY, i64 x, i64 y) {
+  const i64 alongX = stepX * x, alongY = stepY * y;
+  return start + std::min<i64>(alongX, 0) + std::min<i64>(alongY, 0) >= INT32_MIN &&
+         start + std::max<i64>(alongX, 0) + std::max<i64>(alongY, 0) <= INT32_MAX;
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::AffineCopy(const D3DCall& call, const D3DAffineParam* param) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const D3DAffineParam& p = *param;
+  const i64 columns = i64{pictures.dst.width} - p.dstX, rows = i64{pictures.dst.height} - p.dstY;
+  const Region part =
+      Region({0, 0, p.srcX, p.srcY, p.srcWidth, p.srcHeight}).InSource(pictures.src);
+  if (columns <= 0 || rows <= 0 || part.Empty()) return PICTAVO_S_FALSE;
+  if (columns > kMostThreads || rows > kMostThreads ||
+      !Fits(p.xStart, p.xStepX, p.xStepY, columns - 1, rows - 1) ||
+      !Fits(p.yStart, p.yStepX, p.yStepY, columns - 1, rows - 1)) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  AffineCopyBlock block = {.region = BlockOf(part, pictures),
+                           .nFxSrcXStart = p.xStart,
+                           .nFxSrcYStart = p.yStart,
+                           .nFxSrcXStepX = p.xStepX,
+                           .nFxSrcXStepY = p.xStepY,
+                           .nFxSrcYStepX = p.yStepX,
+                           .nFxSrcYStepY = p.yStepY};
+  block.region.nDstOriX = p.dstX;
+  block.region.nDstOriY = p.dstY;
+  return Computation(this, call).Run(PassOver(Shader::kAffineCopy, pictures, columns, rows), block);
+}
+
+namespace {
+
+/// Fills from a place to the edges, as the shaders do.
+u32 FillFrom(Computation* computation, const Picture& dst, i32 left, i32 top,
+             const D3DFillParam& p) {
+  const i64 width = dst.width - left, height = dst.height - top;
+  if (dst.format == kPlane) {
+    return computation->Run(PassOver(Shader::kFillPlane, {dst, {}}, width, height),
+                            FillPlaneBlock{.nDstSx = left, .nDstSy = top, .fColorA = p.alpha});
+  }
+  return computation->Run(PassOver(Shader::kFillColour, {dst, {}}, width, height),
+                          FillColourBlock{.nDstSx = left,
+                                          .nDstSy = top,
+                                          .fColorR = p.red,
+                                          .fColorG = p.green,
+                                          .fColorB = p.blue,
+                                          .fColorA = p.alpha});
+}
+
+DXGI_FORMAT FormatOf(ID3D11Texture2D* texture) {
+  D3D11_TEXTURE2D_DESC desc;
+  texture->GetDesc(&desc);
+  return desc.Format;
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept {
+  Pictures pictures;
+  u32 code = OpenPictures(call, param, &pictures, false);
+  if (code != PICTAVO_S_OK) return code;
+  const Picture& dst = pictures.dst;
+  const i32 left = std::max(param->left, 0), right = std::min(param->right, dst.width);
+  const i32 top = std::max(param->top, 0), bottom = std::min(param->bottom, dst.height);
+  if (left >= right || top >= bottom) return PICTAVO_S_FALSE;
+  if (right == dst.width && bottom == dst.height) {
+    Computation computation(this, call);
+    return FillFrom(&computation, dst, left, top, *param);
+  }
+
+  // The shaders know no right and lower edges but a texture's: one of the rectangle's size.
+  Picture patch = {nullptr, right - left, bottom - top, dst.format};
+  ComPtr<ID3D11Texture2D> texture;
+  code =
+      CreateTexture2D(call.device, static_cast<u32>(patch.width), static_cast<u32>(patch.height),
+                      FormatOf(dst.texture), D3D11_BIND_UNORDERED_ACCESS, texture.GetAddressOf());
+  if (code != PICTAVO_S_OK) return code;
+  patch.texture = texture.Get();
+  {
+    Computation computation(this, call);
+    code = FillFrom(&computation, patch, 0, 0, *param);
+  }
+  if (code != PICTAVO_S_OK) return code;
+  call.context->CopySubresourceRegion(dst.texture, 0, static_cast<UINT>(left),
+                                      static_cast<UINT>(top), 0, patch.texture, 0, nullptr);
+  return PICTAVO_S_OK;
+}
+
+u32 CPictavo_D3D::ColourFromSource(const D3DCall& call, const D3DTintParam* param) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  if (AnyPlane(pictures)) return PICTAVO_E_INVALIDARG;
+  const Picture& src = pictures.src;
+  const Region whole({param->dstX, param->dstY, 0, 0, src.width, src.height});
+  if (Region(whole).InDestination(pictures.dst).Empty()) return PICTAVO_S_FALSE;
+  return Computation(this, call)
+      .Run(PassOver(Shader::kColourFromSource, pictures, src.width, src.height),
+           ColourFromSourceBlock{.nDstSx = param->dstX,
+                                 .nDstSy = param->dstY,
+                                 .fColorR = param->red,
+                                 .fColorG = param->green,
+                                 .fColorB = param->blue});
+}
+
+namespace {
+
+/// A buffer of the keys as the shader takes them.
+u32 CreateKeyBuffer(ID3D11Device* device, const D3DKeyParam& param, ID3D11Buffer** buffer) {
+  const auto count = static_cast<size_t>(param.keyCount);
+  const std::unique_ptr<ColorKey[]> keys(new (std::nothrow) ColorKey[count]);
+  if (keys == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  for (size_t i = 0; i < count; ++i) {
+    const ChromaKey& key = param.keys[i];
+    keys[i] = {.r = static_cast<f32>(key.keyR),
+               .g = static_cast<f32>(key.keyG),
+               .b = static_cast<f32>(key.keyB),
+               .angle = key.angle,
+               .denoise = key.denoise};
+  }
+  const D3D11_BUFFER_DESC desc = {.ByteWidth = static_cast<UINT>(count * sizeof(ColorKey)),
+                                  .Usage = D3D11_USAGE_IMMUTABLE,
+                                  .BindFlags = D3D11_BIND_SHADER_RESOURCE,
+                                  .CPUAccessFlags = 0,
+                                  .MiscFlags = D3D11_RESOURCE_MISC_BUFFER_STRUCTURED,
+                                  .StructureByteStride = sizeof(ColorKey)};
+  const D3D11_SUBRESOURCE_DATA data = {keys.get(), 0, 0};
+  return Code(device->CreateBuffer(&desc, &data, buffer));
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::ApplyKeys(const D3DCall& call, const D3DKeyParam* param) noexcept {
+  Pictures pictures;
+  u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  if (param->keys == nullptr) return PICTAVO_E_POINTER;
+  if (param->keyCount < 1 || param->keyCount > 1024) return PICTAVO_E_INVALIDARG;
+  const Region region = Region(param->region).InDestination(pictures.dst).InSource(pictures.src);
+  if (region.Empty()) return PICTAVO_S_FALSE;
+  ComPtr<ID3D11Buffer> keys;
+  code = CreateKeyBuffer(call.device, *param, keys.ReleaseAndGetAddressOf());
+  if (code != PICTAVO_S_OK) return code;
+  Pass pass = PassOver(Shader::kChromaKey, pictures, region.x.length, region.y.length);
+  pass.inputs[1] = keys.Get();
+  return Computation(this, call)
+      .Run(pass, ChromaKeyBlock{.region = BlockOf(region, pictures),
+                                .uKeys = static_cast<u32>(param->keyCount)});
+}
+
+namespace {
+
+/// A radius in pixels; false when it makes none. Beyond the largest texture, all are alike.
+bool PixelsOf(double radius, f32 scale, u32* pixels) {
+  const double scaled = radius * scale + 0.5;
+  if (!(scaled >= 0)) return false;  // nor a number
+  *pixels = static_cast<u32>(std::min<double>(scaled, kLargestTexture));
+  return true;
+}
+
+/// How many threads share a line of the blur.
+u32 StretchesOf(u32 length, u32 radius) {
+  const u32 stretch = std::max(radius, 128u);  // as in the shaders
+  return (length + stretch - 1) / stretch;
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexcept {
+  Pictures pictures;
+  const u32 code = OpenPictures(call, param, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  u32 radiusX = 0, radiusY = 0;
+  if (!PixelsOf(param->radiusX, param->scale, &radiusX) ||
+      !PixelsOf(param->radiusY, param->scale, &radiusY)) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  return BoxBlur(call, radiusX, radiusY);
+}
+
+u32 CPictavo_D3D::BoxBlur(const D3DCall& call, u32 radiusX, u32 radiusY) noexcept {
+  Pictures pictures;
+  u32 code = OpenPictures(call, true, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const auto& [dst, src] = pictures;
+  if (!BothColourOrBothPlanes(pictures) || dst.width != src.width || dst.height != src.height) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  const u32 width = static_cast<u32>(dst.width), height = static_cast<u32>(dst.height);
+  radiusX = std::min(radiusX, width);
+  radiusY = std::min(radiusY, height);
+
+  ComPtr<ID3D11Texture2D> sums, remainders, divisors;
+  const struct {
+    ID3D11Texture2D** texture;
+    u32 height;
+    DXGI_FORMAT format;
+  } wanted[] = {{sums.GetAddressOf(), height, DXGI_FORMAT_R8G8B8A8_UINT},
+                {remainders.GetAddressOf(), height, DXGI_FORMAT_R16G16B16A16_UINT},
+                {divisors.GetAddressOf(), 1, DXGI_FORMAT_R16G16B16A16_UINT}};
+  for (const auto& w : wanted) {
+    code = CreateTexture2D(call.device, width, w.height, w.format, kInAndOut, w.texture);
+    if (code != PICTAVO_S_OK) return code;
+  }
+
+  Computation computation(this, call);
+  const Pass rows = {.shader = Shader::kBoxBlurRows,
+                     .inputs = {src.texture},
+                     .outputs = {sums.Get(), remainders.Get(), divisors.Get()},
+                     .groupsX = GroupsOf32(height),
+                     .groupsY = StretchesOf(width, radiusX)};
+  const Pass columns = {.shader = Shader::kBoxBlurColumns,
+                        .inputs = {sums.Get(), remainders.Get(), divisors.Get()},
+                        .outputs = {dst.texture},
+                        .groupsX = GroupsOf32(width),
+                        .groupsY = StretchesOf(height, radiusY)};
+  const auto block = [&](u32 radius) {
+    return BoxBlurBlock{.uBlurRadius = radius, .uWidth = width, .uHeight = height};
+  };
+  code = computation.Run(rows, block(radiusX));
+  return code != PICTAVO_S_OK ? code : computation.Run(columns, block(radiusY));
+}
+
+}  // namespace pictavo

@@ -1,0 +1,80 @@
+#include "d3d11/pictures.h"
+
+#include "d3d11/code.h"
+
+namespace pictavo::d3d11 {
+namespace {
+
+bool SameObject(IUnknown* a, IUnknown* b) {
+  ComPtr<IUnknown> identityA, identityB;
+  a->QueryInterface(IID_PPV_ARGS(&identityA));
+  b->QueryInterface(IID_PPV_ARGS(&identityB));
+  return identityA.Get() == identityB.Get();
+}
+
+u32 OpenPicture(ID3D11Device* device, const ImageDesc* desc, u32 bindFlag, Picture* picture) {
+  picture->texture = CPictavo_D3D::GetTexture(desc);
+  if (picture->texture == nullptr) return PICTAVO_E_POINTER;
+  if (CPictavo_D3D::GetColorFormat(picture->texture, &picture->format) != PICTAVO_S_OK) {
+    return PICTAVO_E_FAIL;
+  }
+  D3D11_TEXTURE2D_DESC texture;
+  picture->texture->GetDesc(&texture);
+  picture->width = static_cast<i32>(texture.Width);
+  picture->height = static_cast<i32>(texture.Height);
+  const bool usable = texture.ArraySize == 1 && texture.SampleDesc.Count == 1 &&
+                      (texture.BindFlags & bindFlag) != 0 && BelongsTo(picture->texture, device);
+  return usable ? PICTAVO_S_OK : PICTAVO_E_INVALIDARG;
+}
+
+}  // namespace
+
+u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures) {
+  if (call.device == nullptr || call.context == nullptr || call.dst == nullptr ||
+      (hasSource && call.src == nullptr)) {
+    return PICTAVO_E_POINTER;
+  }
+  if (!BelongsTo(call.context, call.device)) return PICTAVO_E_INVALIDARG;
+  const HRESULT removed = call.device->GetDeviceRemovedReason();
+  if (FAILED(removed)) return Code(removed);
+  u32 code = OpenPicture(call.device, call.dst, D3D11_BIND_UNORDERED_ACCESS, &pictures->dst);
+  if (code != PICTAVO_S_OK || !hasSource) return code;
+  code = OpenPicture(call.device, call.src, D3D11_BIND_SHADER_RESOURCE, &pictures->src);
+  if (code != PICTAVO_S_OK) return code;
+  const bool same = SameObject(pictures->dst.texture, pictures->src.texture);
+  return same ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
+}
+
+bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device) {
+  ComPtr<ID3D11Device> owner;
+  child->GetDevice(owner.ReleaseAndGetAddressOf());
+  return SameObject(owner.Get(), device);
+}
+
+bool BothColourOrBothPlanes(const Pictures& pictures) {
+  return (pictures.dst.format == kPlane) == (pictures.src.format == kPlane);
+}
+
+bool AnyPlane(const Pictures& pictures) {
+  return pictures.dst.format == kPlane || pictures.src.format == kPlane;
+}
+
+i32 CommonWidth(const Pictures& pictures) {
+  return std::min(pictures.dst.width, pictures.src.width);
+}
+i32 CommonHeight(const Pictures& pictures) {
+  return std::min(pictures.dst.height, pictures.src.height);
+}
+
+RegionCopyBlock BlockOf(const Region& region, const Pictures& pictures) {
+  return {.uSrcColorFormat = pictures.src.format,
+          .uDstColorFormat = pictures.dst.format,
+          .nDstOriX = static_cast<i32>(region.x.dst),
+          .nDstOriY = static_cast<i32>(region.y.dst),
+          .nSrcRgnSx = static_cast<i32>(region.x.src),
+          .nSrcRgnSy = static_cast<i32>(region.y.src),
+          .nSrcRgnW = static_cast<i32>(region.x.length),
+          .nSrcRgnH = static_cast<i32>(region.y.length)};
+}
+
+}  // namespace pictavo::d3d11

@@ -1,0 +1,86 @@
+// The pictures of a call, and regions of them.
+#ifndef PICTAVO_D3D11_PICTURES_H_
+#define PICTAVO_D3D11_PICTURES_H_
+
+#include <d3d11.h>
+
+#include <algorithm>
+
+#include "d3d11/d3d11_base.h"
+#include "d3d11/shader_blocks.h"
+
+namespace pictavo::d3d11 {
+
+/// A picture of a call. The texture stays the host's.
+struct Picture {
+  ID3D11Texture2D* texture = nullptr;
+  i32 width = 0;
+  i32 height = 0;
+  u32 format = kBgra;
+};
+
+struct Pictures {
+  Picture dst, src;
+};
+
+/// Checks a call and finds its pictures, without a source where the operation has none. @return the
+/// code to refuse the call with, or PICTAVO_S_OK
+u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures);
+
+/// As above, with one of the operation's parameter records, which must not be null.
+template <typename Param>
+u32 OpenPictures(const D3DCall& call, const Param* param, Pictures* pictures,
+                 bool hasSource = true) {
+  return param == nullptr ? PICTAVO_E_POINTER : OpenPictures(call, hasSource, pictures);
+}
+
+bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device);
+
+bool BothColourOrBothPlanes(const Pictures& pictures);
+bool AnyPlane(const Pictures& pictures);
+
+/// The size that both pictures have in common.
+i32 CommonWidth(const Pictures& pictures);
+i32 CommonHeight(const Pictures& pictures);
+
+/// What remains of a region along one axis.
+struct Stretch {
+  i64 dst, src, length;
+
+  /// Inside a destination of a size …
+  Stretch InDestination(i64 size) const {
+    const i64 begin = std::max<i64>(0, -dst);
+    return {dst + begin, src + begin, std::min(length, size - dst) - begin};
+  }
+  /// … and inside a source.
+  Stretch InSource(i64 size) const {
+    const i64 begin = std::max<i64>(0, -src);
+    return {dst + begin, src + begin, std::min(length, size - src) - begin};
+  }
+};
+
+struct Region {
+  Stretch x, y;
+
+  explicit Region(const D3DRegion& r) : x{r.dstX, r.srcX, r.width}, y{r.dstY, r.srcY, r.height} {}
+
+  Region& InDestination(const Picture& dst) {
+    x = x.InDestination(dst.width);
+    y = y.InDestination(dst.height);
+    return *this;
+  }
+  Region& InSource(const Picture& src) {
+    x = x.InSource(src.width);
+    y = y.InSource(src.height);
+    return *this;
+  }
+
+  bool Empty() const { return x.length <= 0 || y.length <= 0; }
+};
+
+/// The region for a shader, with the pictures' formats.
+RegionCopyBlock BlockOf(const Region& region, const Pictures& pictures);
+
+}  // namespace pictavo::d3d11
+
+#endif  // PICTAVO_D3D11_PICTURES_H_
