@@ -13,4 +13,4 @@ done
 
 # One run over the three builds, so that there is one summary.
 echo 'subdirs(native sanitize windows)' > build/CTestTestfile.cmake
-ctest --test-dir build --output-on-failure
+ctest --test-dir build --parallel 2 --output-on-failure
