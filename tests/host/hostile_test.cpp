@@ -1,7 +1,7 @@
-// Every slot of the real DLL under hostile geometry, numbers and null pointers, by the raw table,
-// as a host with a fault would call it. A call ends in a documented code with nothing written, or
-// writes inside the rows that it was given. Memory that is not there is the host's to answer for:
-// calls that describe more rows than exist are left out.
+// Every slot of the real DLL that works on the processor, under hostile geometry, numbers and null
+// pointers, by the raw table, as a host with a fault would call it. A call ends in a documented
+// code with nothing written, or writes inside the rows that it was given. Memory that is not there
+// is the host's to answer for: calls that describe more rows than exist are left out.
 #include <gtest/gtest.h>
 #include <windows.h>
 
