@@ -25,33 +25,38 @@ ffmpeg -v error -y -f lavfi -i color=0x00B140:size=1920x1080:rate=24 -loop 1 -r 
 stream() { ../../scripts/wine.sh ../../build/windows/bin/pictavo-host.exe stream --size 1920x1080 "$@"; }
 stream "key=00B140:40:30 | over=$background | resize=1280x720 | blur=1" < clip.raw |
   ffmpeg -v error -y -f rawvideo -pix_fmt bgra -video_size 1280x720 -framerate 24 -i - keyed.mp4
+stream "key=00B140:40:30" < clip.raw > cut.raw
 FREI0R_PATH=../../build/native/frei0r ffmpeg -v error -y "${raw[@]}" -i clip.raw \
   -vf "frei0r=filter_name=pictavo_direction:filter_params=0.4|0.2,scale=1280:720" moved.mp4
 
 echo
 echo "Frames per second at 1080p through pipes, start of the program left out"
-# The time of many frames without that of a few.
+# The time of many frames without that of a few. Both sides must give every frame: a filter graph
+# that ends early would look fast.
 pace() {  # COMMAND…
   local few many
   few=$(seconds 1 "$@") many=$(seconds 5 "$@")
   awk -v few="$few" -v many="$many" -v n=$((4 * frames)) 'BEGIN { printf "%.1f", n / (many - few) }'
 }
 seconds() {  # TIMES COMMAND…: feeds the clip so many times
-  local start
+  local start bytes
   start=$(date +%s.%N)
-  for _ in $(seq "$1"); do cat clip.raw; done | "${@:2}" 2>/dev/null | cat >/dev/null
+  bytes=$(for _ in $(seq "$1"); do cat "$clip"; done | "${@:2}" 2>/dev/null | wc -c)
+  [ $((bytes % ($1 * frames))) = 0 ] && [ "$bytes" -gt 0 ] || { echo "Frames are missing: ${*:2}" >&2; exit 1; }
   awk -v start="$start" -v end="$(date +%s.%N)" 'BEGIN { print end - start }'
 }
 peer() { ffmpeg -v error "${raw[@]}" -i - "$@" -f rawvideo -pix_fmt bgra -; }
-row() {  # CHAIN NAME FFMPEG-ARGUMENTS
+row() {  # CLIP CHAIN NAME FFMPEG-ARGUMENTS
+  local clip=$1
+  shift
   printf '| `%s` | %s | %s | `%s` |\n' "$1" "$(pace stream "$1")" "$(pace peer "${@:3}")" "$2"
 }
 echo "| effect | pictavo-host stream | ffmpeg | its filter |"
 echo "|---|---|---|---|"
-row "" "none" -vf null
-row "key=00B140:40:30" chromakey -vf chromakey=0x00B140:0.15:0.05
-row "over=$background" overlay -i "$background" -filter_complex \
-  "[1]scale=1920:1080,format=bgra[b];[b][0]overlay=format=rgb:shortest=0:eof_action=endall"
-row "resize=1280x720" "scale, bilinear" -vf scale=1280:720:flags=bilinear
-row "blur=10" "gblur, sigma 10 / 3" -vf gblur=sigma=3.33
-rm clip.raw
+row clip.raw "" null -vf null
+row clip.raw "key=00B140:40:30" chromakey -vf chromakey=0x00B140:0.15:0.05
+row cut.raw "over=$background" overlay -framerate 24 -i "$background" -filter_complex \
+  "[1]scale=1920:1080,format=bgra,loop=-1:1:0[b];[b][0]overlay=format=rgb:shortest=1"
+row clip.raw "resize=1280x720" "scale, bilinear" -vf scale=1280:720:flags=bilinear
+row clip.raw "blur=10" "gblur, sigma 10 / 3" -vf gblur=sigma=3.33
+rm clip.raw cut.raw
