@@ -965,7 +965,7 @@ struct IPictavo5 : IPictavo4 {
 ///
 /// @return of every OpenCL method: PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or other pointer
 /// is null; PICTAVO_E_FAIL when a surface's query does not answer 1; PICTAVO_E_INVALIDARG for a
-/// picture whose data is null, that holds a texture, that has a size below 1 or rows of 2 GB, or
+/// picture whose data is null, that holds a texture, that has a size below 1 or from 2^29 on, or
 /// whose bytesPerPixel the method does not take; PICTAVO_E_FAIL without a runtime, device, compiled
 /// program or memory manager, or when the device fails; PICTAVO_E_OUTOFMEMORY when a buffer cannot
 /// be had

@@ -46,9 +46,6 @@ UINT GroupsOf32(i64 length);
 /// A pass from the source to the destination, one thread a pixel of an area.
 Pass PassOver(Shader shader, const Pictures& pictures, i64 width, i64 height);
 
-/// The most threads that groups of 32 can be asked for along one axis.
-inline constexpr i64 kMostThreads = 32 * D3D11_CS_DISPATCH_MAX_THREAD_GROUPS_PER_DIMENSION;
-
 /// Runs the passes of one operation and leaves the context as it was.
 class Computation {
  public:

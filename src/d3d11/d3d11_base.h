@@ -78,7 +78,6 @@ class CPictavo_D3D : public CD3D11Base {
   // The operations of D3DComputeOp and BoxBlurD3D, as pictavo.h states them.
   u32 PlainCopy(const D3DCall& call) noexcept;
   u32 BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexcept;
-  u32 BoxBlur(const D3DCall& call, u32 radiusX, u32 radiusY) noexcept;
   u32 RegionCopy(const D3DCall& call, const D3DRegion* region) noexcept;
   u32 MaterialCopy(const D3DCall& call, const D3DRegion* region) noexcept;
   u32 RegionFilter(const D3DCall& call, const D3DRegionFilterParam* param) noexcept;

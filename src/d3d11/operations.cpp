@@ -109,17 +109,14 @@ u32 CPictavo_D3D::ScaledCopy(const D3DCall& call, const D3DScaleParam* param) no
   Pictures pictures;
   const u32 code = OpenPictures(call, param, &pictures);
   if (code != PICTAVO_S_OK) return code;
+  const i32 left = std::max(param->left, 0), right = std::min(param->right, pictures.dst.width);
+  const i32 top = std::max(param->top, 0), bottom = std::min(param->bottom, pictures.dst.height);
+  if (left >= right || top >= bottom) return PICTAVO_S_FALSE;
   const i64 width = i64{param->right} - param->left, height = i64{param->bottom} - param->top;
-  if (width <= 0 || height <= 0) return PICTAVO_S_FALSE;
-  const i32 right = std::min(param->right, pictures.dst.width);
-  const i32 bottom = std::min(param->bottom, pictures.dst.height);
-  const i64 columns = i64{right} - param->left, rows = i64{bottom} - param->top;
-  if (right <= 0 || bottom <= 0 || columns <= 0 || rows <= 0) return PICTAVO_S_FALSE;
-  if (columns > kMostThreads || rows > kMostThreads) return PICTAVO_E_INVALIDARG;
   const u32 stepX = static_cast<u32>(i64{pictures.src.width} * 65536 / width);
   const u32 stepY = static_cast<u32>(i64{pictures.src.height} * 65536 / height);
   return Computation(this, call)
-      .Run(PassOver(Shader::kScaledCopy, pictures, columns, rows),
+      .Run(PassOver(Shader::kScaledCopy, pictures, right - left, bottom - top),
            ScaledCopyBlock{.uSrcColorFormat = pictures.src.format,
                            .uDstColorFormat = pictures.dst.format,
                            .ufxSrcXStep = stepX,
@@ -134,12 +131,19 @@ u32 CPictavo_D3D::ScaledCopy(const D3DCall& call, const D3DScaleParam* param) no
 
 namespace {
 
-/// Whether a position that is linear in x and y fits 32 bits everywhere from 0 to those.
-bool Fits(i64 start, i64 stepX, i64 stepY, i64 x, i64 y) {
-  const i64 alongX = stepX * x, alongY = stepY * y;
-  return start + std::min<i64>(alongX, 0) + std::min<i64>(alongY, 0) >= INT32_MIN &&
-         start + std::max<i64>(alongX, 0) + std::max<i64>(alongY, 0) <= INT32_MAX;
-}
+/// A position that is linear in columns and rows.
+struct LinearPosition {
+  i64 start, stepX, stepY;
+
+  i64 At(i64 x, i64 y) const { return start + stepX * x + stepY * y; }
+
+  /// Whether it fits 32 bits at every place of a rectangle from 0, which is so at the corners.
+  bool Fits(i64 width, i64 height) const {
+    const auto [least, most] =
+        std::minmax({At(0, 0), At(width - 1, 0), At(0, height - 1), At(width - 1, height - 1)});
+    return least >= INT32_MIN && most <= INT32_MAX;
+  }
+};
 
 }  // namespace
 
@@ -148,24 +152,27 @@ u32 CPictavo_D3D::AffineCopy(const D3DCall& call, const D3DAffineParam* param) n
   const u32 code = OpenPictures(call, param, &pictures);
   if (code != PICTAVO_S_OK) return code;
   const D3DAffineParam& p = *param;
-  const i64 columns = i64{pictures.dst.width} - p.dstX, rows = i64{pictures.dst.height} - p.dstY;
+  const i32 left = std::max(p.dstX, 0), top = std::max(p.dstY, 0);
+  const i32 columns = pictures.dst.width - left, rows = pictures.dst.height - top;
   const Region part =
       Region({0, 0, p.srcX, p.srcY, p.srcWidth, p.srcHeight}).InSource(pictures.src);
   if (columns <= 0 || rows <= 0 || part.Empty()) return PICTAVO_S_FALSE;
-  if (columns > kMostThreads || rows > kMostThreads ||
-      !Fits(p.xStart, p.xStepX, p.xStepY, columns - 1, rows - 1) ||
-      !Fits(p.yStart, p.yStepX, p.yStepY, columns - 1, rows - 1)) {
-    return PICTAVO_E_INVALIDARG;
+  constexpr i32 kFarthest = -(1 << 30);  // where positions still fit 64 bits
+  if (p.dstX < kFarthest || p.dstY < kFarthest) return PICTAVO_E_INVALIDARG;
+  LinearPosition x = {p.xStart, p.xStepX, p.xStepY}, y = {p.yStart, p.yStepX, p.yStepY};
+  for (LinearPosition* position : {&x, &y}) {
+    position->start = position->At(i64{left} - p.dstX, i64{top} - p.dstY);
+    if (!position->Fits(columns, rows)) return PICTAVO_E_INVALIDARG;
   }
   AffineCopyBlock block = {.region = BlockOf(part, pictures),
-                           .nFxSrcXStart = p.xStart,
-                           .nFxSrcYStart = p.yStart,
+                           .nFxSrcXStart = static_cast<i32>(x.start),
+                           .nFxSrcYStart = static_cast<i32>(y.start),
                            .nFxSrcXStepX = p.xStepX,
                            .nFxSrcXStepY = p.xStepY,
                            .nFxSrcYStepX = p.yStepX,
                            .nFxSrcYStepY = p.yStepY};
-  block.region.nDstOriX = p.dstX;
-  block.region.nDstOriY = p.dstY;
+  block.region.nDstOriX = left;
+  block.region.nDstOriY = top;
   return Computation(this, call).Run(PassOver(Shader::kAffineCopy, pictures, columns, rows), block);
 }
 
@@ -233,10 +240,12 @@ u32 CPictavo_D3D::ColourFromSource(const D3DCall& call, const D3DTintParam* para
   if (code != PICTAVO_S_OK) return code;
   if (AnyPlane(pictures)) return PICTAVO_E_INVALIDARG;
   const Picture& src = pictures.src;
-  const Region whole({param->dstX, param->dstY, 0, 0, src.width, src.height});
-  if (Region(whole).InDestination(pictures.dst).Empty()) return PICTAVO_S_FALSE;
+  const Region part =
+      Region({param->dstX, param->dstY, 0, 0, src.width, src.height}).InDestination(pictures.dst);
+  if (part.Empty()) return PICTAVO_S_FALSE;
   return Computation(this, call)
-      .Run(PassOver(Shader::kColourFromSource, pictures, src.width, src.height),
+      .Run(PassOver(Shader::kColourFromSource, pictures, part.x.src + part.x.length,
+                    part.y.src + part.y.length),
            ColourFromSourceBlock{.nDstSx = param->dstX,
                                  .nDstSy = param->dstY,
                                  .fColorR = param->red,
@@ -309,22 +318,13 @@ u32 StretchesOf(u32 length, u32 radius) {
 
 u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
-  u32 radiusX = 0, radiusY = 0;
-  if (!PixelsOf(param->radiusX, param->scale, &radiusX) ||
-      !PixelsOf(param->radiusY, param->scale, &radiusY)) {
-    return PICTAVO_E_INVALIDARG;
-  }
-  return BoxBlur(call, radiusX, radiusY);
-}
-
-u32 CPictavo_D3D::BoxBlur(const D3DCall& call, u32 radiusX, u32 radiusY) noexcept {
-  Pictures pictures;
-  u32 code = OpenPictures(call, true, &pictures);
+  u32 code = OpenPictures(call, param, &pictures);
   if (code != PICTAVO_S_OK) return code;
   const auto& [dst, src] = pictures;
-  if (!BothColourOrBothPlanes(pictures) || dst.width != src.width || dst.height != src.height) {
+  u32 radiusX = 0, radiusY = 0;
+  if (!PixelsOf(param->radiusX, param->scale, &radiusX) ||
+      !PixelsOf(param->radiusY, param->scale, &radiusY) || !BothColourOrBothPlanes(pictures) ||
+      dst.width != src.width || dst.height != src.height) {
     return PICTAVO_E_INVALIDARG;
   }
   const u32 width = static_cast<u32>(dst.width), height = static_cast<u32>(dst.height);

@@ -312,7 +312,9 @@ u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* 
 }
 u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
                         const ImageDesc* src, u32 radius) noexcept {
-  return BoxBlur({device, context, dst, src}, radius, radius);
+  const auto pixels = static_cast<double>(radius);
+  const D3DBlurParam param = {pixels, pixels, 1};
+  return BoxBlur({device, context, dst, src}, &param);
 }
 u32 Pictavo::FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                             u32 radiusY) noexcept {

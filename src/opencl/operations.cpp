@@ -11,8 +11,9 @@ namespace {
 
 constexpr u32 kUsable = 1;  // what a surface answers
 constexpr u32 kLargestRadius = 2047;
-constexpr size_t kGroup = 64;     // work-items that run together
-constexpr i32 kBlurStretch = 64;  // pixels a work-item of Blur.cl slides along
+constexpr i32 kLargestSize = INT32_MAX / 4;  // a row's bytes and the kernels' sums fit 32 bits
+constexpr size_t kGroup = 64;                // work-items that run together
+constexpr i32 kBlurStretch = 64;             // pixels a work-item of Blur.cl slides along
 
 #define PICTAVO_RETURN_IF_FAILED(call) \
   if (const u32 result_ = (call); static_cast<i32>(result_) < 0) return result_
@@ -48,7 +49,8 @@ u32 Ask(IPictavoSurface* dst, ImageDesc* dstImage, IPictavoSurface* src,
 
 bool IsPicture(const ImageDesc& image) noexcept {
   return image.data != nullptr && image.memoryKind != PICTAVO_MEMORY_D3D11_TEXTURE &&
-         image.width >= 1 && image.height >= 1 && i64{4} * image.width <= INT32_MAX;
+         image.width >= 1 && image.height >= 1 && image.width <= kLargestSize &&
+         image.height <= kLargestSize;
 }
 
 bool Is32Bit(const ImageDesc& image) noexcept {

@@ -177,8 +177,9 @@ TEST_F(Operations, FilterRegions) {
 }
 
 TEST_F(Operations, ScaleAsTheCpuDoes) {
-  const D3DScaleParam params[] = {
-      {0, 0, 61, 83}, {-20, 7, 45, 200}, {60, 82, 61, 83}, {0, 0, 9, 5}, {-7, -9, 1000, 90}};
+  const D3DScaleParam params[] = {{0, 0, 61, 83},        {-20, 7, 45, 200},  {60, 82, 61, 83},
+                                  {0, 0, 9, 5},          {-7, -9, 1000, 90}, {-1 << 20, 82, 61, 84},
+                                  {60, -1 << 20, 62, 83}};
   for (const D3DScaleParam& p : params) {
     Check({"scale", PICTAVO_D3D_SCALE, &p,
            [&](const Image& src, Image* dst) {
@@ -232,6 +233,7 @@ TEST_F(Operations, CopyThroughAffineMaps) {
       {0, 0, 0, 0, 70, 45, -32768, 12345, 21845, 0, 0, 21845},              // enlarged
       {20, 20, 69, 44, 1, 1, 69 * 65536, 44 * 65536, 1000, 0, 0, 1000},     // the last pixel
       {-500, -500, 0, 0, 70, 45, -500 * 65536, -500 * 65536, 65536, 0, 0, 65536},
+      {-1 << 30, -1 << 30, 0, 0, 70, 45, 0, -1 << 30, 2, -2, -1, 2},  // a call must not take hours
   };
   for (const D3DAffineParam& p : params) {
     Check({"affine", PICTAVO_D3D_COPY_AFFINE, &p,

@@ -180,6 +180,16 @@ TEST_F(OpenCL, ResizesWithinOneUnit) {
   }
 }
 
+TEST_F(OpenCL, ResizesWhereFloatsSkipPixels) {
+  constexpr i32 kLong = (1 << 24) + 4;
+  for (const auto& [width, height] : {Size{kLong, 1}, {1, kLong}}) {
+    Surface dst(width, height), src(width, height);
+    ASSERT_EQ(object_->BilinearInterpolationOpenCL(&dst, &src), PICTAVO_S_OK);
+    const Bytes before = src.Packed(), after = dst.Packed();
+    EXPECT_TRUE(std::equal(after.end() - 4, after.end(), before.end() - 4));
+  }
+}
+
 TEST_F(OpenCL, TransformsWithinOneUnit) {
   constexpr f32 kBig = std::numeric_limits<f32>::max();
   const f32 matrices[][6] = {
@@ -288,6 +298,8 @@ TEST_F(OpenCL, RefusesWhatItCannotUse) {
       {"no rows", 1, [](auto* i) { i->height = 0; }, PICTAVO_E_INVALIDARG},
       {"negative", 1, [](auto* i) { i->width = i->height = INT32_MIN; }, PICTAVO_E_INVALIDARG},
       {"huge rows", 1, [](auto* i) { i->width = i->bufferWidth = 1 << 29; }, PICTAVO_E_INVALIDARG},
+      {"huge columns", 1, [](auto* i) { i->height = i->bufferHeight = 1 << 29; },
+       PICTAVO_E_INVALIDARG},
       {"huge", 1, [](auto* i) { i->width = i->height = INT32_MAX; }, PICTAVO_E_INVALIDARG},
       {"24 bits", 1, [](auto* i) { i->bytesPerPixel = 3; }, PICTAVO_E_INVALIDARG},
       {"64 bits", 1, [](auto* i) { i->bytesPerPixel = INT32_MIN; }, PICTAVO_E_INVALIDARG},

@@ -16,9 +16,9 @@ cbuffer CSParam : register(b0) {
 [numthreads(32, 32, 1)]
 void ScaledCopy(uint3 id : SV_DispatchThreadID) {
   const int2 start = int2(nDstRgnSx, nDstRgnSy);
-  const int2 position = start + int2(id.xy);
+  const int2 position = max(start, 0) + int2(id.xy);
   if (Outside(position, int2(nDstRgnEx, nDstRgnEy))) return;
-  const uint2 origin = id.xy * uint2(ufxSrcXStep, ufxSrcYStep);
+  const uint2 origin = (uint2(position) - uint2(start)) * uint2(ufxSrcXStep, ufxSrcYStep);
   uint alphas = 0;
   uint3 colours = 0;
   for (uint i = 0; i < 16; ++i) {

@@ -22,8 +22,9 @@ __kernel void BilinearInterpolation_BYTE(__global uchar4* dst, int dstWidth,
   if (x >= dstWidth) return;
   const float u = SourcePosition(x, stepX, srcWidth);
   const float v = SourcePosition(y, stepY, srcHeight);
-  const int left = (int)u;
-  const int top = (int)v;
+  // A large picture's last place rounds beyond it.
+  const int left = min((int)u, srcWidth - 1);
+  const int top = min((int)v, srcHeight - 1);
   const int right = min(left + 1, srcWidth - 1);
   __global const uchar4* upper = src + (size_t)top * srcWidth;
   __global const uchar4* lower = src + (size_t)min(top + 1, srcHeight - 1) * srcWidth;
