@@ -1,177 +1,24 @@
-// Resizing: the vector builds against the portable ones, the box against its sibling, and the
-// rules' corner cases.
+// Resizing: every pair of pixels, the box against its sibling, and the rules' corner cases.
 #include "cpu/resize.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
-#include <tuple>
-#include <utility>
 
-#include "guarded_memory.h"
-#include "pixels.h"
-#include "platform/pages.h"
-#include "short_memory.h"
+#include "operations.h"
 
 namespace pictavo::test {
 namespace {
 
-/// The arguments of a resize; each operation takes the ones it has.
-struct Call {
-  i32 dstWidth = 1, dstHeight = 1, dstPitch = 4;
-  i32 srcWidth = 1, srcHeight = 1, srcPitch = 4;
-  i32 forceOpaque = 0, fullSize = 1;
-};
-
-struct Operation {
-  const char* name;
-  std::function<u32(i32 level, u8* dst, const u8* src, const Call&)> run;
-};
-
-const Operation kBoxWeighted = {
-    "29 ResizeBox16AlphaWeighted", [](i32 level, u8* d, const u8* s, const Call& c) {
-      return cpu::ResizeBox16AlphaWeighted(level, d, c.dstWidth, c.dstHeight, c.dstPitch, s,
-                                           c.srcWidth, c.srcHeight, c.srcPitch, c.forceOpaque);
-    }};
-const Operation kBilinear16 = {
-    "30 ResizeBilinear16", [](i32 level, u8* d, const u8* s, const Call& c) {
-      return cpu::ResizeBilinear16(level, d, c.dstWidth, c.dstHeight, c.dstPitch, s, c.srcWidth,
-                                   c.srcHeight, c.srcPitch, c.forceOpaque, c.fullSize);
-    }};
-const Operation kBilinear7 = {
-    "31 ResizeBilinear7", [](i32 level, u8* d, const u8* s, const Call& c) {
-      return cpu::ResizeBilinear7(level, d, c.dstWidth, c.dstHeight, c.dstPitch, s, c.srcWidth,
-                                  c.srcHeight, c.srcPitch);
-    }};
-const Operation kNearest = {"55 ResizeNearest32", [](i32, u8* d, const u8* s, const Call& c) {
-                              return cpu::ResizeNearest32(reinterpret_cast<u32*>(d), c.dstWidth,
-                                                          c.dstHeight, c.dstPitch,
-                                                          reinterpret_cast<const u32*>(s),
-                                                          c.srcWidth, c.srcHeight, c.srcPitch);
-                            }};
-const Operation kBox = {"57 ResizeBox16", [](i32, u8* d, const u8* s, const Call& c) {
-                          return cpu::ResizeBox16(d, c.dstWidth, c.dstHeight, c.dstPitch, s,
-                                                  c.srcWidth, c.srcHeight, c.srcPitch);
-                        }};
-const Operation kKeepAlpha = {
-    "58 ResizeBilinear16KeepAlpha", [](i32 level, u8* d, const u8* s, const Call& c) {
-      return cpu::ResizeBilinear16KeepAlpha(level, d, c.dstWidth, c.dstHeight, c.dstPitch, s,
-                                            c.srcWidth, c.srcHeight, c.srcPitch, c.fullSize);
-    }};
-const Operation* const kOperations[] = {&kBoxWeighted, &kBilinear16, &kBilinear7,
-                                        &kNearest,     &kBox,        &kKeepAlpha};
-
-std::ostream& operator<<(std::ostream& out, const Call& c) {
-  return out << c.srcWidth << " x " << c.srcHeight << " pitch " << c.srcPitch << " to "
-             << c.dstWidth << " x " << c.dstHeight << " pitch " << c.dstPitch << ", forceOpaque "
-             << c.forceOpaque << ", fullSize " << c.fullSize;
-}
-
-/// The levels at which builds change, as far as this processor can run them.
-std::vector<i32> Levels() {
-  std::vector<i32> levels = {4};
-  if (__builtin_cpu_supports("ssse3")) levels.push_back(5);
-  if (__builtin_cpu_supports("sse4.1")) levels.push_back(6);
-  if (__builtin_cpu_supports("avx2")) levels.push_back(8);
-  return levels;
-}
-
-size_t Span(i32 width, i32 height, i32 pitch) {
-  return static_cast<size_t>(i64{height - 1} * std::abs(pitch) + 4 * i64{width});
-}
-
-/// First byte of the top row of a picture that spans `memory` exactly.
-u8* Top(u8* memory, i32 height, i32 pitch) {
-  return pitch < 0 ? memory - i64{height - 1} * pitch : memory;
-}
-
-/// Resizes guarded copies and returns the destination's bytes.
-Bytes Resize(const Operation& operation, i32 level, const Call& c, const Bytes& dst,
-             const Bytes& src, GuardedMemory::Side side = GuardedMemory::Side::kAfter) {
-  GuardedMemory d(dst.size(), side), s(src.size(), side);
-  std::memcpy(d.data(), dst.data(), dst.size());
-  std::memcpy(s.data(), src.data(), src.size());
-  EXPECT_EQ(operation.run(level, Top(d.data(), c.dstHeight, c.dstPitch),
-                          Top(s.data(), c.srcHeight, c.srcPitch), c),
-            PICTAVO_S_OK)
-      << operation.name << ", " << c;
-  return Bytes(d.data(), d.data() + dst.size());
-}
-
-void ExpectSame(const Bytes& actual, const Bytes& expected, const std::string& what,
-                const Call& c) {
-  const auto at = std::mismatch(actual.begin(), actual.end(), expected.begin()).first;
-  if (at == actual.end()) return;
-  const auto i = static_cast<size_t>(at - actual.begin());
-  FAIL() << what << ", " << c << ": byte " << i << " is " << int{actual[i]} << ", not "
-         << int{expected[i]};
-}
-
-/// Sizes of one axis, source and destination: from one pixel to several strips, enlarged, alike or
-/// reduced; doubles and halves often, also but for a pixel.
-std::pair<i32, i32> RandomSizes(Random& random, u32 most) {
-  const auto size = [&](u32 largest) { return static_cast<i32>(1 + random() % largest); };
-  const i32 src = size(random() % 4 == 0 ? 4 : most);
-  const i32 near = static_cast<i32>(random() % 2);
-  switch (random() % 8) {
-    case 0:
-      return {src, src};
-    case 1:
-      return {src, 2 * src + near};
-    case 2:
-      return {2 * src + near, src};
-    case 3:
-      return {size(50 * most), size(9)};
-    case 4:
-      return {src, size(8 * most)};
-    default:
-      return {src, size(most)};
-  }
-}
-
-/// Pitches are tight, padded, negative, or so small that rows overlap.
-Call RandomCall(Random& random) {
-  const auto pitch = [&](i32 width) {
-    const i32 pitches[] = {4 * width, 4 * width + 4, 4 * width + 12, -4 * width, -4 * width - 8, 4,
-                           0};
-    return pitches[random() % 7];
-  };
-  Call c;
-  std::tie(c.srcWidth, c.dstWidth) = RandomSizes(random, 80);
-  std::tie(c.srcHeight, c.dstHeight) = RandomSizes(random, 9);
-  c.dstPitch = pitch(c.dstWidth);
-  c.srcPitch = pitch(c.srcWidth);
-  c.forceOpaque = static_cast<i32>(random() % 2);
-  c.fullSize = static_cast<i32>(random() % 4);
-  return c;
-}
-
-TEST(Resize, LevelsAgreeInsideGuardedPictures) {
-  Random random(11);
-  for (int round = 0; round < 700 && !testing::Test::HasFailure(); ++round) {
-    const Call c = RandomCall(random);
-    Bytes src(Span(c.srcWidth, c.srcHeight, c.srcPitch)),
-        dst(Span(c.dstWidth, c.dstHeight, c.dstPitch));
-    FillPixels(src.data(), src.size(), static_cast<int>(random() % kKinds), random);
-    FillPixels(dst.data(), dst.size(), kRandom, random);
-    const auto side = random() % 2 ? GuardedMemory::Side::kBefore : GuardedMemory::Side::kAfter;
-    for (const Operation* operation : kOperations) {
-      const Bytes expected = Resize(*operation, 0, c, dst, src, side);
-      for (const i32 level : Levels()) {
-        ExpectSame(Resize(*operation, level, c, dst, src, side), expected,
-                   operation->name + std::string(" at level ") + std::to_string(level), c);
-      }
-    }
-  }
-}
+const Operation &kBoxWeighted = Slot(29), &kBilinear16 = Slot(30), &kBilinear7 = Slot(31),
+                &kNearest = Slot(55), &kBox = Slot(57), &kKeepAlpha = Slot(58);
 
 /// Every pair of neighbours under weights of all sizes.
 TEST(Resize, EveryPairIsInterpolatedAlike) {
   Call c;
   c.srcWidth = 2;
-  c.dstWidth = 515;
+  c.width = 515;
   Bytes expected(size_t{4} * 515), actual(expected.size());
   for (u32 pair = 0; pair < 65536 && !HasFatalFailure(); pair += 4) {
     u8 src[8];
@@ -179,10 +26,10 @@ TEST(Resize, EveryPairIsInterpolatedAlike) {
       src[channel] = static_cast<u8>(pair >> 8);
       src[4 + channel] = static_cast<u8>(pair + channel);
     }
-    kKeepAlpha.run(0, expected.data(), src, c);
+    kKeepAlpha(0, expected.data(), src, c);
     for (const i32 level : Levels()) {
-      kKeepAlpha.run(level, actual.data(), src, c);
-      ExpectSame(actual, expected, "level " + std::to_string(level), c);
+      kKeepAlpha(level, actual.data(), src, c);
+      ASSERT_EQ(actual, expected) << "level " << level << ", pair " << pair;
     }
   }
 }
@@ -268,17 +115,24 @@ TEST(Resize, Corners) {
     Call c;
     c.srcWidth = corner.srcWidth;
     c.srcHeight = static_cast<i32>(corner.src.size()) / c.srcWidth;
-    c.dstWidth = corner.dstWidth;
-    c.dstHeight = static_cast<i32>(corner.expected.size()) / c.dstWidth;
+    c.width = corner.dstWidth;
+    c.height = static_cast<i32>(corner.expected.size()) / c.width;
     c.srcPitch = 4 * c.srcWidth;
-    c.dstPitch = 4 * c.dstWidth;
+    c.dstPitch = 4 * c.width;
     c.forceOpaque = corner.forceOpaque;
     c.fullSize = corner.fullSize;
     const Bytes dst = PixelBytes(Pixels(corner.expected.size(), untouched));
-    EXPECT_EQ(Resize(corner.operation, 0, c, dst, PixelBytes(corner.src)),
-              PixelBytes(corner.expected))
+    EXPECT_EQ(RunCase(MakeCase(corner.operation, c, dst, PixelBytes(corner.src)), 0),
+              (Outcome{PICTAVO_S_OK, PixelBytes(corner.expected)}))
         << corner.operation.name << ": " << corner.what;
   }
+}
+
+Case DrawCase(const Operation& operation, Random& random) {
+  Bytes bytes(128);
+  for (u8& byte : bytes) byte = static_cast<u8>(random());
+  Input input(bytes);
+  return test::DrawCase(operation, &input);
 }
 
 /// The fast box has no slower build; its sibling's portable one is the rule. Where all is opaque
@@ -286,39 +140,43 @@ TEST(Resize, Corners) {
 TEST(Resize, BoxesAgreeOnOpaquePictures) {
   Random random(12);
   for (int round = 0; round < 400 && !HasFailure(); ++round) {
-    const Call c = RandomCall(random);
-    Bytes src(Span(c.srcWidth, c.srcHeight, c.srcPitch)),
-        dst(Span(c.dstWidth, c.dstHeight, c.dstPitch));
-    FillPixels(src.data(), src.size(), kOpaque, random);
-    ExpectSame(Resize(kBox, 0, c, dst, src), Resize(kBoxWeighted, 0, c, dst, src), kBox.name, c);
+    Case fast = DrawCase(kBox, random);
+    Call& c = fast.call;
+    c.srcPitch = 4 * c.srcWidth;
+    c.forceOpaque = 0;
+    fast.src.resize(Span(c.srcWidth, c.srcHeight, c.srcPitch));
+    FillPixels(fast.src.data(), fast.src.size(), kOpaque, random);
+    Case weighted = fast;
+    weighted.operation = &kBoxWeighted;
+    EXPECT_EQ(RunCase(fast, 0), RunCase(weighted, 0)) << Describe(fast, 0);
   }
 }
 
 TEST(Resize, NearestTakesTheUpperLeftPixel) {
   Random random(13);
   for (int round = 0; round < 400 && !HasFailure(); ++round) {
-    Call c = RandomCall(random);
+    Case drawn = DrawCase(kNearest, random);
+    Call& c = drawn.call;
     if (round < 2) {  // steps of a half, or all but, that are no doubles
       c.srcWidth = round == 0 ? 20000 : 32767;
-      c.dstWidth = round == 0 ? 39999 : 65535;
-      c.srcPitch = 4 * c.srcWidth;
+      c.width = round == 0 ? 39999 : 65535;
+      c.srcHeight = c.height = 1;
     }
-    c.srcPitch += static_cast<i32>(random() % 4);  // less than a pixel is not counted
-    c.dstPitch = 4 * c.dstWidth + static_cast<i32>(random() % 4);
-    const i32 pitch = c.srcPitch / 4 * 4;
-    Bytes src(Span(c.srcWidth, c.srcHeight, pitch)),
-        dst(size_t{4} * Pixels(static_cast<size_t>(c.dstWidth * c.dstHeight)).size());
+    if (c.width < 1 || c.height < 1 || c.srcWidth < 1 || c.srcHeight < 1) continue;
+    const i32 srcPitch = 4 * c.srcWidth + 8, dstPitch = 4 * c.width;
+    c.srcPitch = srcPitch + static_cast<i32>(random() % 4);  // less than a pixel is not counted
+    c.dstPitch = dstPitch + static_cast<i32>(random() % 4);
+    Bytes src(Span(c.srcWidth, c.srcHeight, srcPitch)), dst(Span(c.width, c.height, dstPitch));
     FillPixels(src.data(), src.size(), kRandom, random);
-    u8* const top = Top(src.data(), c.srcHeight, pitch);
-    EXPECT_EQ(kNearest.run(0, dst.data(), top, c), PICTAVO_S_OK);
-    for (i32 y = 0; y < c.dstHeight; ++y) {
-      for (i32 x = 0; x < c.dstWidth; ++x) {
-        const i64 column = i64{x} * (c.srcWidth * 65536 / c.dstWidth) / 65536;
-        const i64 row = i64{y} * (c.srcHeight * 65536 / c.dstHeight) / 65536;
-        ASSERT_EQ(std::memcmp(&dst[static_cast<size_t>(4 * (y * c.dstWidth + x))],
-                              top + row * pitch + 4 * column, 4),
+    EXPECT_EQ(kNearest(0, dst.data(), src.data(), c), PICTAVO_S_OK);
+    for (i32 y = 0; y < c.height; ++y) {
+      for (i32 x = 0; x < c.width; ++x) {
+        const i64 column = i64{x} * (c.srcWidth * 65536 / c.width) / 65536;
+        const i64 row = i64{y} * (c.srcHeight * 65536 / c.height) / 65536;
+        ASSERT_EQ(std::memcmp(&dst[static_cast<size_t>(y * dstPitch + 4 * x)],
+                              &src[static_cast<size_t>(row * srcPitch + 4 * column)], 4),
                   0)
-            << c;
+            << Describe(drawn, 0);
       }
     }
   }
@@ -326,57 +184,34 @@ TEST(Resize, NearestTakesTheUpperLeftPixel) {
 
 TEST(Resize, RefusesWhatItCannotUse) {
   Bytes src(64, 7), dst(64, 3);
-  for (const Operation* operation : kOperations) {
-    const bool is7 = operation == &kBilinear7;
+  for (const int slot : {29, 30, 31, 55, 57, 58}) {
+    const Operation& operation = Slot(slot);
+    const bool is7 = slot == 31;
     const i32 least = is7 ? (1 << 23) + 1 : 32768;
     struct Refused {
       i32 Call::*size;
       i32 value;
       u32 code;
     } const refused[] = {
-        {&Call::dstWidth, 0, PICTAVO_S_FALSE},
-        {&Call::dstHeight, -1, PICTAVO_S_FALSE},
+        {&Call::width, 0, PICTAVO_S_FALSE},
+        {&Call::height, -1, PICTAVO_S_FALSE},
         {&Call::srcWidth, INT32_MIN, PICTAVO_S_FALSE},
         {&Call::srcHeight, 0, PICTAVO_S_FALSE},
-        {is7 ? &Call::dstWidth : &Call::srcWidth, least, PICTAVO_E_INVALIDARG},
-        {is7 ? &Call::dstHeight : &Call::srcHeight, least, PICTAVO_E_INVALIDARG},
-        {is7 ? &Call::dstHeight : &Call::srcHeight, INT32_MAX, PICTAVO_E_INVALIDARG},
+        {is7 ? &Call::width : &Call::srcWidth, least, PICTAVO_E_INVALIDARG},
+        {is7 ? &Call::height : &Call::srcHeight, least, PICTAVO_E_INVALIDARG},
+        {is7 ? &Call::height : &Call::srcHeight, INT32_MAX, PICTAVO_E_INVALIDARG},
     };
     for (const i32 level : {0, 8}) {
       for (const auto& [size, value, code] : refused) {
         Call c;
         c.*size = value;
-        EXPECT_EQ(operation->run(level, dst.data(), src.data(), c), code) << operation->name << c;
-        EXPECT_EQ(operation->run(level, nullptr, src.data(), c), PICTAVO_E_POINTER);
-        EXPECT_EQ(operation->run(level, dst.data(), nullptr, c), PICTAVO_E_POINTER);
+        EXPECT_EQ(operation(level, dst.data(), src.data(), c), code) << operation.name;
+        EXPECT_EQ(operation(level, nullptr, src.data(), c), PICTAVO_E_POINTER);
+        EXPECT_EQ(operation(level, dst.data(), nullptr, c), PICTAVO_E_POINTER);
       }
     }
   }
   EXPECT_EQ(dst, Bytes(64, 3));
-}
-
-TEST(Resize, SaysWhenMemoryIsShort) {
-  Call c;
-  c.srcWidth = c.dstWidth = 5000;  // a small picture needs none
-  const Bytes src(20000, 7), untouched(20000, 3);
-  std::vector<i32> levels = Levels();
-  levels.push_back(0);
-  for (const Operation* operation : {&kBilinear16, &kBilinear7, &kKeepAlpha}) {
-    for (const i32 level : levels) {
-      u32 code = PICTAVO_E_OUTOFMEMORY;
-      for (int allocations = 0; code != PICTAVO_S_OK; ++allocations) {
-        const ShortMemory memory(allocations);
-        Bytes dst = untouched;
-        code = operation->run(level, dst.data(), src.data(), c);
-        if (code == PICTAVO_S_OK) {
-          EXPECT_GT(allocations, 0);
-          break;
-        }
-        ASSERT_EQ(code, PICTAVO_E_OUTOFMEMORY) << operation->name << " level " << level;
-        EXPECT_EQ(dst, untouched);
-      }
-    }
-  }
 }
 
 }  // namespace

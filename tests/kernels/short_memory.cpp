@@ -6,6 +6,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <new>
 
 #include "guarded_memory.h"
@@ -15,6 +16,7 @@ namespace pictavo {
 namespace {
 
 std::atomic<int> left = std::numeric_limits<int>::max();  // some tests run threads
+std::mutex mutex;                                         // of what follows
 std::map<void*, std::unique_ptr<test::GuardedMemory>> handedOut;
 
 bool Take() {
@@ -30,11 +32,15 @@ void* AllocatePages(size_t size) noexcept {
   const size_t whole = (size + 63) / 64 * 64;  // keeps the alignment that vectors count on
   auto pages = std::make_unique<test::GuardedMemory>(whole, test::GuardedMemory::Side::kAfter);
   void* const data = pages->data();
+  const std::lock_guard lock(mutex);
   handedOut[data] = std::move(pages);
   return data;
 }
 
-void ReleasePages(void* pages, size_t) noexcept { handedOut.erase(pages); }
+void ReleasePages(void* pages, size_t) noexcept {
+  const std::lock_guard lock(mutex);
+  handedOut.erase(pages);
+}
 
 namespace test {
 

@@ -1,0 +1,503 @@
+#include "operations.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <optional>
+
+#include "chromakey/chroma_key_fx.h"
+#include "convert_utility/colour.h"
+#include "cpu/blend.h"
+#include "cpu/blur.h"
+#include "cpu/border.h"
+#include "cpu/convert.h"
+#include "cpu/draw.h"
+#include "cpu/histogram.h"
+#include "cpu/layer.h"
+#include "cpu/motion_blur.h"
+#include "cpu/resize.h"
+
+namespace pictavo::test {
+namespace {
+
+// --- Operations --------------------------------------------------------------------------------
+
+ImageDesc Describe(const u8* data, i32 width, i32 height, i32 pitch) {
+  ImageDesc image = {};
+  image.data = const_cast<u8*>(data);
+  image.width = image.bufferWidth = width;
+  image.height = image.bufferHeight = height;
+  image.pitch = pitch;
+  image.bytesPerPixel = 4;
+  return image;
+}
+
+u32 Layer(const Call& c) {
+  const cpu::LayerKernels& builds = cpu::kLayerKernels;
+  const u32 mode = c.layer.mode;
+  cpu::LayerKernel* kernel = builds.defaults[mode];
+  if (mode < cpu::kLayerModes) {
+    if (c.level >= PICTAVO_LEVEL_SSE4_1 && builds.sse41[mode]) kernel = builds.sse41[mode];
+    if (c.level >= PICTAVO_LEVEL_AVX2 && builds.avx2[mode]) kernel = builds.avx2[mode];
+  }
+  if (kernel == nullptr || c.width < 1 || c.height < 1) return PICTAVO_S_OK;
+  return kernel(c.dst, c.src, c.width, c.height, c.dstPitch, c.srcPitch, c.layer);
+}
+
+u32 Motion(const Call& c) {
+  const ImageDesc src = Describe(c.src, c.srcWidth, c.srcHeight, c.srcPitch);
+  ImageDesc dst = Describe(c.dst, c.width, c.height, c.dstPitch);
+  return cpu::MotionBlur(c.level, &src, &dst, &c.motion);
+}
+
+u32 Key(const Call& c) {
+  const ImageDesc src = Describe(c.src, c.width, c.height, c.srcPitch);
+  ImageDesc dst = Describe(c.dst, c.width, c.height, c.dstPitch);
+  return chromakey::ApplyChromaKey(c.level, &src, &dst, c.keys, c.keyCount, c.format);
+}
+
+/// The picture lies in the middle of the destination's bytes, with the border around it.
+template <auto kExtend>
+u32 Border(const Call& c) {
+  const i32 border = static_cast<i32>(c.border);
+  ImageDesc image = Describe(c.dst + i64{border} * (c.dstPitch + 4), c.width - 2 * border,
+                             c.height - 2 * border, c.dstPitch);
+  image.bufferWidth = c.width;
+  image.bufferHeight = c.height;
+  if (image.width < 1 || image.height < 1 || c.dstPitch < 4 * c.width) return PICTAVO_S_OK;
+  return kExtend(&image, c.border);
+}
+
+/// Counts the source, and leaves the first bins in the destination.
+template <auto kCount>
+u32 Histogram(const Call& c) {
+  if (c.width < 0 || c.height < 0 || c.srcPitch < 0) return PICTAVO_S_OK;
+  std::vector<u32> bins(static_cast<size_t>(std::clamp(c.binCount, 0, 300)));
+  const u32 result =
+      kCount(c.src, static_cast<u32>(c.width), static_cast<u32>(c.height),
+             static_cast<u32>(c.srcPitch), bins.data(), static_cast<i32>(bins.size()), c.selector);
+  const size_t row = c.height > 0 ? static_cast<size_t>(c.width) : 0;
+  if (!bins.empty()) std::memcpy(c.dst, bins.data(), 4 * std::min(bins.size(), row));
+  return result;
+}
+
+/// A rectangle that lies in the picture; a flat one is two rows high.
+u32 Outline(const Call& c) {
+  if (c.width < 1 || c.height < 2 || c.dstPitch < 4 * c.width) return PICTAVO_S_OK;
+  const i32 right = c.opacity % c.width, bottom = c.opacity / 3 % (c.height - 1);
+  const i32 rect[4] = {right / 2, bottom / 3, right, bottom};
+  return cpu::DrawRectOutline(reinterpret_cast<u32*>(c.dst), static_cast<u32>(c.dstPitch), rect,
+                              c.colour);
+}
+
+u32 Mean(const Call& c) {
+  f32 mean = 0;
+  const u32 result = cpu::ComputeMean(c.src, c.width, c.height, &mean);
+  if (result == PICTAVO_S_OK) std::memcpy(c.dst, &mean, sizeof(mean));
+  return result;
+}
+
+/// Each pixel of a picture by itself, to YUV and from it.
+u32 SingleColours(const Call& c) {
+  for (i64 i = 0; i < i64{std::max(c.width, 0)} * c.height; ++i) {
+    u8* p = c.dst + 4 * i;
+    u32 yuv[3], rgb[3];
+    cpu::ConvertRGBToYUVPixel(c.level, p[2], p[1], p[0], yuv, yuv + 1, yuv + 2);
+    cpu::ConvertYUVToRGBPixel(c.level, p[2], p[1], p[0], rgb, rgb + 1, rgb + 2);
+    for (int k = 0; k < 3; ++k) p[k] = static_cast<u8>(2 * yuv[k] ^ rgb[k]);
+  }
+  return PICTAVO_S_OK;
+}
+
+#define SIZE c.width, c.height
+#define PACKED c.level, c.dst, c.src, SIZE
+#define ONE_PITCH PACKED, c.dstPitch
+#define PITCHED PACKED, c.dstPitch, c.srcPitch
+#define IN_PLACE c.level, c.dst, SIZE
+#define RAMP c.flip, c.start, c.end
+#define FROM_TO c.level, c.src, SIZE, c.srcPitch, c.dst, c.dstPitch
+#define SCALED c.dst, SIZE, c.dstPitch, c.src, c.srcWidth, c.srcHeight, c.srcPitch
+
+using C = const Call&;
+constexpr u32 kInPlacePacked = kInPlace | kPacked;
+const Operation kOperations[] = {
+    {"2 BlendOverWithOpacityRamp", 0,
+     [](C c) { return cpu::BlendOverWithOpacityRamp(PITCHED, RAMP); }, 3},
+    {"3 BlendOverPacked", kPacked, [](C c) { return cpu::BlendOverPacked(PACKED); }, 3},
+    {"4 BlendOverPitched", kOnePitch, [](C c) { return cpu::BlendOverPitched(ONE_PITCH); }, 3},
+    {"5 BlendPremultipliedWithOpacityRamp", 0,
+     [](C c) { return cpu::BlendPremultipliedWithOpacityRamp(PITCHED, RAMP); }},
+    {"6 BlendPremultipliedPacked", kPacked,
+     [](C c) { return cpu::BlendPremultipliedPacked(PACKED); }},
+    {"7 BlendPremultipliedPitched", kOnePitch,
+     [](C c) { return cpu::BlendPremultipliedPitched(ONE_PITCH); }},
+    {"8 CompositePremultipliedWithOpacityRamp", 0,
+     [](C c) { return cpu::CompositePremultipliedWithOpacityRamp(PITCHED, RAMP); }},
+    {"9 CompositePremultipliedPitched", kOnePitch,
+     [](C c) { return cpu::CompositePremultipliedPitched(ONE_PITCH); }},
+    {"10 CompositePremultipliedPacked", kPacked,
+     [](C c) { return cpu::CompositePremultipliedPacked(PACKED); }},
+    {"11 BlendOverWithOpacity", 0,
+     [](C c) { return cpu::BlendOverWithOpacity(PITCHED, c.opacity, c.colour); }},
+    {"14 ConvertRGBToYUVPixel", kInPlacePacked, SingleColours},
+    {"16 UnpremultiplyPitched", kInPlace,
+     [](C c) { return cpu::UnpremultiplyPitched(IN_PLACE, c.dstPitch); }},
+    {"17 UnpremultiplyPacked", kInPlacePacked,
+     [](C c) { return cpu::UnpremultiplyPacked(IN_PLACE); }},
+    {"18 PremultiplyPitched", kInPlace,
+     [](C c) { return cpu::PremultiplyPitched(IN_PLACE, c.dstPitch); }},
+    {"19 PremultiplyPacked", kInPlacePacked, [](C c) { return cpu::PremultiplyPacked(IN_PLACE); }},
+    {"20 ConvertBGRAToYUVA", kMayAlias,
+     [](C c) {
+       return cpu::ConvertBGRAToYUVA(c.level, c.src, static_cast<u32>(std::max(c.width, 0)),
+                                     c.height, c.srcPitch, c.dst, c.dstPitch);
+     }},
+    {"29 ResizeBox16AlphaWeighted", kOwnSize,
+     [](C c) { return cpu::ResizeBox16AlphaWeighted(c.level, SCALED, c.forceOpaque); }},
+    {"30 ResizeBilinear16", kOwnSize,
+     [](C c) { return cpu::ResizeBilinear16(c.level, SCALED, c.forceOpaque, c.fullSize); }},
+    {"31 ResizeBilinear7", kOwnSize, [](C c) { return cpu::ResizeBilinear7(c.level, SCALED); }},
+    {"36 BlendOverWithOpacityRampAndAlpha", 0,
+     [](C c) { return cpu::BlendOverWithOpacityRampAndAlpha(PITCHED, c.opacity, c.colour, RAMP); }},
+    {"37 BlendOverWithOpacityRampKeepAlpha", 0,
+     [](C c) {
+       return cpu::BlendOverWithOpacityRampKeepAlpha(PITCHED, c.opacity, c.colour, RAMP);
+     }},
+    {"43 ComputeHistogram", 0, Histogram<cpu::ComputeHistogram>},
+    {"44 ComputeLumaHistogram", 0, Histogram<cpu::ComputeLumaHistogram>},
+    {"46 ConvertBGRAToGray", kMayAlias | kWholePitch,
+     [](C c) {
+       return cpu::ConvertBGRAToGray(c.level, c.src, SIZE, c.srcPitch,
+                                     reinterpret_cast<u32*>(c.dst), c.dstPitch);
+     }},
+    {"48 DrawRectOutline", kInPlace | kWholePitch, Outline},
+    {"55 ResizeNearest32", kOwnSize | kWholePitch,
+     [](C c) {
+       return cpu::ResizeNearest32(reinterpret_cast<u32*>(c.dst), SIZE, c.dstPitch,
+                                   reinterpret_cast<const u32*>(c.src), c.srcWidth, c.srcHeight,
+                                   c.srcPitch);
+     }},
+    {"57 ResizeBox16", kOwnSize, [](C c) { return cpu::ResizeBox16(SCALED); }},
+    {"58 ResizeBilinear16KeepAlpha", kOwnSize,
+     [](C c) { return cpu::ResizeBilinear16KeepAlpha(c.level, SCALED, c.fullSize); }},
+    {"63 MotionBlur", kOwnSize, Motion},
+    {"71 ExtendBoundary", kInPlace | kWholePitch, Border<cpu::ExtendBoundary>},
+    {"73 BlendLayer", 0, Layer},
+    {"77 FillSolidColor", kInPlace,
+     [](C c) { return cpu::FillSolidColor(IN_PLACE, c.dstPitch, c.colour); }},
+    {"82 ComputeMean", kPacked, Mean},
+    {"86 ApplyChromaKey", kPacked | kMayAlias, Key},
+    {"87 GaussianBlurBox3", kInPlace,
+     [](C c) { return cpu::GaussianBlurBox3(IN_PLACE, c.dstPitch, c.radius); }},
+    {"88 ConvertPictureFromRGB", kMayAlias,
+     [](C c) { return colour::ConvertPictureFromRGB(FROM_TO, c.model, c.matrix, c.range); }},
+    {"89 ConvertPictureToRGB", kMayAlias,
+     [](C c) { return colour::ConvertPictureToRGB(FROM_TO, c.model, c.matrix, c.range); }},
+    {"107 ExtendBoundaryTransparent", kInPlace | kWholePitch,
+     Border<cpu::ExtendBoundaryTransparent>},
+};
+
+// --- Drawing calls -----------------------------------------------------------------------------
+
+i32 DrawSide(Input* in) {
+  const i32 side = in->Byte();
+  if (side >= 250) return side - 256;
+  return side < 160 ? side % 20 : side - 159;
+}
+
+/// Doubles and halves often, also but for a pixel.
+i32 DrawScaled(i32 side, Input* in) {
+  const i32 kind = in->Byte();
+  switch (kind % 8) {
+    case 0:
+      return side;
+    case 1:
+      return 2 * side + kind / 128;
+    case 2:
+      return side / 2 + kind / 128;
+    case 3:
+      return 5 * kind;
+    default:
+      return DrawSide(in);
+  }
+}
+
+/// Tight, padded, upwards, or so small that rows share bytes.
+i32 DrawPitch(i32 width, Input* in) {
+  const i32 row = 4 * std::max(width, 0);
+  switch (in->Below(8)) {
+    case 0:
+      return row + 1 + in->Below(32);
+    case 1:
+      return -row;
+    case 2:
+      return row - in->Below(8);
+    case 3:
+      return -row - in->Below(9);
+    default:
+      return row;
+  }
+}
+
+void DrawColours(Call* c, Input* in) {
+  constexpr i32 kAngles[] = {0, 30, 60, 89, 90, 91, 180, 360, -30, 10000, INT32_MAX, INT32_MIN};
+  constexpr i32 kDenoises[] = {0, 1, 5, 20, 60, 110, 300, 50000, -20, INT32_MAX, INT32_MIN};
+  c->keyCount = 1 + in->Below(3);
+  c->format = in->Below(4) - 1;
+  for (ChromaKey& key : c->keys) {
+    key = {in->Byte(),
+           in->Byte(),
+           in->Byte(),
+           0,
+           kAngles[static_cast<size_t>(in->Below(std::size(kAngles)))],
+           kDenoises[static_cast<size_t>(in->Below(std::size(kDenoises)))]};
+    const u8 grey = in->Byte();
+    if (grey < 80) key.keyG = key.keyR ^ (grey & 7);
+    if (grey < 80) key.keyB = key.keyR ^ (grey >> 3 & 7);
+  }
+  c->model = static_cast<u32>(in->Below(3));
+  c->matrix = c->model == PICTAVO_COLOR_YUV ? static_cast<u32>(in->Below(3)) : 0;
+  c->range = c->model == PICTAVO_COLOR_YUV ? static_cast<u32>(in->Below(2)) : PICTAVO_RANGE_FULL;
+}
+
+/// Of one kind, or of several; long motions only take time.
+MotionBlurParam DrawMotion(Input* in) {
+  const auto limited = [in](f32 most) {
+    const f32 value = in->Real(most);
+    return std::abs(value) > 8 * most && std::abs(value) < 1e30f ? most : value;
+  };
+  MotionBlurParam motion = {1, 2 + in->Below(40), 0, 0, 1, 0, 0};
+  const u8 kinds = in->Byte();
+  if (kinds % 8 == 0) motion.maxSamples = in->Integer() % 600;
+  if (kinds % 3 == 0) motion.strength = limited(2);
+  if (kinds / 32 % 8 < 3) motion.dirX = std::round(limited(60));
+  if (kinds / 32 % 8 > 1 && kinds / 32 < 5) motion.dirY = limited(60);
+  if (kinds / 32 == 5 || kinds % 16 == 1) motion.zoom = limited(3);
+  if (kinds / 32 > 5) motion.angle = limited(200);
+  return motion;
+}
+
+/// Half of the pixels near the key's colour.
+void PullTowardsKey(const Call& c, Bytes* pixels, Random& random) {
+  const ChromaKey& key = c.keys[0];
+  const chromakey::Yuv yuv = chromakey::ToYuv(key.keyR, key.keyG, key.keyB);
+  const int bgra[] = {key.keyB, key.keyG, key.keyR};
+  const int vuya[] = {static_cast<int>(yuv.v) + 128, static_cast<int>(yuv.u) + 128,
+                      static_cast<int>(yuv.y)};
+  for (size_t at = 0; at + 4 <= pixels->size(); at += 4) {
+    if (random() % 2) continue;
+    const int spread = 1 + static_cast<int>(random() % 40);
+    for (size_t k = 0; k < 3; ++k) {
+      const int value = (c.format == 1 ? bgra : vuya)[k] - spread +
+                        static_cast<int>(random() % static_cast<u32>(2 * spread + 1));
+      (*pixels)[at + k] = static_cast<u8>(std::clamp(value, 0, 255));
+    }
+  }
+}
+
+// --- Running them ------------------------------------------------------------------------------
+
+i32 SrcWidth(const Case& c) {
+  return c.operation->traits & kOwnSize ? c.call.srcWidth : c.call.width;
+}
+i32 SrcHeight(const Case& c) {
+  return c.operation->traits & kOwnSize ? c.call.srcHeight : c.call.height;
+}
+
+/// Whether what lies between the rows is as before.
+bool KeepsGaps(const Case& c, const Bytes& after) {
+  const size_t row = static_cast<size_t>(4 * std::max(c.call.width, 0));
+  const size_t pitch = static_cast<size_t>(std::abs(c.call.dstPitch));
+  for (size_t at = row; pitch > row && at < c.dst.size(); at += pitch) {
+    const size_t gap = std::min(pitch - row, c.dst.size() - at);
+    if (std::memcmp(&after[at], &c.dst[at], gap) != 0) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+size_t Span(i32 width, i32 height, i32 pitch) {
+  if (width < 1 || height < 1) return 0;
+  return static_cast<size_t>(i64{height - 1} * std::abs(pitch) + 4 * i64{width});
+}
+
+u8* Top(u8* memory, i32 height, i32 pitch) {
+  return pitch < 0 && height > 0 ? memory - i64{height - 1} * pitch : memory;
+}
+
+std::span<const Operation> Operations() { return kOperations; }
+
+const Operation& Slot(int slot) {
+  return *std::find_if(std::begin(kOperations), std::end(kOperations),
+                       [slot](const Operation& o) { return std::atoi(o.name) == slot; });
+}
+
+std::vector<i32> Levels() {
+  std::vector<i32> levels = {PICTAVO_LEVEL_PORTABLE, 3};
+  if (__builtin_cpu_supports("ssse3")) levels.push_back(5);
+  if (__builtin_cpu_supports("sse4.1")) levels.push_back(6);
+  if (__builtin_cpu_supports("avx2")) levels.push_back(8);
+  return levels;
+}
+
+u8 Input::Byte() {
+  if (bytes_.empty()) return 0;
+  const u8 byte = bytes_.front();
+  bytes_ = bytes_.subspan(1);
+  return byte;
+}
+
+u32 Input::Bits() {
+  u32 bits = 0;
+  for (int i = 0; i < 4; ++i) bits = bits << 8 | Byte();
+  return bits;
+}
+
+i32 Input::Integer() {
+  static constexpr i32 kExtremes[] = {-1, 0, 255, 256, 65536, INT32_MAX, INT32_MIN};
+  const u8 kind = Byte();
+  if (kind < 200) return kind;
+  return kind < 240 ? static_cast<i32>(Bits()) : kExtremes[kind % std::size(kExtremes)];
+}
+
+f32 Input::Real(f32 most) {
+  using Limits = std::numeric_limits<f32>;
+  static constexpr f32 kExtremes[] = {0,     1,      -1,     2,
+                                      -0.0f, 1e38f,  -1e38f, 1e-42f,
+                                      700,   255.5f, 0.5f,   Limits::quiet_NaN(),
+                                      1.5f,  -0.5f,  1e-3f,  Limits::infinity(),
+                                      3,     0.25f,  1e-30f, -Limits::infinity()};
+  const u8 kind = Byte();
+  if (kind < 150) return most * static_cast<f32>(kind) / 149;
+  if (kind < 180) return -most * static_cast<f32>(kind - 150) / 29;
+  return kind < 200 ? std::bit_cast<f32>(Bits()) : kExtremes[kind % std::size(kExtremes)];
+}
+
+Case MakeCase(const Operation& operation, const Call& call, Bytes dst, Bytes src,
+              GuardedMemory::Side side) {
+  return {&operation, call, std::move(dst), std::move(src), false, side};
+}
+
+Case DrawCase(const Operation& operation, Input* in) {
+  Case drawn = {&operation, {}, {}, {}, false, {}};
+  Call& c = drawn.call;
+  const u32 traits = operation.traits;
+  c.width = DrawSide(in);
+  c.height = DrawSide(in);
+  c.flip = in->Below(2);
+  c.start = in->Real(1);
+  c.end = in->Below(2) == 0 ? c.start : in->Real(1);
+  c.opacity = in->Below(3) == 0 ? u8{255} : in->Byte();
+  c.colour = in->Bits();
+  c.forceOpaque = in->Below(2);
+  c.fullSize = in->Below(4);
+  c.radius = in->Real(static_cast<f32>(std::min(c.width, c.height)));
+  c.layer = {static_cast<u32>(in->Below(2 * cpu::kLayerModes)), c.opacity,
+             static_cast<u32>(in->Below(3)), c.start, c.end};
+  c.border = static_cast<u32>(in->Below(8));
+  c.selector = static_cast<u32>(in->Below(7));
+  c.binCount = in->Integer();
+  DrawColours(&c, in);
+  c.srcWidth = traits & kOwnSize ? DrawScaled(c.width, in) : c.width;
+  c.srcHeight = traits & kOwnSize ? DrawScaled(c.height, in) : c.height;
+  bool packed = traits & kPacked;
+  if (operation.run == Motion) {
+    const MotionBlurParam& m = c.motion = DrawMotion(in);
+    const ImageDesc src = Describe(nullptr, c.srcWidth, c.srcHeight, 4 * c.srcWidth);
+    ImageDesc told = {};
+    i32 x, y;
+    cpu::GetMotionBlurDstSize(&src, &told, &m, &x, &y);
+    if (in->Below(4) != 0 && i64{told.width} * told.height < 20000) {
+      c.width = told.width;
+      c.height = told.height;
+    }
+    // Only what spins has pitches.
+    packed = m.dirX != 0 || m.dirY != 0 || m.zoom != 1 || told.width == c.srcWidth;
+  }
+
+  c.dstPitch = DrawPitch(c.width, in);
+  c.srcPitch = DrawPitch(c.srcWidth, in);
+  if (traits & kOnePitch) c.srcPitch = c.dstPitch;
+  if (packed) {
+    c.dstPitch = 4 * c.width;
+    c.srcPitch = 4 * c.srcWidth;
+  }
+  if (traits & kWholePitch) {
+    c.dstPitch &= ~3;
+    c.srcPitch &= ~3;
+  }
+  drawn.aliased = traits & kMayAlias && in->Below(4) == 0;
+  if (drawn.aliased) c.srcPitch = c.dstPitch;
+
+  drawn.dst.resize(Span(c.width, c.height, c.dstPitch));
+  if (!(traits & kInPlace)) drawn.src.resize(Span(c.srcWidth, c.srcHeight, c.srcPitch));
+  for (Bytes* pixels : {&drawn.dst, &drawn.src}) {
+    Random random(in->Bits());
+    FillPixels(pixels->data(), pixels->size(), in->Below(kKinds), random);
+    if (operation.run == Key) PullTowardsKey(c, pixels, random);
+  }
+  drawn.side = in->Below(2) == 0 ? GuardedMemory::Side::kBefore : GuardedMemory::Side::kAfter;
+  return drawn;
+}
+
+Outcome RunCase(const Case& c, i32 level) {
+  GuardedMemory dst(c.dst.size(), c.side), src(c.src.size(), c.side);
+  std::copy(c.dst.begin(), c.dst.end(), dst.data());
+  std::copy(c.src.begin(), c.src.end(), src.data());
+  u8* const to = Top(dst.data(), c.call.height, c.call.dstPitch);
+  const u8* const from = c.aliased ? to : Top(src.data(), SrcHeight(c), c.call.srcPitch);
+  const u32 result = (*c.operation)(level, to, from, c.call);
+  if (!std::equal(c.src.begin(), c.src.end(), src.data())) std::abort();  // no method writes there
+  return {result, Bytes(dst.data(), dst.data() + dst.size())};
+}
+
+std::string Disagreement(const Case& c) {
+  // Rows that share bytes are written by more than one pixel, in an order of the build's own.
+  const bool plain = std::abs(c.call.dstPitch) >= 4 * c.call.width &&
+                     (!c.aliased || c.call.srcPitch == c.call.dstPitch);
+  std::optional<Outcome> first;
+  for (const i32 level : Levels()) {
+    const Outcome outcome = RunCase(c, level);
+    if (!plain) continue;
+    if (!KeepsGaps(c, outcome.dst)) return "writes between rows: " + Describe(c, level);
+    if (level < c.operation->sameFrom) continue;
+    if (!first) first = outcome;
+    if (outcome == *first) continue;
+    const auto at =
+        std::mismatch(outcome.dst.begin(), outcome.dst.end(), first->dst.begin()).first -
+        outcome.dst.begin();
+    return "byte " + std::to_string(at) + " or the result " + std::to_string(outcome.result) +
+           " differs: " + Describe(c, level);
+  }
+  return {};
+}
+
+std::string Describe(const Case& c, i32 level) {
+  std::string text = c.operation->name;
+  const auto add = [&text](const char* what, auto... numbers) {
+    text += std::string(", ") + what;
+    ((text += ' ', text += std::to_string(numbers)), ...);
+  };
+  const Call& n = c.call;
+  add("level", level);
+  add("size", n.width, n.height, SrcWidth(c), n.srcHeight);
+  add("pitches", n.dstPitch, n.srcPitch);
+  add("ramp", n.flip, n.start, n.end);
+  add("opacity", n.opacity, n.colour);
+  add("resizing", n.forceOpaque, n.fullSize);
+  add("radius", n.radius);
+  add("layer", n.layer.mode, n.layer.alphaMode);
+  add("motion", n.motion.strength, n.motion.maxSamples, n.motion.dirX, n.motion.dirY, n.motion.zoom,
+      n.motion.angle);
+  for (const ChromaKey& key : n.keys) {
+    add("key", key.keyR, key.keyG, key.keyB, key.angle, key.denoise);
+  }
+  add("format", n.format);
+  add("space", n.model, n.matrix, n.range);
+  return text;
+}
+
+}  // namespace pictavo::test
