@@ -181,19 +181,21 @@ TEST(ChromaKey, OverlapsAsIfTheSourceWereReadFirst) {
   constexpr size_t kBytes = 4 * kWidth * kHeight;
   for (const size_t count : {1u, 2u}) {
     for (const size_t shift : {size_t{0}, size_t{4}, size_t{4 * kWidth}, kBytes - 4, kBytes}) {
-      const auto [keys, format, memory] = Draw(count, kBytes + shift, random);
+      const Drawn drawn = Draw(count, kBytes + shift, random);
+      const Bytes& memory = drawn.pixels;
       const Bytes low(memory.begin(), memory.begin() + kBytes),
           high(memory.end() - kBytes, memory.end());
       Bytes up = memory, down = memory;
       const auto apply = [&](u8* dst, u8* src) {
-        EXPECT_EQ(Apply(Levels().back(), dst, src, kWidth, kHeight, keys, format), PICTAVO_S_OK);
+        EXPECT_EQ(Apply(Levels().back(), dst, src, kWidth, kHeight, drawn.keys, drawn.format),
+                  PICTAVO_S_OK);
       };
       apply(down.data() + shift, down.data());
       EXPECT_EQ(Bytes(down.end() - kBytes, down.end()),
-                Keyed(0, low, kWidth, kHeight, keys, format));
+                Keyed(0, low, kWidth, kHeight, drawn.keys, drawn.format));
       apply(up.data(), up.data() + shift);
       EXPECT_EQ(Bytes(up.begin(), up.begin() + kBytes),
-                Keyed(0, high, kWidth, kHeight, keys, format));
+                Keyed(0, high, kWidth, kHeight, drawn.keys, drawn.format));
     }
   }
 }

@@ -1,4 +1,4 @@
-// What the kernel tests share: pixels of different kinds, and the levels to try.
+// Pixels of different kinds.
 #ifndef PICTAVO_TESTS_PIXELS_H_
 #define PICTAVO_TESTS_PIXELS_H_
 
@@ -12,18 +12,6 @@ namespace pictavo::test {
 
 using Bytes = std::vector<u8>;
 using Random = std::mt19937;
-
-/// The first level of each vector build that this processor can run.
-inline std::vector<i32> VectorBuilds() {
-  return __builtin_cpu_supports("avx2") ? std::vector<i32>{3, 8} : std::vector<i32>{3};
-}
-
-/// Levels that must choose a vector build, as far as this processor can run it.
-inline std::vector<i32> VectorLevels() {
-  std::vector<i32> levels = {3, 4, 5, 6, 7};
-  if (__builtin_cpu_supports("avx2")) levels.insert(levels.end(), {8, 9, INT32_MAX});
-  return levels;
-}
 
 enum Kind { kRandom, kOpaque, kClear, kSoft, kRuns, kEdges, kKinds };
 
