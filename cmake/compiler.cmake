@@ -29,7 +29,11 @@ if(MINGW)
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
 endif()
 
-if(PICTAVO_SANITIZE)
+if(PICTAVO_SANITIZE STREQUAL "thread")
+  target_compile_options(pictavo_flags INTERFACE -fsanitize=thread)
+  # Tests and the sanitizer both replace operators new.
+  target_link_options(pictavo_flags INTERFACE -fsanitize=thread -Wl,-z,muldefs)
+elseif(PICTAVO_SANITIZE)
   target_compile_options(pictavo_flags INTERFACE
     -fsanitize=address,undefined,fuzzer-no-link -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(pictavo_flags INTERFACE -fsanitize=address,undefined)

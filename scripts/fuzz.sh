@@ -10,5 +10,5 @@ cmake --preset sanitize >/dev/null
 cmake --build --preset sanitize --target fuzz_operations
 mkdir -p build/fuzz/corpus
 cd build/fuzz
-../sanitize/bin/fuzz_operations -max_total_time=$((60 * minutes)) -max_len=128 -timeout=60 -print_final_stats=1 \
+../sanitize/bin/fuzz_operations -max_total_time=$((60 * minutes)) -max_len=160 -timeout=60 -print_final_stats=1 \
   "${@:2}" corpus

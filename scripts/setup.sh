@@ -10,7 +10,7 @@ packages=(
   clang lld llvm libclang-rt-14-dev      # sanitizers, a host for the other ABI, import libraries
   clang-format pkg-config
   googletest libbenchmark-dev            # tests and benchmarks
-  qemu-user                              # modelled old processors
+  qemu-user valgrind                     # modelled old processors, and one that knows what was written
   doxygen                                # the API reference
   frei0r-plugins-dev ffmpeg              # the sample plug-ins, and a program that loads them
   ocl-icd-libopencl1 pocl-opencl-icd     # an OpenCL runtime, which Wine hands on

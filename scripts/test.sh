@@ -5,12 +5,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh
 scripts/format.sh --check
-for preset in native sanitize windows; do
+for preset in native sanitize threads windows; do
   echo "== Building $preset"
   cmake --preset "$preset" >/dev/null
   cmake --build --preset "$preset"
 done
 
-# One run over the three builds, so that there is one summary.
-echo 'subdirs(native sanitize windows)' > build/CTestTestfile.cmake
+# One run over the four builds, so that there is one summary.
+echo 'subdirs(native sanitize threads windows)' > build/CTestTestfile.cmake
 ctest --test-dir build --parallel 2 --output-on-failure
