@@ -1,4 +1,4 @@
-// A device to test on, and pictures on both sides of it.
+// A device to test on, pictures on both sides of it, and the operations with something for each.
 #ifndef PICTAVO_TESTS_D3D11_DEVICE_H_
 #define PICTAVO_TESTS_D3D11_DEVICE_H_
 
@@ -6,75 +6,86 @@
 #include <gtest/gtest.h>
 #include <wrl/client.h>
 
-#include <functional>
+#include <array>
 #include <random>
+#include <string>
 #include <vector>
 
-#include "pictavo/pictavo.h"
+#include "frame/pictavo_object.h"
 
 namespace pictavo::test {
 
-/// A colour as a shader sees it.
-struct Colour {
-  int r, g, b, a;
-};
+using Colour = std::array<int, 4>;  // red, green, blue, alpha
 
-/// Pixels of one of the three formats.
+inline constexpr DXGI_FORMAT kBgra = DXGI_FORMAT_B8G8R8A8_UNORM, kRgba = DXGI_FORMAT_R8G8B8A8_UNORM,
+                             kPlane = DXGI_FORMAT_R8_UNORM;
+
+/// Pixels of one of the three formats, at first clear.
 struct Image {
   Image(int imageWidth, int imageHeight, DXGI_FORMAT imageFormat);
   /// With random colours and alphas, of which a third are 0 and a third 255.
   Image(int imageWidth, int imageHeight, DXGI_FORMAT imageFormat, std::mt19937& random);
+  /// Another picture in another format.
+  Image(const Image& image, DXGI_FORMAT imageFormat);
 
-  size_t PixelSize() const { return format == DXGI_FORMAT_R8_UNORM ? 1 : 4; }
-  u8* At(int x, int y) {
-    return bytes.data() + PixelSize() * (static_cast<size_t>(y) * static_cast<size_t>(width) +
-                                         static_cast<size_t>(x));
-  }
+  int PixelSize() const { return format == kPlane ? 1 : 4; }
   bool Has(int x, int y) const { return x >= 0 && y >= 0 && x < width && y < height; }
 
-  /// A pixel, a plane's being white of its alpha.
+  /// A pixel as a shader sees it; a plane's is white of its alpha.
   Colour Get(int x, int y) const;
-  /// Sets a pixel, of a plane its alpha. Ignores places outside.
   void Set(int x, int y, const Colour& colour);
 
-  /// The picture in another format.
-  Image In(DXGI_FORMAT other) const;
+  /// Where the bytes of another picture of this kind differ by more than the tolerance, or nothing.
+  std::string Difference(const Image& other, int tolerance = 0) const;
 
   int width, height;
   DXGI_FORMAT format;
   std::vector<u8> bytes;
 };
 
-/// Where two pictures of one size and format differ by more than the tolerance; empty when nowhere.
-std::string Difference(const Image& expected, const Image& result, int tolerance);
-
 inline constexpr u32 kInAndOut = D3D11_BIND_SHADER_RESOURCE | D3D11_BIND_UNORDERED_ACCESS;
-inline constexpr DXGI_FORMAT kFormats[] = {DXGI_FORMAT_B8G8R8A8_UNORM, DXGI_FORMAT_R8G8B8A8_UNORM,
-                                           DXGI_FORMAT_R8_UNORM};
 
 using Microsoft::WRL::ComPtr;
 using Texture = ComPtr<ID3D11Texture2D>;
 
-/// A device and its immediate context.
+/// A device, the graphics card's or the system's software one, and its immediate context.
 struct Device {
-  /// The graphics card's, or the system's software device. Throws without any.
-  Device();
+  Device();  // throws without any
 
-  Texture Upload(Image image, u32 bindFlags = kInAndOut) const;
+  Texture Upload(const Image& image, u32 bindFlags = kInAndOut) const;
   Image Download(ID3D11Texture2D* texture) const;
 
   ComPtr<ID3D11Device> device;
   ComPtr<ID3D11DeviceContext> context;
 };
 
-/// The device of all tests that need no other.
-const Device& SharedDevice();
-
 /// The record of a texture.
-ImageDesc Describe(ID3D11Texture2D* texture);
+inline ImageDesc Describe(const Texture& texture) {
+  return {{}, 0, 0, PICTAVO_MEMORY_D3D11_TEXTURE, texture.Get(), 0, 0, 0, 0};
+}
 
 /// How many references an object has.
-ULONG References(IUnknown* object);
+inline ULONG References(IUnknown* object) { return object->AddRef(), object->Release(); }
+
+/// A library object and the device of all tests that need no other.
+class OnDevice : public testing::Test {
+ protected:
+  u32 Run(i32 opCode, const void* param, const ImageDesc& dst, const ImageDesc& src,
+          ID3D11DeviceContext* context = nullptr) {
+    return interface_->D3DComputeOp(opCode, 0, device_.device.Get(),
+                                    context != nullptr ? context : device_.context.Get(), &dst,
+                                    &src, param);
+  }
+
+  static const Device& SharedDevice() {
+    static const Device device;
+    return device;
+  }
+
+  const Device& device_ = SharedDevice();
+  Pictavo object_;
+  IPictavo6* const interface_ = &object_;
+};
 
 }  // namespace pictavo::test
 

@@ -16,262 +16,201 @@ namespace {
 using Lines = std::vector<std::string>;
 
 constexpr cl::u64 kCpu = 1 << 1, kGpu = 1 << 2;
+const std::string kRefused = "I _isOCL2Support return false!!, Disable OpenCL 2.0.\n";
 
 FakeDevice Gpu(const char* version) { return {kGpu, "gpu", "", version}; }
-
-/// Sets the registry's switch for one case; a null value leaves it absent.
-class RegistrySwitch {
- public:
-  RegistrySwitch(DWORD type, const void* value, DWORD size) {
-    if (value == nullptr) return;
-    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, kName, type, value, size), ERROR_SUCCESS);
-  }
-  ~RegistrySwitch() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, kName); }
-
- private:
-  static constexpr const wchar_t* kKey = L"Software\\Quorlin\\VKTMemMgr";
-  static constexpr const wchar_t* kName = L"AllowOCL2ForAll";
-};
+const std::vector<FakePlatform> kOther = {{"Other", "OpenCL 3.0", {Gpu("OpenCL 3.0")}}};
+const std::vector<FakePlatform> kIntel = {{"Intel", "OpenCL 2.0", {Gpu("OpenCL 2.0")}}};
 
 class Detection : public testing::Test {
  protected:
   Detection() { fakeOpenCL = {}; }
   ~Detection() override { SetEnvironmentVariableW(L"DetectOpenCL", nullptr); }
 
-  /// Brings a runtime up and says how many entry points of each group there are.
-  void Init(const wchar_t* folder) {
+  /// Brings a runtime up. @return what the library says of it
+  Lines Init(const std::vector<FakePlatform>& platforms, const wchar_t* folder = L"opencl2") {
+    fakeOpenCL.platforms = platforms;
     FindModulesIn(folder);
     util_ = std::make_unique<OpenCLUtil>();
+    return InitAgain();
+  }
+
+  /// @return lines that begin with I, P or V for the method
+  Lines InitAgain() {
     util_->Init();
+    Lines lines = lines_.Take();
+    for (std::string& line : lines) {
+      for (const std::string method : {"Init", "_isOCL2Platform", "_GetOpenCLVersion"}) {
+        const std::string start = "[OpenCLUtil::" + method + "]  ";
+        const char letter = method == "Init" ? 'I' : method == "_isOCL2Platform" ? 'P' : 'V';
+        if (line.starts_with(start)) line.replace(0, start.size(), {letter, ' '});
+      }
+    }
+    return lines;
   }
 
-  /// The table of entry points, without their types.
-  std::vector<void*> EntryPoints() const {
+  /// How many entry points of a group there are before the first missing one, and after that.
+  std::pair<ptrdiff_t, ptrdiff_t> Found(size_t from, size_t to) const {
     const auto all = std::bit_cast<std::array<void*, kAll>>(util_->cl);
-    return {all.begin(), all.end()};
-  }
-  size_t Found(size_t from, size_t to) const {
-    const auto all = EntryPoints();
     const auto missing = std::find(all.data() + from, all.data() + to, nullptr);
-    return static_cast<size_t>(missing - (all.data() + from));
+    const auto present = [](const void* entry) { return entry != nullptr; };
+    return {missing - (all.data() + from), std::count_if(missing, all.data() + to, present)};
   }
+  std::pair<ptrdiff_t, ptrdiff_t> Group1() const { return Found(0, kGroup1); }
+  std::pair<ptrdiff_t, ptrdiff_t> Group2() const { return Found(kGroup1, kAll); }
 
+  using Count = std::pair<ptrdiff_t, ptrdiff_t>;
   static constexpr size_t kGroup1 = 74, kAll = 87;
   std::unique_ptr<OpenCLUtil> util_;
   DebuggerListener lines_;
 };
 
 TEST_F(Detection, LogsHowItDecides) {
-  const std::string init = "[OpenCLUtil::Init]  ";
-  const std::string is2 = "[OpenCLUtil::_isOCL2Platform]  ";
-  const std::string version = "[OpenCLUtil::_GetOpenCLVersion]  ";
-  const std::string refused = init + "_isOCL2Support return false!!, Disable OpenCL 2.0.\n";
-  struct Case {
-    std::vector<FakePlatform> platforms;
-    bool allowAll;
-    bool group2;
-    Lines lines;
-  } const cases[] = {
-      {{{"Intel(R) OpenCL", "OpenCL 2.1 x", {Gpu("OpenCL 3.0 a"), Gpu("OpenCL 2.0 b")}},
-        {"Other", "OpenCL 2.2 y", {Gpu("OpenCL 2.2")}},
-        {"Intel", "OpenCL 2.0", {Gpu("OpenCL 1.2")}}},
-       false,
-       true,
-       {is2 + "_isOCL2Platform, filter: Intel.",
-        is2 + "clGetPlatformIDs return num: 3. \n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 13. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Intel(R) OpenCL. \n",
-        is2 + "find: Intel, go get platform ver! \n",
-        is2 + "clGetPlatformInfo: 0, ver: OpenCL 2.1 x. \n",
-        is2 + "major ver: 2. \n",
-        is2 + "2.0+ platfrom. Start to get device information. \n",
-        is2 + "plat 0: find device count: 2. \n",
-        is2 + "device 0: ver: OpenCL 3.0 a. \n",
-        is2 + "device 0: temp major: 3. \n",
-        is2 + "update device major to : 3. \n",
-        is2 + "device 1: ver: OpenCL 2.0 b. \n",
-        is2 + "device 1: temp major: 2. \n",
-        is2 + "OpenCL 2.0 device found.\n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 13. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Other. \n",
-        is2 + "platform name doesn't find: Intel, try next platform. \n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 11. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Intel. \n",
-        is2 + "find: Intel, go get platform ver! \n",
-        is2 + "clGetPlatformInfo: 0, ver: OpenCL 2.0. \n",
-        is2 + "major ver: 2. \n",
-        is2 + "2.0+ platfrom. Start to get device information. \n",
-        is2 + "plat 2: find device count: 1. \n",
-        is2 + "device 0: ver: OpenCL 1.2. \n",
-        is2 + "device 0: temp major: 1. \n",
-        is2 + "update device major to : 1. \n",
-        is2 + "No OpenCL 2.0 device found.\n",
-        is2 + "return 1.\n",
-        version + "platform num: 3. \n",
-        version + "platform 0, ver: OpenCL 2.1 x. \n",
-        version + "platform 0, major: 2, minor: 1. \n",
-        version + "update major to: 2, minor to: 1. \n",
-        version + "platform 1, ver: OpenCL 2.2 y. \n",
-        version + "platform 1, major: 2, minor: 2. \n",
-        version + "update major to: 2, minor to: 2. \n",
-        version + "platform 2, ver: OpenCL 2.0. \n",
-        version + "platform 2, major: 2, minor: 0. \n",
-        init + "OpenCL 2.0 device detected, start to extract OpenCL 2.0 function.\n",
-        init + "Initialized.\n"}},
-      {{{"Other", "OpenCL 3.0", {Gpu("OpenCL 3.0")}}},
-       false,
-       false,
-       {is2 + "_isOCL2Platform, filter: Intel.", is2 + "clGetPlatformIDs return num: 1. \n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 11. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Other. \n",
-        is2 + "platform name doesn't find: Intel, try next platform. \n", is2 + "return 0.\n",
-        refused}},
-      {{{"Other", "OpenCL 3.0", {Gpu("OpenCL 3.0")}}},
-       true,
-       true,
-       {"[OpenCLUtil::_readRegistrySetting] Find key: m_AllowOCL2ForAll.\n",
-        is2 + "_isOCL2Platform, filter: (null).", is2 + "clGetPlatformIDs return num: 1. \n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 11. \n",
-        is2 + "clGetPlatformInfo: 0, ver: OpenCL 3.0. \n", is2 + "major ver: 3. \n",
-        is2 + "2.0+ platfrom. Start to get device information. \n",
-        is2 + "plat 0: find device count: 1. \n", is2 + "device 0: ver: OpenCL 3.0. \n",
-        is2 + "device 0: temp major: 3. \n", is2 + "update device major to : 3. \n",
-        is2 + "OpenCL 2.0 device found.\n", is2 + "return 1.\n", version + "platform num: 1. \n",
-        version + "platform 0, ver: OpenCL 3.0. \n", version + "platform 0, major: 3, minor: 0. \n",
-        version + "update major to: 3, minor to: 0. \n",
-        init + "OpenCL 2.0 device detected, start to extract OpenCL 2.0 function.\n",
-        init + "Initialized.\n"}},
-      {{{"Intel", "OpenCL 2.0", {Gpu("OpenCL 1.2"), {kCpu, "cpu", "", "OpenCL 2.0"}}},
-        {"Intel", "OpenCL 2.0", {}},
-        {"Intel", "OpenCL 1.2", {Gpu("OpenCL 2.0")}}},
-       false,
-       false,
-       {is2 + "_isOCL2Platform, filter: Intel.",
-        is2 + "clGetPlatformIDs return num: 3. \n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 11. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Intel. \n",
-        is2 + "find: Intel, go get platform ver! \n",
-        is2 + "clGetPlatformInfo: 0, ver: OpenCL 2.0. \n",
-        is2 + "major ver: 2. \n",
-        is2 + "2.0+ platfrom. Start to get device information. \n",
-        is2 + "plat 0: find device count: 1. \n",
-        is2 + "device 0: ver: OpenCL 1.2. \n",
-        is2 + "device 0: temp major: 1. \n",
-        is2 + "update device major to : 1. \n",
-        is2 + "No OpenCL 2.0 device found.\n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 11. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Intel. \n",
-        is2 + "find: Intel, go get platform ver! \n",
-        is2 + "clGetPlatformInfo: 0, ver: OpenCL 2.0. \n",
-        is2 + "major ver: 2. \n",
-        is2 + "2.0+ platfrom. Start to get device information. \n",
-        is2 + "plat 1: find device count: 0. \n",
-        is2 + "no device set major to 0. \n",
-        is2 + "No OpenCL 2.0 device found.\n",
-        is2 + "clGetPlatformInfo: 0, platVerSize: 11. \n",
-        is2 + "clGetPlatformInfo: 0, szPlatName: Intel. \n",
-        is2 + "find: Intel, go get platform ver! \n",
-        is2 + "clGetPlatformInfo: 0, ver: OpenCL 1.2. \n",
-        is2 + "major ver: 1. \n",
-        is2 + "return 0.\n",
-        refused}},
-      {{},
-       false,
-       false,
-       {is2 + "_isOCL2Platform, filter: Intel.", is2 + "clGetPlatformIDs return num: 0. \n",
-        is2 + "return 0.\n", refused}},
-  };
-  for (const Case& c : cases) {
-    fakeOpenCL.platforms = c.platforms;
-    const DWORD on = 256;  // any value but 0
-    const RegistrySwitch allow(REG_DWORD, c.allowAll ? &on : nullptr, sizeof(on));
-    Init(L"opencl2");
-    EXPECT_EQ(lines_.Take(), c.lines);
-    EXPECT_EQ(Found(0, kGroup1), kGroup1);
-    EXPECT_EQ(Found(kGroup1, kAll), c.group2 ? kAll - kGroup1 : 0);
-    // The module comes once; the decision is made each time.
-    util_->Init();
-    EXPECT_EQ(lines_.Take(), c.lines);
+  const std::vector<FakePlatform> platforms = {
+      {"Intel(R) OpenCL", "OpenCL 2.1 x", {Gpu("OpenCL 3.0 a"), Gpu("OpenCL 2.0 b")}},
+      {"Other", "OpenCL 2.2 y", {Gpu("OpenCL 2.2")}},
+      {"Intel", "OpenCL 2.0", {Gpu("OpenCL 1.2"), {kCpu, "cpu", "", "OpenCL 2.0"}}},
+      {"Intel", "OpenCL 2.0", {}},
+      {"Intel", "OpenCL 1.2", {Gpu("OpenCL 2.0")}}};
+  const Lines expected = {"P _isOCL2Platform, filter: Intel.",
+                          "P clGetPlatformIDs return num: 5. \n",
+                          "P clGetPlatformInfo: 0, platVerSize: 13. \n",
+                          "P clGetPlatformInfo: 0, szPlatName: Intel(R) OpenCL. \n",
+                          "P find: Intel, go get platform ver! \n",
+                          "P clGetPlatformInfo: 0, ver: OpenCL 2.1 x. \n",
+                          "P major ver: 2. \n",
+                          "P 2.0+ platfrom. Start to get device information. \n",
+                          "P plat 0: find device count: 2. \n",
+                          "P device 0: ver: OpenCL 3.0 a. \n",
+                          "P device 0: temp major: 3. \n",
+                          "P update device major to : 3. \n",
+                          "P device 1: ver: OpenCL 2.0 b. \n",
+                          "P device 1: temp major: 2. \n",
+                          "P OpenCL 2.0 device found.\n",
+                          "P clGetPlatformInfo: 0, platVerSize: 13. \n",
+                          "P clGetPlatformInfo: 0, szPlatName: Other. \n",
+                          "P platform name doesn't find: Intel, try next platform. \n",
+                          "P clGetPlatformInfo: 0, platVerSize: 11. \n",
+                          "P clGetPlatformInfo: 0, szPlatName: Intel. \n",
+                          "P find: Intel, go get platform ver! \n",
+                          "P clGetPlatformInfo: 0, ver: OpenCL 2.0. \n",
+                          "P major ver: 2. \n",
+                          "P 2.0+ platfrom. Start to get device information. \n",
+                          "P plat 2: find device count: 1. \n",
+                          "P device 0: ver: OpenCL 1.2. \n",
+                          "P device 0: temp major: 1. \n",
+                          "P update device major to : 1. \n",
+                          "P No OpenCL 2.0 device found.\n",
+                          "P clGetPlatformInfo: 0, platVerSize: 11. \n",
+                          "P clGetPlatformInfo: 0, szPlatName: Intel. \n",
+                          "P find: Intel, go get platform ver! \n",
+                          "P clGetPlatformInfo: 0, ver: OpenCL 2.0. \n",
+                          "P major ver: 2. \n",
+                          "P 2.0+ platfrom. Start to get device information. \n",
+                          "P plat 3: find device count: 0. \n",
+                          "P no device set major to 0. \n",
+                          "P No OpenCL 2.0 device found.\n",
+                          "P clGetPlatformInfo: 0, platVerSize: 11. \n",
+                          "P clGetPlatformInfo: 0, szPlatName: Intel. \n",
+                          "P find: Intel, go get platform ver! \n",
+                          "P clGetPlatformInfo: 0, ver: OpenCL 1.2. \n",
+                          "P major ver: 1. \n",
+                          "P return 1.\n",
+                          "V platform num: 5. \n",
+                          "V platform 0, ver: OpenCL 2.1 x. \n",
+                          "V platform 0, major: 2, minor: 1. \n",
+                          "V update major to: 2, minor to: 1. \n",
+                          "V platform 1, ver: OpenCL 2.2 y. \n",
+                          "V platform 1, major: 2, minor: 2. \n",
+                          "V update major to: 2, minor to: 2. \n",
+                          "V platform 2, ver: OpenCL 2.0. \n",
+                          "V platform 2, major: 2, minor: 0. \n",
+                          "V platform 3, ver: OpenCL 2.0. \n",
+                          "V platform 3, major: 2, minor: 0. \n",
+                          "V platform 4, ver: OpenCL 1.2. \n",
+                          "V platform 4, major: 1, minor: 2. \n",
+                          "I OpenCL 2.0 device detected, start to extract OpenCL 2.0 function.\n",
+                          "I Initialized.\n"};
+  EXPECT_EQ(Init(platforms), expected);
+  EXPECT_EQ(InitAgain(), expected);  // the module comes once; the decision is made each time
+  EXPECT_EQ(Group1(), Count(kGroup1, 0));
+  EXPECT_EQ(Group2(), Count(kAll - kGroup1, 0));
+  for (const auto& refused :
+       {std::vector<FakePlatform>{}, kOther, {platforms[2]}, {platforms[3]}, {platforms[4]}}) {
+    const Lines lines = Init(refused);
+    EXPECT_EQ(Lines(lines.end() - 2, lines.end()), (Lines{"P return 0.\n", kRefused}));
+    EXPECT_EQ(Group1(), Count(kGroup1, 0));
+    EXPECT_EQ(Group2(), Count(0, 0));
   }
 }
 
 TEST_F(Detection, TakesTheRegistrySwitchAsANumberOnly) {
-  fakeOpenCL.platforms = {{"Other", "OpenCL 3.0", {Gpu("OpenCL 3.0")}}};
-  const DWORD zero = 0;
+  constexpr const wchar_t* kKey = L"Software\\Quorlin\\VKTMemMgr";
+  constexpr const wchar_t* kName = L"AllowOCL2ForAll";
+  const DWORD zero = 0, on = 256;
   const std::uint64_t wide = 1;
-  struct Case {
+  const struct {
     DWORD type;
     const void* value;
     DWORD size;
-  } const cases[] = {{REG_DWORD, &zero, 4}, {REG_QWORD, &wide, 8}, {REG_SZ, L"1", 4}};
-  for (const Case& c : cases) {
-    const RegistrySwitch value(c.type, c.value, c.size);
-    Init(L"opencl2");
-    EXPECT_EQ(Found(kGroup1, kAll), 0u) << c.type;
-    EXPECT_NE(lines_.Take()[0].substr(0, 35), "[OpenCLUtil::_readRegistrySetting] ");
+  } cases[] = {
+      {REG_DWORD, &on, 4}, {REG_DWORD, &zero, 4}, {REG_QWORD, &wide, 8}, {REG_SZ, L"1", 4}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, kName, c.type, c.value, c.size),
+              ERROR_SUCCESS);
+    const Lines lines = Init(kOther);
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, kName);
+    const bool allowed = c.value == &on;
+    EXPECT_EQ(Group2().first, allowed ? 13 : 0) << c.type;
+    EXPECT_EQ(Lines(lines.begin(), lines.begin() + 2),
+              allowed ? (Lines{"[OpenCLUtil::_readRegistrySetting] Find key: m_AllowOCL2ForAll.\n",
+                               "P _isOCL2Platform, filter: (null)."})
+                      : (Lines{"P _isOCL2Platform, filter: Intel.",
+                               "P clGetPlatformIDs return num: 1. \n"}));
+    EXPECT_EQ(std::ranges::count(lines, "P clGetPlatformInfo: 0, szPlatName: Other. \n"), !allowed);
   }
 }
 
 TEST_F(Detection, IsSwitchedOffByTheEnvironment) {
-  struct Case {
-    const wchar_t* value;
-    bool off;
-  } const cases[] = {{L"2", true},   {L"02", true},   {L" 2", true}, {L"1", false},  {L"22", false},
-                     {L"-2", false}, {L"two", false}, {L"", false},  {L"0x2", false}};
-  for (const Case& c : cases) {
-    SetEnvironmentVariableW(L"DetectOpenCL", c.value);
-    Init(L"opencl1");
-    EXPECT_EQ(util_->loaded(), !c.off) << c.value;
-    const Lines lines = lines_.Take();
-    EXPECT_EQ(lines == Lines{"[OpenCLUtil::Init]  OpenCL been disabled.\n"}, c.off) << c.value;
+  const std::pair<const wchar_t*, bool> values[] = {
+      {L"2", true},   {L"02", true},   {L" 2", true}, {L"1", false},  {L"22", false},
+      {L"-2", false}, {L"two", false}, {L"", false},  {L"0x2", false}};
+  for (const auto& [value, off] : values) {
+    SetEnvironmentVariableW(L"DetectOpenCL", value);
+    EXPECT_EQ(Init(kOther) == Lines{"I OpenCL been disabled.\n"}, off) << value;
+    EXPECT_EQ(util_->loaded(), !off) << value;
   }
 }
 
 TEST_F(Detection, StopsAtTheFirstMissingEntryPoint) {
-  fakeOpenCL.platforms = {{"Intel", "OpenCL 2.0", {Gpu("OpenCL 2.0")}}};
-  Init(L"opencl_gap2");  // without clSVMAlloc
-  EXPECT_EQ(Found(0, kGroup1), kGroup1);
-  EXPECT_EQ(Found(kGroup1, kAll), 3u);
-  EXPECT_EQ(lines_.Take().back(), "[OpenCLUtil::Init]  Initialized.\n");
-
-  Init(L"opencl_gap1");  // without clCreateImage2D, so without anything to run kernels with
+  EXPECT_EQ(Init(kIntel, L"opencl_gap2").back(), "I Initialized.\n");  // without clSVMAlloc
+  EXPECT_EQ(Group1(), Count(kGroup1, 0));
+  EXPECT_EQ(Group2(), Count(3, 0));
+  Init(kIntel, L"opencl_gap1");  // without clCreateImage2D, so without what runs kernels
   EXPECT_TRUE(util_->loaded());
   EXPECT_FALSE(util_->CanRun());
-  const auto all = EntryPoints();
-  EXPECT_EQ(Found(0, kGroup1), 16u);
-  EXPECT_EQ(std::count(all.begin() + 16, all.begin() + kGroup1, nullptr), 58);
-
-  Init(L"opencl_broken");
+  EXPECT_EQ(Group1(), Count(16, 0));
+  Init(kIntel, L"opencl_broken");
   EXPECT_FALSE(util_->loaded());
-  EXPECT_EQ(Found(0, kAll), 0u);
+  EXPECT_EQ(Group1(), Count(0, 0));
 }
 
 TEST_F(Detection, BearsRuntimesThatLie) {
-  fakeOpenCL.platforms = {{"Intel", "OpenCL 2.0", {Gpu("OpenCL 2.0")}}};
   fakeOpenCL.endlessTexts = true;
-  Init(L"opencl1");
-  for (const auto& line : lines_.Take()) EXPECT_LE(line.size(), 1023u);
-
+  for (const auto& line : Init(kIntel)) EXPECT_LE(line.size(), 1023u);
   fakeOpenCL.endlessTexts = false;
-  fakeOpenCL.platforms[0].name.assign(5000, 'I');
-  fakeOpenCL.platforms[0].version = "OpenCL 99999999999999999999.-7";
-  Init(L"opencl1");
-  const std::string refused =
-      "[OpenCLUtil::Init]  _isOCL2Support return false!!, Disable OpenCL 2.0.\n";
+  const FakePlatform long1 = {std::string(5000, 'I'), "OpenCL 99999999999999999999.-7", {}};
+  EXPECT_EQ(Init({long1}).back(), kRefused);
   fakeOpenCL.claimedCount = 0xFFFFFFFF;
-  for (const size_t platforms : {1, 100}) {
-    fakeOpenCL.platforms =
-        std::vector<FakePlatform>(platforms, {"Intel", "OpenCL 2.0", {Gpu("OpenCL 1.2")}});
-    Init(L"opencl1");
-    EXPECT_EQ(lines_.Take().back(), refused);
+  for (const size_t count : {1, 100}) {
+    const FakePlatform platform = {"Intel", "OpenCL 2.0", {Gpu("OpenCL 1.2")}};
+    EXPECT_EQ(Init(std::vector<FakePlatform>(count, platform)).back(), kRefused);
   }
   fakeOpenCL.claimedCount = 0;
-  fakeOpenCL.platforms = {{"Intel", "OpenCL 2.0", {Gpu("OpenCL 2.0")}}};
   for (const char* function :
        {"clGetPlatformIDs", "clGetPlatformInfo", "clGetDeviceIDs", "clGetDeviceInfo"}) {
     fakeOpenCL.fails = function;
-    Init(L"opencl1");
-    EXPECT_EQ(lines_.Take().back(), refused) << function;
+    EXPECT_EQ(Init(kIntel).back(), kRefused) << function;
   }
 }
 
