@@ -240,22 +240,22 @@ TEST_F(Failures, ValuesOutOfRange) {
                       {{kRegion, &kGreen, 0}, {kRegion, &kGreen, -1}, {kRegion, &kGreen, 1025}});
 }
 
-/// What is bound to the places that the operations use: shader, constants, inputs, outputs.
-std::array<ComPtr<IUnknown>, 8> Bound(ID3D11DeviceContext* context) {
-  ComPtr<ID3D11ComputeShader> shader;
-  ComPtr<ID3D11Buffer> constants;
-  context->CSGetShader(shader.ReleaseAndGetAddressOf(), nullptr, nullptr);
-  context->CSGetConstantBuffers(0, 1, constants.ReleaseAndGetAddressOf());
-  std::array<ComPtr<IUnknown>, 8> bound = {shader, constants};
-  for (UINT i = 0; i < 3; ++i) {
-    ComPtr<ID3D11ShaderResourceView> input;
-    ComPtr<ID3D11UnorderedAccessView> output;
-    context->CSGetShaderResources(i, 1, input.ReleaseAndGetAddressOf());
-    context->CSGetUnorderedAccessViews(i, 1, output.ReleaseAndGetAddressOf());
-    bound[2 + i] = input;
-    bound[5 + i] = output;
+/// What is bound to the places that the operations use.
+std::vector<IUnknown*> Bound(ID3D11DeviceContext* context) {
+  ID3D11ComputeShader* shader = nullptr;
+  ID3D11Buffer* constants;
+  ID3D11ShaderResourceView* in[3];
+  ID3D11UnorderedAccessView* out[3];
+  context->CSGetShader(&shader, nullptr, nullptr);
+  context->CSGetConstantBuffers(0, 1, &constants);
+  context->CSGetShaderResources(0, 3, in);
+  context->CSGetUnorderedAccessViews(0, 3, out);
+  const std::vector<IUnknown*> all = {shader, constants, in[0],  in[1],
+                                      in[2],  out[0],    out[1], out[2]};
+  for (IUnknown* object : all) {
+    if (object != nullptr) object->Release();
   }
-  return bound;
+  return all;
 }
 
 /// Binds something to each of those places.
@@ -280,8 +280,8 @@ void Bind(const Device& on, CPictavo_D3D* owner, const Texture& shown, const Ima
 TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
   Bind(device_, &object_, destination_, picture_);
   const auto bound = Bound(context);
-  std::vector<IUnknown*> objects = {device, context, source_.Get(), destination_.Get()};
-  for (const auto& object : bound) objects.push_back(object.Get());
+  std::vector<IUnknown*> objects = bound;
+  objects.insert(objects.end(), {device, context, source_.Get(), destination_.Get()});
   ASSERT_EQ(std::ranges::count(objects, nullptr), 0);
   const auto references = [&] {
     std::vector<ULONG> counts(objects.size());

@@ -66,31 +66,29 @@ class Operations : public OnDevice {
   std::mt19937 random_{20};
 };
 
-Result PixelOf(const Image& src, int x, int y) {
-  return src.Has(x, y) ? Result(src.Get(x, y)) : std::nullopt;
+Result PixelOf(const Image& src, i64 x, i64 y) {
+  const int column = static_cast<int>(x), row = static_cast<int>(y);
+  return src.Has(column, row) ? Result(src.Get(column, row)) : std::nullopt;
 }
 
 /// The pixel of a source whose edges go on.
-Colour OnEdge(const Image& src, i64 x, i64 y) {
-  return src.Get(static_cast<int>(std::clamp<i64>(x, 0, src.width - 1)),
-                 static_cast<int>(std::clamp<i64>(y, 0, src.height - 1)));
+Result OnEdge(const Image& src, i64 x, i64 y) {
+  return PixelOf(src, std::clamp<i64>(x, 0, src.width - 1), std::clamp<i64>(y, 0, src.height - 1));
 }
 
-/// `at(column, row)` of the source where a region goes.
-template <typename At>
-Result InRegion(const D3DRegion& r, int x, int y, At at) {
-  const int column = x - r.dstX, row = y - r.dstY;
-  const bool inside = column >= 0 && row >= 0 && column < r.width && row < r.height;
-  return inside ? Result(at(i64{r.srcX} + column, i64{r.srcY} + row)) : std::nullopt;
+/// `pixelOf(src, column, row)` where a region goes.
+template <typename PixelOf>
+auto Region(const D3DRegion& r, PixelOf pixelOf) {
+  return [=](const Image& src, int x, int y) {
+    const int column = x - r.dstX, row = y - r.dstY;
+    const bool inside = column >= 0 && row >= 0 && column < r.width && row < r.height;
+    return inside ? pixelOf(src, i64{r.srcX} + column, i64{r.srcY} + row) : std::nullopt;
+  };
 }
 
-/// The same where the source has it.
-template <typename At>
-Result InBoth(const D3DRegion& r, const Image& src, int x, int y, At at) {
-  return InRegion(r, x, y, [&](i64 u, i64 v) {
-    const int column = static_cast<int>(u), row = static_cast<int>(v);
-    return src.Has(column, row) ? Result(at(column, row)) : std::nullopt;
-  });
+/// The source with its left top pixel elsewhere.
+auto Moved(int left, int top) {
+  return [=](const Image& src, int x, int y) { return PixelOf(src, i64{x} - left, i64{y} - top); };
 }
 
 constexpr D3DRegion kRegions[] = {
@@ -112,16 +110,11 @@ TEST_F(Operations, CopyWhatBothReach) {
 TEST_F(Operations, CopyRegionsAndMaterialBeyondItsEdge) {
   const D3DRegion remote[] = {{0, 0, INT32_MAX, INT32_MIN, 40, 40}, {-5, 7, 30, INT32_MAX, 70, 40}};
   for (const D3DRegion& r : kRegions) {
-    Check({"region", PICTAVO_D3D_COPY_REGION, &r, [&](const Image& src, int x, int y) {
-             return InBoth(r, src, x, y, [&](int u, int v) { return src.Get(u, v); });
-           }});
+    Check({"region", PICTAVO_D3D_COPY_REGION, &r, Region(r, PixelOf)});
+    Check({"material", PICTAVO_D3D_COPY_MATERIAL, &r, Region(r, OnEdge)});
   }
-  std::vector<D3DRegion> regions(std::begin(kRegions), std::end(kRegions));
-  regions.insert(regions.end(), std::begin(remote), std::end(remote));
-  for (const D3DRegion& r : regions) {
-    Check({"material", PICTAVO_D3D_COPY_MATERIAL, &r, [&](const Image& src, int x, int y) {
-             return InRegion(r, x, y, [&](i64 u, i64 v) { return OnEdge(src, u, v); });
-           }});
+  for (const D3DRegion& r : remote) {
+    Check({"material", PICTAVO_D3D_COPY_MATERIAL, &r, Region(r, OnEdge)});
   }
 }
 
@@ -134,19 +127,23 @@ Image Made(int width, int height, At at) {
   return image;
 }
 
-/// The mean of a line's pixels up to the radius away, colours weighted by alpha.
-Colour WeightedMean(const Image& image, int x, int y, int stepX, int stepY, int radius) {
-  int count = 0, alphas = 0, sums[3] = {};
-  for (int i = -radius; i <= radius; ++i) {
-    if (!image.Has(x + i * stepX, y + i * stepY)) continue;
-    const Colour c = image.Get(x + i * stepX, y + i * stepY);
-    ++count;
-    alphas += c[3];
-    for (size_t k = 0; k < 3; ++k) sums[k] += c[k] * c[3];
+/// A mean of pixels, colours weighted by alpha.
+struct AlphaMean {
+  void Add(const Colour& c, int weight) {
+    count += weight;
+    alphas += c[3] * weight;
+    for (size_t k = 0; k < 3; ++k) sums[k] += i64{c[k]} * c[3] * weight;
   }
-  const auto mean = [&](int sum) { return alphas == 0 ? 0 : (sum + alphas / 2) / alphas; };
-  return {mean(sums[0]), mean(sums[1]), mean(sums[2]), (alphas + count / 2) / count};
-}
+  Colour Get() const {
+    const auto mean = [&](i64 sum) { return static_cast<int>((sum + alphas / 2) / alphas); };
+    const int alpha = (alphas + count / 2) / count;
+    if (alphas == 0) return {0, 0, 0, alpha};
+    return {mean(sums[0]), mean(sums[1]), mean(sums[2]), alpha};
+  }
+
+  int count = 0, alphas = 0;
+  i64 sums[3] = {};
+};
 
 TEST_F(Operations, FilterRegions) {
   const D3DRegionFilterParam params[] = {{{3, 5, 11, 7, 33, 31}, 4},
@@ -154,19 +151,24 @@ TEST_F(Operations, FilterRegions) {
                                          {{40, 30, 41, 20, 100, 70}, 0},
                                          {{0, 0, 0, 0, 70, 45}, 128}};
   for (const auto& [r, radius] : params) {
+    const auto means = [&](const Image& image, int stepX, int stepY) {
+      return Made(r.width, r.height, [&](int x, int y) {
+        AlphaMean mean;
+        for (int i = -radius; i <= radius; ++i) {
+          const Result pixel = PixelOf(image, x + i * stepX, y + i * stepY);
+          if (pixel) mean.Add(*pixel, 1);
+        }
+        return mean.Get();
+      });
+    };
     const auto filtered = [&](const Image& src) {
-      const auto means = [&](const Image& image, int stepX, int stepY) {
-        return Made(r.width, r.height,
-                    [&](int x, int y) { return WeightedMean(image, x, y, stepX, stepY, radius); });
-      };
       const auto copied = Made(r.width, r.height,
-                               [&](int x, int y) { return OnEdge(src, r.srcX + x, r.srcY + y); });
+                               [&](int x, int y) { return *OnEdge(src, r.srcX + x, r.srcY + y); });
       return means(means(copied, 1, 0), 0, 1);
     };
     const D3DRegionFilterParam param = {r, radius};
     Check({"filter of radius " + std::to_string(radius), PICTAVO_D3D_FILTER_REGION, &param,
-           [&](const Image& src, int x, int y) { return PixelOf(src, x - r.dstX, y - r.dstY); },
-           Kinds::kAny, 0, filtered});
+           Moved(r.dstX, r.dstY), Kinds::kAny, 0, filtered});
   }
 }
 
@@ -184,9 +186,7 @@ TEST_F(Operations, ScaleAsTheCpuDoes) {
                 PICTAVO_S_OK);
       return to;
     };
-    Check({"scale", PICTAVO_D3D_SCALE, &p,
-           [&](const Image& src, int x, int y) { return PixelOf(src, x - p.left, y - p.top); },
-           Kinds::kAny, 0, scaled});
+    Check({"scale", PICTAVO_D3D_SCALE, &p, Moved(p.left, p.top), Kinds::kAny, 0, scaled});
   }
 }
 
@@ -197,21 +197,15 @@ Result Affine(const Image& src, const D3DAffineParam& p, i64 x, i64 y) {
   const int top = std::max(p.srcY, 0), bottom = std::min(p.srcY + p.srcHeight, src.height);
   const i64 column = u >> 16, row = v >> 16;
   if (x < 0 || y < 0 || column < left || column >= right || row < top || row >= bottom) return {};
-  double alphas = 0, sums[3] = {};
+  AlphaMean mean;
   for (int i = 0; i < 4; ++i) {
     const i64 across = (u >> 8) & 255, down = (v >> 8) & 255;
     const i64 weight = (i % 2 != 0 ? across : 256 - across) * (i / 2 != 0 ? down : 256 - down);
-    const Colour c = src.Get(static_cast<int>(std::min<i64>(column + i % 2, right - 1)),
-                             static_cast<int>(std::min<i64>(row + i / 2, bottom - 1)));
-    const double alpha = static_cast<double>(weight) * c[3];
-    alphas += alpha;
-    for (size_t k = 0; k < 3; ++k) sums[k] += alpha * c[k];
+    mean.Add(*PixelOf(src, std::min<i64>(column + i % 2, right - 1),
+                      std::min<i64>(row + i / 2, bottom - 1)),
+             static_cast<int>(weight));
   }
-  const auto mean = [&](double sum) {
-    return alphas == 0 ? 0 : static_cast<int>((sum + std::floor(alphas / 2)) / alphas);
-  };
-  return Colour{mean(sums[0]), mean(sums[1]), mean(sums[2]),
-                static_cast<int>((alphas + 32768) / 65536)};
+  return mean.Get();
 }
 
 TEST_F(Operations, CopyThroughAffineMaps) {
@@ -248,50 +242,43 @@ TEST_F(Operations, FillRectanglesAndTint) {
   }
   const D3DTintParam tints[] = {{0, 0, 1, 0.2f, 0}, {-20, -30, 0, 0, 1}, {50, 60, 1, 1, 1}};
   for (const D3DTintParam& p : tints) {
-    Check({"tint", PICTAVO_D3D_TINT, &p,
-           [&](const Image& src, int x, int y) {
-             Result pixel = PixelOf(src, x - p.dstX, y - p.dstY);
-             if (pixel) pixel = {Byte(p.red), Byte(p.green), Byte(p.blue), (*pixel)[3]};
-             return pixel;
-           },
-           Kinds::kColour});
+    const auto rule = [&](const Image& src, int x, int y) {
+      Result pixel = PixelOf(src, x - p.dstX, y - p.dstY);
+      if (pixel) pixel = {Byte(p.red), Byte(p.green), Byte(p.blue), (*pixel)[3]};
+      return pixel;
+    };
+    Check({"tint", PICTAVO_D3D_TINT, &p, rule, Kinds::kColour});
   }
 }
 
-/// A filter's place and its weight in 256ths.
-struct WeightedPlace {
-  int x, y;
-  double weight;
-};
-
-/// A filter's places, in reading order.
-std::vector<WeightedPlace> PlacesOf(const D3DGrowParam& p) {
-  std::vector<WeightedPlace> places;
-  const int across = static_cast<int>(p.radiusX), down = static_cast<int>(p.radiusY);
-  const double radius = std::max(across, down);
-  for (int y = -down; y <= down; ++y) {
-    for (int x = -across; x <= across; ++x) {
-      const double d = std::hypot(x, y);
-      const double shapes[] = {1.0, d <= radius + 0.5 ? 1.0 : 0.0,
-                               std::max(0.0, 1 - d / (radius + 1)),
-                               std::exp(-4.5 * d * d / std::max(1.0, radius * radius))};
-      places.push_back({x, y, std::floor(p.alpha * shapes[p.shape] * 256 + 0.5)});
-    }
-  }
-  return places;
+/// A filter's weight at an offset, in 256ths.
+double Weight(const D3DGrowParam& p, int x, int y) {
+  const double radius = std::max(p.radiusX, p.radiusY), d = std::hypot(x, y);
+  const double shapes[] = {1.0, d <= radius + 0.5 ? 1.0 : 0.0, std::max(0.0, 1 - d / (radius + 1)),
+                           std::exp(-4.5 * d * d / std::max(1.0, radius * radius))};
+  return std::floor(p.alpha * shapes[p.shape] * 256 + 0.5);
 }
 
 /// A pixel of a picture grown by a filter.
-Colour Grown(const Image& src, const std::vector<WeightedPlace>& filter, int x, int y) {
+Result Grown(const Image& src, const D3DGrowParam& p, i64 x, i64 y, u32 clip) {
+  const Result covered = PixelOf(src, x, y);
+  if (!covered) return {};
+  const int across = static_cast<int>(p.radiusX), down = static_cast<int>(p.radiusY);
   Colour grown = {};
   double most = 0;
-  for (const WeightedPlace& place : filter) {
-    const Result c = PixelOf(src, x + place.x, y + place.y);
-    if (!c || (*c)[3] * place.weight <= most) continue;
-    most = (*c)[3] * place.weight;
-    grown = {(*c)[0], (*c)[1], (*c)[2], static_cast<int>((most + 128) / 256)};
+  for (int v = -down; v <= down; ++v) {
+    for (int u = -across; u <= across; ++u) {
+      const Result c = PixelOf(src, x + u, y + v);
+      const double alpha = c && (*c)[3] != 0 ? (*c)[3] * Weight(p, u, v) : 0;
+      if (alpha <= most) continue;
+      most = alpha;
+      grown = *c;
+    }
   }
-  return grown[3] == 0 ? Colour{} : grown;
+  grown[3] = static_cast<int>((most + 128) / 256);
+  if (grown[3] == 0) return Colour{};
+  if (clip != 0) grown[3] = (grown[3] * (255 - (*covered)[3]) + 127) / 255;
+  return grown;
 }
 
 TEST_F(Operations, GrowPicturesAndRegions) {
@@ -299,24 +286,15 @@ TEST_F(Operations, GrowPicturesAndRegions) {
       {0, 0, 0, 1.0f}, {3, 1, 0, 0.5f}, {4, 4, 1, 1.0f}, {2, 5, 2, 0.75f}, {6, 6, 3, 1.0f}};
   u32 clip = 0;
   for (const D3DGrowParam& filter : filters) {
-    const auto places = PlacesOf(filter);
     const std::string name = "shape " + std::to_string(filter.shape);
-    Check({name, PICTAVO_D3D_GROW, &filter,
-           [&](const Image& src, int x, int y) {
-             return src.Has(x, y) ? Result(Grown(src, places, x, y)) : std::nullopt;
-           },
-           Kinds::kColour});
+    const auto rule = [&](u32 clipped) {
+      return [=](const Image& src, i64 x, i64 y) { return Grown(src, filter, x, y, clipped); };
+    };
+    Check({name, PICTAVO_D3D_GROW, &filter, rule(0), Kinds::kColour});
     for (const D3DRegion& r : {kRegions[1], kRegions[2], kRegions[3]}) {
       const D3DGrowRegionParam p = {r, filter, clip};
+      Check({name, PICTAVO_D3D_GROW_REGION, &p, Region(r, rule(clip))});
       clip = 1 - clip;
-      Check({name, PICTAVO_D3D_GROW_REGION, &p, [&](const Image& src, int x, int y) {
-               return InBoth(r, src, x, y, [&](int u, int v) {
-                 Colour grown = Grown(src, places, u, v);
-                 if (p.clipSource != 0)
-                   grown[3] = (grown[3] * (255 - src.Get(u, v)[3]) + 127) / 255;
-                 return grown;
-               });
-             }});
     }
   }
 }
@@ -413,10 +391,7 @@ TEST_F(Operations, KeyAsTheCpuDoes) {
       return to;
     };
     Check({"key of angle " + std::to_string(keys[0].angle), PICTAVO_D3D_CHROMA_KEY, &p,
-           [&](const Image& src, int x, int y) {
-             return InBoth(r, src, x, y, [&](int u, int v) { return src.Get(u, v); });
-           },
-           Kinds::kAny, 1, keyed});
+           Region(r, PixelOf), Kinds::kAny, 1, keyed});
   }
 }
 
