@@ -976,7 +976,7 @@ struct IPictavo6 : IPictavo5 {
   /// Pixels of 4 bytes lie pitch / 4 pixels from row to row; planes of bytes lie width + 2 * border
   /// bytes from row to row, from the origin data - border * pitch - border on.
   /// @return PICTAVO_E_INVALIDARG also when the picture and its border are wider than bufferWidth
-  /// or higher than bufferHeight
+  /// or higher than bufferHeight, or rows of bytes with a border are shorter than the two
   virtual u32 ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept = 0;
 
   virtual u32 Reserved99() noexcept = 0;  ///< Slot 99.

@@ -339,8 +339,10 @@ u32 ExtendBoundary(COCLBase& ocl, IPictavoSurface* dst, u32 border) noexcept {
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &image));
   const i64 b = border;
   const i64 fullWidth = image.width + 2 * b, fullHeight = image.height + 2 * b;
+  // Tight rows under a shorter pitch would lead outside the buffer.
+  const bool shortRows = image.bytesPerPixel == 1 && b != 0 && image.pitch < fullWidth;
   if (!IsPicture(image) || fullWidth > image.bufferWidth || fullHeight > image.bufferHeight ||
-      (image.bytesPerPixel != 1 && image.bytesPerPixel != 4)) {
+      shortRows || (image.bytesPerPixel != 1 && image.bytesPerPixel != 4)) {
     return PICTAVO_E_INVALIDARG;
   }
   return OnDevice(ocl, [&] { return ExtendOnDevice(ocl, image, static_cast<i32>(border)); });
