@@ -76,13 +76,13 @@ Result OnEdge(const Image& src, i64 x, i64 y) {
   return PixelOf(src, std::clamp<i64>(x, 0, src.width - 1), std::clamp<i64>(y, 0, src.height - 1));
 }
 
-/// `pixelOf(src, column, row)` where a region goes.
-template <typename PixelOf>
-auto Region(const D3DRegion& r, PixelOf pixelOf) {
+/// `at(src, column, row)` where a region goes.
+template <typename At>
+auto Region(const D3DRegion& r, At at) {
   return [=](const Image& src, int x, int y) {
     const int column = x - r.dstX, row = y - r.dstY;
     const bool inside = column >= 0 && row >= 0 && column < r.width && row < r.height;
-    return inside ? pixelOf(src, i64{r.srcX} + column, i64{r.srcY} + row) : std::nullopt;
+    return inside ? at(src, i64{r.srcX} + column, i64{r.srcY} + row) : std::nullopt;
   };
 }
 
@@ -122,8 +122,9 @@ TEST_F(Operations, CopyRegionsAndMaterialBeyondItsEdge) {
 template <typename At>
 Image Made(int width, int height, At at) {
   Image image(width, height, kRgba);
-  for (int i = 0; i < width * height; ++i)
+  for (int i = 0; i < width * height; ++i) {
     image.Set(i % width, i / width, at(i % width, i / width));
+  }
   return image;
 }
 
@@ -150,11 +151,12 @@ TEST_F(Operations, FilterRegions) {
                                          {{-9, -4, -5, -8, 60, 50}, 1},
                                          {{40, 30, 41, 20, 100, 70}, 0},
                                          {{0, 0, 0, 0, 70, 45}, 128}};
-  for (const auto& [r, radius] : params) {
+  for (const D3DRegionFilterParam& p : params) {
+    const D3DRegion& r = p.region;
     const auto means = [&](const Image& image, int stepX, int stepY) {
       return Made(r.width, r.height, [&](int x, int y) {
         AlphaMean mean;
-        for (int i = -radius; i <= radius; ++i) {
+        for (int i = -p.radius; i <= p.radius; ++i) {
           const Result pixel = PixelOf(image, x + i * stepX, y + i * stepY);
           if (pixel) mean.Add(*pixel, 1);
         }
@@ -166,8 +168,7 @@ TEST_F(Operations, FilterRegions) {
                                [&](int x, int y) { return *OnEdge(src, r.srcX + x, r.srcY + y); });
       return means(means(copied, 1, 0), 0, 1);
     };
-    const D3DRegionFilterParam param = {r, radius};
-    Check({"filter of radius " + std::to_string(radius), PICTAVO_D3D_FILTER_REGION, &param,
+    Check({"filter of radius " + std::to_string(p.radius), PICTAVO_D3D_FILTER_REGION, &p,
            Moved(r.dstX, r.dstY), Kinds::kAny, 0, filtered});
   }
 }
