@@ -39,7 +39,7 @@ elseif(PICTAVO_SANITIZE)
   target_link_options(pictavo_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
-# Gives a DLL its name on disk and a version resource.
+# Gives a DLL its name on disk, a version resource, and an end that leaves nothing behind.
 #   pictavo_dll(target NAME DESCRIPTION)
 function(pictavo_dll target name description)
   set(VERSION_TARGET ${name})
@@ -47,7 +47,7 @@ function(pictavo_dll target name description)
   set(VERSION_DESCRIPTION ${description})
   set(rc ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${rc} @ONLY)
-  target_sources(${target} PRIVATE ${rc})
+  target_sources(${target} PRIVATE ${rc} ${PROJECT_SOURCE_DIR}/src/platform/unload.cpp)
   # No "lib" in front: hosts and the library load these by their plain names.
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "")
 endfunction()

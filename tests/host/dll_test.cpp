@@ -1,14 +1,18 @@
 // Pictavo.dll as a host meets it: through its exports and the public header alone.
 #include <gtest/gtest.h>
 #include <windows.h>
+// After windows.h.
+#include <psapi.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <cstring>
 #include <functional>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "module_folder.h"
@@ -23,11 +27,14 @@ const T* At(HMODULE module, DWORD address) {
   return reinterpret_cast<const T*>(reinterpret_cast<const u8*>(module) + address);
 }
 
+const IMAGE_OPTIONAL_HEADER64& Header(HMODULE module) {
+  const LONG header = At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew;
+  return At<IMAGE_NT_HEADERS64>(module, static_cast<DWORD>(header))->OptionalHeader;
+}
+
 template <typename T>
 const T* Directory(HMODULE module, int index) {
-  const LONG header = At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew;
-  const auto* nt = At<IMAGE_NT_HEADERS64>(module, static_cast<DWORD>(header));
-  return At<T>(module, nt->OptionalHeader.DataDirectory[index].VirtualAddress);
+  return At<T>(module, Header(module).DataDirectory[index].VirtualAddress);
 }
 
 std::vector<std::string> Exports(HMODULE module) {
@@ -58,12 +65,16 @@ struct File {
     {L"VKTMemMgr.dll", {"CreateVKTMemMgr5", "ReleaseVKTMemMgr5"}},
 };
 
-TEST(Files, ExportTheirPlainNamesOnlyAndNeedOnlyTheSystem) {
+TEST(Files, ExportPlainNamesNeedOnlyTheSystemAndAreHardened) {
   wchar_t system[MAX_PATH], path[MAX_PATH];
   GetSystemDirectoryW(system, MAX_PATH);
   for (const auto& file : kFiles) {
     const RealModule module(file.name);
     EXPECT_EQ(Exports(module.handle()), file.exports);
+    constexpr WORD kHardened = IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA |
+                               IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE |
+                               IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
+    EXPECT_EQ(Header(module.handle()).DllCharacteristics & kHardened, kHardened);
     for (const auto& import : Imports(module.handle())) {
       GetModuleFileNameW(GetModuleHandleA(import.c_str()), path, MAX_PATH);
       EXPECT_EQ(_wcsnicmp(path, system, wcslen(system)), 0) << import;
@@ -91,6 +102,37 @@ TEST(Files, StateTheirVersion) {
                                &length));
     EXPECT_STREQ(static_cast<const char*>(version), PICTAVO_VERSION);
   }
+}
+
+TEST(Files, LeaveNothingBehindWhenUnloaded) {
+  struct Use {
+    DWORD handles = 0;
+    SIZE_T bytes = 0;
+  };
+  const auto measure = [] {
+    Use use;
+    PROCESS_MEMORY_COUNTERS memory;
+    GetProcessHandleCount(GetCurrentProcess(), &use.handles);
+    K32GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
+    use.bytes = memory.PagefileUsage;
+    return use;
+  };
+  Use first;
+  for (int round = 0; round < 1000; ++round) {
+    if (round == 100) first = measure();
+    const RealModule module(L"Pictavo.dll");
+    IPictavo6* object = module.Entry<IPictavo6*()>("GetPictavo6")();
+    std::vector<u8> pixels(4 * 64 * 64, 200);
+    u32 out[3];
+    EXPECT_EQ(object->GaussianBlurBox3(pixels.data(), 64, 64, 256, 9), PICTAVO_S_OK);
+    EXPECT_EQ(object->ConvertPixelFromRGB(pixels.data(), out, out + 1, out + 2, PICTAVO_COLOR_HSV,
+                                          0, PICTAVO_RANGE_FULL),
+              PICTAVO_S_OK);
+    module.Entry<int32_t(IPictavo6*)>("ReleasePictavo6")(object);
+  }
+  const Use last = measure();
+  EXPECT_EQ(last.handles, first.handles);
+  EXPECT_LT(last.bytes, first.bytes + 1000 * 900);  // the loader itself may keep a little
 }
 
 class Object : public testing::Test {
@@ -137,6 +179,11 @@ std::vector<std::size_t> SlotsOf(Methods... methods) {
   return {std::bit_cast<std::array<std::size_t, 2>>(methods)[0] / sizeof(void*)...};
 }
 
+const std::vector<std::size_t> kBuilt = {
+    0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,  14,  15,  16,  17,  18,  19, 20, 21,
+    29, 30, 31, 34, 35, 36, 37, 42, 43, 44, 46, 48,  55,  57,  58,  63,  64,  71, 73, 74,
+    77, 82, 86, 87, 88, 89, 90, 91, 92, 95, 98, 100, 102, 103, 104, 105, 107, 108};
+
 TEST(Table, HasEachMethodAtItsSlot) {
   using P = IPictavo6;
   EXPECT_EQ(
@@ -160,10 +207,7 @@ TEST(Table, HasEachMethodAtItsSlot) {
               &P::TransformOpenCL, &P::BilinearInterpolationOpenCL, &P::BoxBlurD3D,
               &P::FastBlurOpenCL, &P::MemsetColorOpenCL, &P::ExtendBoundaryTransparent,
               &P::D3DComputeOp),
-      (std::vector<std::size_t>{0,  1,  2,  3,  4,  5,  6,   7,   8,   9,   10,  11,  14, 15, 16,
-                                17, 18, 19, 20, 21, 29, 30,  31,  34,  35,  36,  37,  42, 43, 44,
-                                46, 48, 55, 57, 58, 63, 64,  71,  73,  74,  77,  82,  86, 87, 88,
-                                89, 90, 91, 92, 95, 98, 100, 102, 103, 104, 105, 107, 108}));
+      kBuilt);
   EXPECT_EQ(SlotsOf(&P::Reserved110)[0] + 1, PICTAVO_METHOD_COUNT);
 }
 
@@ -171,13 +215,9 @@ TEST_F(Object, AnswersWhatItHasNotBuilt) {
   using Word = std::uintptr_t;  // as wide as any argument
   using Method = u32(void*, Word, Word, Word, Word, Word, Word, Word, Word, Word, Word);
   Method* const* table = *reinterpret_cast<Method***>(object_);
-  const std::set<u32> built = {0,  1,  2,  3,  4,  5,  6,   7,   8,   9,   10,  11,  14, 15, 16,
-                               17, 18, 19, 20, 21, 29, 30,  31,  34,  35,  36,  37,  42, 43, 44,
-                               46, 48, 55, 57, 58, 63, 64,  71,  73,  74,  77,  82,  86, 87, 88,
-                               89, 90, 91, 92, 95, 98, 100, 102, 103, 104, 105, 107, 108};
   for (const Word a : {Word{0}, ~Word{0}}) {
     for (u32 slot = 0; slot < PICTAVO_METHOD_COUNT; ++slot) {
-      if (built.contains(slot)) continue;
+      if (std::binary_search(kBuilt.begin(), kBuilt.end(), slot)) continue;
       EXPECT_EQ(table[slot](object_, a, a, a, a, a, a, a, a, a, a), PICTAVO_E_NOTIMPL) << slot;
     }
   }
@@ -484,6 +524,51 @@ TEST_F(Object, BlursInPlace) {
     // More than the system can have, so that not a pixel is looked at.
     EXPECT_EQ(object_->GaussianBlurBox3(image, 0x1FFFFFFF, INT32_MAX, INT32_MAX, 3),
               PICTAVO_E_OUTOFMEMORY);
+  }
+}
+
+TEST_F(Object, ServesManyThreadsWhileItsLevelChanges) {
+  constexpr i32 kSide = 96;
+  constexpr size_t kPixels = kSide * kSide;
+  std::vector<u32> pixels(kPixels);
+  for (u32 i = 0; i < kPixels; ++i) pixels[i] = i * 2654435761u;
+  const ChromaKey keys[] = {{30, 200, 60, 0, 40, 30}, {250, 250, 250, 0, 20, 20}};
+  // What every level gives the same bytes for.
+  const auto work = [&] {
+    std::vector<u32> keyed(kPixels), blurred = pixels, converted(kPixels);
+    const ImageDesc src = {{}, kSide, kSide, 0, pixels.data(), kSide, kSide, 4 * kSide, 4};
+    ImageDesc dst = src;
+    dst.data = keyed.data();
+    u8* const to = reinterpret_cast<u8*>(converted.data());
+    u32 failed = object_->ApplyChromaKey(&src, &dst, keys, 2, 1);
+    failed |= object_->GaussianBlurBox3(reinterpret_cast<u8*>(blurred.data()), kSide, kSide,
+                                        4 * kSide, 7);
+    failed |= object_->ConvertPictureFromRGB(reinterpret_cast<const u8*>(pixels.data()), kSide,
+                                             kSide, 4 * kSide, to, 4 * kSide, PICTAVO_COLOR_HSL, 0,
+                                             PICTAVO_RANGE_FULL);
+    keyed.insert(keyed.end(), blurred.begin(), blurred.end());
+    keyed.insert(keyed.end(), converted.begin(), converted.end());
+    keyed.push_back(failed);
+    return keyed;
+  };
+  const i32 detected = object_->GetCPULevel();
+  for (const size_t count : {1, 2, 9}) {
+    const auto expected = work();
+    std::vector<int> different(count);
+    std::atomic<bool> done = false;
+    std::jthread changing([&] {
+      for (i32 level = 0; !done; level = (level + 1) % (detected + 1)) object_->SetCPULevel(level);
+    });
+    {
+      std::vector<std::jthread> threads;
+      for (int& differing : different) {
+        threads.emplace_back([&] {
+          for (int round = 0; round < 30; ++round) differing += work() != expected;
+        });
+      }
+    }
+    done = true;
+    EXPECT_EQ(different, std::vector<int>(count));
   }
 }
 
