@@ -4,6 +4,7 @@
 
 #include "bench.h"
 #include "convert_utility/colour.h"
+#include "cpu/border.h"
 #include "cpu/convert.h"
 #include "cpu/draw.h"
 #include "cpu/histogram.h"
@@ -21,6 +22,7 @@ struct Conversion {
   std::vector<const char*> alphas;
   void (*run)(i32 level, u8* dst, const u8* src, i32 width, i32 height);
   void (*peer)(u8* dst, const u8* src, i32 width, i32 height);
+  bool oneBuild = false;
 };
 
 #ifdef PICTAVO_BENCH_LIBYUV
@@ -53,6 +55,16 @@ template <u32 model>
 constexpr auto ToSpace = ConvertSpace<colour::ConvertPictureFromRGB, model>;
 template <u32 model>
 constexpr auto FromSpace = ConvertSpace<colour::ConvertPictureToRGB, model>;
+
+/// A border of 16 pixels within the picture.
+void ExtendBorder(i32, u8* d, const u8*, i32 w, i32 h) {
+  ImageDesc image = {{}, w, h, 0, d + 4 * (16 * w + 16), w - 32, h - 32, 4 * w, 4};
+  cpu::ExtendBoundary(&image, 16);
+}
+
+void Mean(i32, u8* d, const u8* s, i32 w, i32 h) {
+  cpu::ComputeMean(s, 4 * w, h, reinterpret_cast<f32*>(d));
+}
 
 const Conversion kConversions[] = {
     {"16 unpremultiply",
@@ -95,6 +107,8 @@ const Conversion kConversions[] = {
        cpu::FillSolidColor(level, d, w, h, w * 4, 0x80FF4020);
      },
      FillRect},
+    {"71 border of 16", false, true, {"soft"}, ExtendBorder, nullptr, true},
+    {"82 mean", true, false, {"soft"}, Mean, nullptr, true},
     {"88 RGB to YUV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_YUV>, ToPlanes},
     {"88 RGB to HSV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSV>, nullptr},
     {"88 RGB to HSL", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSL>, nullptr},
@@ -106,32 +120,37 @@ const Conversion kConversions[] = {
 struct Histogram {
   const char* name;
   i32 pixelBytes;
+  void (*plainly)(const u8* src, i64 pixels, u32* bins);  // as anybody would write it first
   void (*run)(const u8* src, u32 width, u32 height, u32* bins);
 };
 
+template <i32 step>
+void CountPlainly(const u8* src, i64 pixels, u32* bins) {
+  for (i64 i = 0; i < pixels; ++i) ++bins[src[i * step]];
+}
+
 const Histogram kHistograms[] = {
-    {"43 one channel", 4,
+    {"43 one channel", 4, CountPlainly<4>,
      [](const u8* s, u32 w, u32 h, u32* bins) {
        cpu::ComputeHistogram(s, w, h, w * 4, bins, 256, 2);
      }},
     {"43 all channels", 4,
+     [](const u8* s, i64 pixels, u32* bins) { CountPlainly<1>(s, 4 * pixels, bins); },
      [](const u8* s, u32 w, u32 h, u32* bins) {
        cpu::ComputeHistogram(s, w, h, w * 4, bins, 256, 4);
      }},
-    {"44 plane", 1,
+    {"44 plane", 1, CountPlainly<1>,
      [](const u8* s, u32 w, u32 h, u32* bins) {
        cpu::ComputeLumaHistogram(s, w, h, w, bins, 256, 0);
      }},
     {"44 mean of colours", 4,
+     [](const u8* s, i64 pixels, u32* bins) {
+       for (i64 i = 0; i < pixels; ++i) ++bins[(s[4 * i] + s[4 * i + 1] + s[4 * i + 2]) / 3];
+     },
      [](const u8* s, u32 w, u32 h, u32* bins) {
        cpu::ComputeLumaHistogram(s, w, h, w * 4, bins, 256, 1);
      }},
 };
-
-/// What anybody would write first.
-void CountPlainly(const u8* src, i64 pixels, i32 pixelBytes, u32* bins) {
-  for (i64 i = 0; i < pixels; ++i) ++bins[src[i * pixelBytes]];
-}
 
 }  // namespace
 
@@ -146,6 +165,7 @@ Table Conversions() {
         std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
           c.run(level, dst, src, size.width, size.height);
         });
+        if (c.oneBuild) runs.resize(1);
         if (c.peer != nullptr) {
           runs.push_back(
               [=](u8* dst, const u8* src) { c.peer(dst, src, size.width, size.height); });
@@ -166,19 +186,17 @@ Table Histograms() {
   for (const Histogram& h : kHistograms) {
     for (const char* data : {"random", "flat"}) {
       const Size size = {kHd.width, kHd.height * (h.pixelBytes == 1 ? 4 : 1)};
-      table.lines.push_back({h.name,
-                             size.name() + " " + data,
-                             size.pixels(),
-                             data == std::string("flat") ? &flat : &Pixels(kHd, "soft"),
-                             nullptr,
-                             false,
-                             {[=](u8*, const u8* src) {
-                                CountPlainly(src, size.pixels(), h.pixelBytes, bins.data());
-                              },
-                              [=](u8*, const u8* src) {
-                                h.run(src, static_cast<u32>(size.width),
-                                      static_cast<u32>(size.height), bins.data());
-                              }}});
+      table.lines.push_back(
+          {h.name,
+           size.name() + " " + data,
+           size.pixels(),
+           data == std::string("flat") ? &flat : &Pixels(kHd, "soft"),
+           nullptr,
+           false,
+           {[=](u8*, const u8* src) { h.plainly(src, size.pixels(), bins.data()); },
+            [=](u8*, const u8* src) {
+              h.run(src, static_cast<u32>(size.width), static_cast<u32>(size.height), bins.data());
+            }}});
     }
   }
   return table;

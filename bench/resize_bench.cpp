@@ -1,6 +1,7 @@
 // Resizing, beside other libraries where they are installed. Theirs is the same kind of work, not
 // the same arithmetic: filters are centred, and most boxes weigh by area.
 #include <algorithm>
+#include <memory>
 
 #include "bench.h"
 #include "cpu/resize.h"
@@ -13,6 +14,11 @@
 #endif
 #ifdef PICTAVO_BENCH_PIXMAN
 #include <pixman.h>
+#endif
+#ifdef PICTAVO_BENCH_SWSCALE
+extern "C" {
+#include <libswscale/swscale.h>
+}
 #endif
 
 namespace pictavo::bench {
@@ -64,6 +70,10 @@ const Operation kOperations[] = {
     {"57 box", Filter::kBox, false, "opaque",
      [](i32, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBox16(d, dw, dh, dp, s, sw, sh, sp);
+     }},
+    {"58 bilinear, alpha kept", Filter::kBilinear, true, "mixed",
+     [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
+       return cpu::ResizeBilinear16KeepAlpha(level, d, dw, dh, dp, s, sw, sh, sp, 1);
      }},
 };
 
@@ -119,6 +129,22 @@ Run Pixman(Filter filter, const Sizes& sizes) {
 }
 #endif
 
+#ifdef PICTAVO_BENCH_SWSCALE
+Run SwScale(Filter filter, const Sizes& sizes) {
+  const int flags = filter == Filter::kBilinear ? SWS_BILINEAR
+                    : filter == Filter::kBox    ? SWS_AREA
+                                                : SWS_POINT;
+  const std::shared_ptr<SwsContext> context(
+      sws_getContext(sizes.src.width, sizes.src.height, AV_PIX_FMT_BGRA, sizes.dst.width,
+                     sizes.dst.height, AV_PIX_FMT_BGRA, flags, nullptr, nullptr, nullptr),
+      sws_freeContext);
+  return [=](u8* dst, const u8* src) {
+    const int from = sizes.src.width * 4, to = sizes.dst.width * 4;
+    sws_scale(context.get(), &src, &from, 0, sizes.src.height, &dst, &to);
+  };
+}
+#endif
+
 struct Peer {
   const char* name;
   Run (*run)(Filter filter, const Sizes& sizes);
@@ -132,6 +158,9 @@ const std::vector<Peer> kPeers = {
 #endif
 #ifdef PICTAVO_BENCH_PIXMAN
     {"pixman", Pixman},
+#endif
+#ifdef PICTAVO_BENCH_SWSCALE
+    {"swscale", SwScale},
 #endif
 };
 

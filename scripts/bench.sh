@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh
+scripts/setup.sh peers
 cmake --preset native >/dev/null
 cmake --build --preset native --target pictavo_bench
 build/native/bin/pictavo_bench "$@"

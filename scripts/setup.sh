@@ -17,6 +17,11 @@ packages=(
   xvfb xauth libgl1 libgl1-mesa-dri      # Direct3D under Wine, on software
 )
 
+# What the benchmark compares with: scripts/setup.sh peers
+[ "${1-}" != peers ] || packages+=(
+  libopencv-dev libyuv-dev libpixman-1-dev libswscale-dev libavfilter-dev libgegl-dev
+)
+
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")

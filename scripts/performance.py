@@ -1,0 +1,93 @@
+#!/usr/bin/env python3
+"""Puts the benchmark's output into docs/performance.md and draws docs/performance.svg from it.
+
+  scripts/bench.sh > FILE; scripts/performance.py FILE
+"""
+import math
+import re
+import sys
+from html import escape
+from pathlib import Path
+
+DOCS = Path(__file__).parent.parent / "docs"
+NAME, DATA, CELL = 35, 22, 17  # columns of text that the benchmark prints
+OURS = {"portable", "128 bits", "256 bits", "ours"}
+
+
+def read_ratios(line, columns):
+    """The numbers in brackets; a gap is as wide as a column, but a large ratio may be wider."""
+    ratios, at = {}, NAME + DATA
+    for column in columns:
+        if cell := re.compile(r" {1,9}[\d.]+ \( *([\d.]+)\)").match(line, at):
+            ratios[column] = float(cell[1])
+        at = cell.end() if cell else at + CELL
+    return ratios
+
+
+def read_tables(text):
+    """Yields a title, the printed lines, and for each line its name, data and {column: ratio}."""
+    for block in text.strip("\n").split("\n\n"):
+        title, head, *lines = block.split("\n")
+        columns = re.split(r" {2,}", head[:head.index("   x ")].strip())
+        parsed = [(line[:NAME].strip(), line[NAME:NAME + DATA].strip(), read_ratios(line, columns)) for line in lines]
+        yield title.split(":")[0], [head, *lines], parsed
+
+
+def chart_rows(tables):
+    """One row an operation: its ratios on a whole frame, of soft pixels where there is a choice."""
+    rows = {}
+    for _, _, lines in tables:
+        for name, data, ratios in lines:
+            if not data.startswith("1920x"):
+                continue
+            if name not in rows or data.endswith("soft") or data.endswith("1280x720"):
+                rows[name] = (data, ratios)
+    for name, (data, ratios) in rows.items():
+        ours = [ratios[c] for c in ratios if c in OURS]
+        peers = {c: r for c, r in ratios.items() if c not in OURS}
+        best = min(peers, key=peers.get) if peers else None
+        yield f"{name}, {data.split(' ', 1)[-1]}", ours[0], ours[-1], best, peers.get(best)
+
+
+def draw(rows):
+    rows = list(rows)
+    left, width, step, top = 320, 560, 18, 60
+    least, most = 0.2, 500.0
+    x = lambda ratio: left + width * math.log(max(least, min(most, ratio)) / least) / math.log(most / least)
+    height = top + step * len(rows) + 20
+    out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {left + width + 90} {height}" '
+           'font-family="sans-serif" font-size="11">',
+           '<rect width="100%" height="100%" fill="white"/>',
+           '<text x="10" y="18" font-size="14">Times the streaming loop that moves the same bytes '
+           '(1920 × 1080, one processor; shorter is faster)</text>',
+           f'<rect x="10" y="28" width="12" height="10" fill="#2b6cb0"/><text x="26" y="37">fastest build</text>',
+           f'<circle cx="116" cy="33" r="4" fill="#a0aec0"/><text x="124" y="37">portable build</text>',
+           f'<circle cx="216" cy="33" r="4" fill="#dd6b20"/><text x="224" y="37">best of the other libraries</text>']
+    for tick in (0.5, 1, 2, 5, 10, 20, 50, 100, 200):
+        out.append(f'<line x1="{x(tick):.1f}" x2="{x(tick):.1f}" y1="{top - 4}" y2="{height - 14}" '
+                   f'stroke="{"#4a5568" if tick == 1 else "#e2e8f0"}"/>'
+                   f'<text x="{x(tick):.1f}" y="{top - 8}" text-anchor="middle">{tick:g}</text>')
+    for i, (label, portable, ours, best, peer) in enumerate(rows):
+        y = top + step * i
+        out.append(f'<text x="{left - 6}" y="{y + 12}" text-anchor="end">{escape(label)}</text>'
+                   f'<rect x="{left}" y="{y + 3}" width="{x(ours) - left:.1f}" height="11" fill="#2b6cb0"/>'
+                   f'<circle cx="{x(portable):.1f}" cy="{y + 8.5}" r="4" fill="#a0aec0"/>')
+        if peer:
+            out.append(f'<circle cx="{x(peer):.1f}" cy="{y + 8.5}" r="4" fill="#dd6b20"/>'
+                       f'<text x="{x(peer) + 7:.1f}" y="{y + 12}" fill="#9c4221" stroke="white" stroke-width="3" paint-order="stroke">{escape(best)}</text>')
+    return "\n".join(out + ["</svg>"]) + "\n"
+
+
+def main():
+    tables = list(read_tables(Path(sys.argv[1]).read_text()))
+    text = ""
+    for title, lines, _ in tables:
+        text += f"## {title}\n\n```text\n" + "\n".join(line.rstrip() for line in lines) + "\n```\n\n"
+    page = DOCS / "performance.md"
+    begin, end = "<!-- tables: scripts/performance.py -->\n", "<!-- end of tables -->"
+    page.write_text(re.sub(begin + ".*" + end, lambda _: begin + "\n" + text + end, page.read_text(), flags=re.S))
+    (DOCS / "performance.svg").write_text(draw(chart_rows(tables)))
+
+
+if __name__ == "__main__":
+    main()
