@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -120,109 +119,72 @@ TEST(Blend, EveryAlphaUnderManyFactors) {
 
 // --- The rules' corner cases -------------------------------------------------------------------
 
-using Pixel = std::array<int, 4>;  // blue, green, red, alpha
-
 struct Corner {
   int slot;
   i32 level;
   Call call;
-  std::vector<Pixel> src, dst, expected;
+  std::vector<u32> src, dst, expected;  // 0xAARRGGBB
 };
 
 TEST(Blend, Corners) {
   const Call one, two{.width = 2, .dstPitch = 8, .srcPitch = 8},
       three{.width = 3, .dstPitch = 12, .srcPitch = 12};
-  const auto faded = [](Call c, f32 start, f32 end) {
-    c.start = start, c.end = end;
-    return c;
-  };
+  const auto faded = [](f32 start, f32 end) { return Call{.start = start, .end = end}; };
   const auto opacity = [](u8 o, u32 backdrop) { return Call{.opacity = o, .colour = backdrop}; };
   const Call column{.width = 1, .height = 2, .flip = 1, .start = 0.5f, .end = 0.0f};
-  const Corner corners[] = {
+  Corner corners[] = {
       // An opaque source is copied whole; a half clear one over white is mixed with 128 and 128.
-      {2, 0, one, {{1, 2, 3, 255}}, {{9, 9, 9, 9}}, {{1, 2, 3, 255}}},
-      {4, 0, one, {{10, 20, 30, 128}}, {{255, 255, 255, 7}}, {{132, 137, 142, 255}}},
-      {4, 3, one, {{10, 20, 30, 128}}, {{255, 255, 255, 7}}, {{132, 137, 142, 7}}},
-      {3, 0, one, {{10, 20, 30, 128}}, {{255, 255, 255, 7}}, {{132, 137, 142, 128}}},
+      {2, 0, one, {0xFF030201}, {0x09090909}, {0xFF030201}},
+      {4, 0, one, {0x801E140A}, {0x07FFFFFF}, {0xFF8E8984}},
+      {4, 3, one, {0x801E140A}, {0x07FFFFFF}, {0x078E8984}},
+      {3, 0, one, {0x801E140A}, {0x07FFFFFF}, {0x808E8984}},
       // A weight of 255 beside a soft neighbour is mixed from level 3; a third pixel stands alone.
       {2,
        0,
        three,
-       {{200, 0, 9, 255}, {0, 0, 0, 100}, {1, 2, 3, 255}},
-       {{100, 50, 250, 1}, {64, 64, 64, 2}, {7, 7, 7, 3}},
-       {{200, 0, 9, 255}, {39, 39, 39, 255}, {1, 2, 3, 255}}},
+       {0xFF0900C8, 0x64000000, 0xFF030201},
+       {0x01FA3264, 0x02404040, 0x03070707},
+       {0xFF0900C8, 0xFF272727, 0xFF030201}},
       {2,
        3,
        three,
-       {{200, 0, 9, 255}, {0, 0, 0, 100}, {1, 2, 3, 255}},
-       {{100, 50, 250, 1}, {64, 64, 64, 2}, {7, 7, 7, 3}},
-       {{199, 0, 9, 1}, {39, 39, 39, 2}, {1, 2, 3, 255}}},
+       {0xFF0900C8, 0x64000000, 0xFF030201},
+       {0x01FA3264, 0x02404040, 0x03070707},
+       {0x010900C7, 0x02272727, 0xFF030201}},
       // A clear pixel: left alone, but in a mixed pair of slot 3 it takes the source's alpha.
-      {3,
-       0,
-       two,
-       {{5, 5, 5, 0}, {0, 0, 0, 128}},
-       {{1, 2, 3, 9}, {0, 0, 0, 9}},
-       {{1, 2, 3, 9}, {0, 0, 0, 128}}},
-      {3,
-       3,
-       two,
-       {{5, 5, 5, 0}, {0, 0, 0, 128}},
-       {{1, 2, 3, 9}, {0, 0, 0, 9}},
-       {{1, 2, 3, 0}, {0, 0, 0, 128}}},
+      {3, 0, two, {0x00050505, 0x80000000}, {0x09030201, 0x09000000}, {0x09030201, 0x80000000}},
+      {3, 3, two, {0x00050505, 0x80000000}, {0x09030201, 0x09000000}, {0x00030201, 0x80000000}},
       // Flipped: row 0 is made from the source's last row, at the ramp's start.
-      {2,
-       0,
-       column,
-       {{0, 0, 0, 0}, {100, 100, 100, 254}},
-       {{200, 0, 0, 0}, {8, 8, 8, 8}},
-       {{150, 49, 49, 255}, {8, 8, 8, 8}}},
+      {2, 0, column, {0x00000000, 0xFE646464}, {0x000000C8, 0x08080808}, {0xFF313196, 0x08080808}},
       // Ramps that leave 0 … 1, unclamped below level 3 and saturated from it.
-      {2, 0, faded(one, 2, 2), {{100, 0, 255, 200}}, {{10, 10, 10, 10}}, {{150, 250, 136, 255}}},
-      {2, 3, faded(one, 2, 2), {{100, 0, 255, 200}}, {{10, 10, 10, 10}}, {{156, 0, 255, 10}}},
-      {2, 0, faded(one, -1, -1), {{100, 0, 255, 128}}, {{10, 10, 10, 10}}, {{221, 15, 143, 255}}},
-      {2, 3, faded(one, -1, -1), {{100, 0, 255, 128}}, {{10, 10, 10, 10}}, {{10, 10, 10, 10}}},
+      {2, 0, faded(2, 2), {0xC8FF0064}, {0x0A0A0A0A}, {0xFF88FA96}},
+      {2, 3, faded(2, 2), {0xC8FF0064}, {0x0A0A0A0A}, {0x0AFF009C}},
+      {2, 0, faded(-1, -1), {0x80FF0064}, {0x0A0A0A0A}, {0xFF8F0FDD}},
+      {2, 3, faded(-1, -1), {0x80FF0064}, {0x0A0A0A0A}, {0x0A0A0A0A}},
       // Premultiplied: 256 - a in the blend, 255 - a in the composite.
-      {7, 0, one, {{100, 100, 200, 128}}, {{255, 101, 200, 3}}, {{227, 150, 255, 255}}},
-      {9, 0, one, {{100, 100, 200, 128}}, {{255, 101, 200, 100}}, {{226, 150, 255, 179}}},
-      {6,
-       3,
-       two,
-       {{9, 9, 9, 0}, {9, 9, 9, 1}},
-       {{1, 2, 3, 4}, {255, 0, 1, 4}},
-       {{1, 2, 3, 4}, {255, 9, 9, 255}}},
-      {5,
-       0,
-       faded(one, 0.5f, 0.5f),
-       {{255, 3, 100, 255}},
-       {{100, 255, 0, 9}},
-       {{177, 129, 50, 255}}},
+      {7, 0, one, {0x80C86464}, {0x03C865FF}, {0xFFFF96E3}},
+      {9, 0, one, {0x80C86464}, {0x64C865FF}, {0xB3FF96E2}},
+      {6, 3, two, {0x00090909, 0x01090909}, {0x04030201, 0x040100FF}, {0x04030201, 0xFF0909FF}},
+      {5, 0, faded(0.5f, 0.5f), {0xFF6403FF}, {0x0900FF64}, {0xFF3281B1}},
       // Far outside 0 … 1: 13200000 + ((255 * (256 - 16830000)) >> 8) is below 0.
-      {5, 0, faded(one, 66000, 66000), {{200, 0, 0, 255}}, {{255, 0, 0, 200}}, {{29, 0, 0, 255}}},
-      {8, 3, faded(one, 66000, 66000), {{200, 0, 0, 255}}, {{255, 0, 0, 200}}, {{28, 0, 0, 21}}},
+      {5, 0, faded(66000, 66000), {0xFF0000C8}, {0xC80000FF}, {0xFF00001D}},
+      {8, 3, faded(66000, 66000), {0xFF0000C8}, {0xC80000FF}, {0x1500001C}},
       // A clear destination takes the source whole, with the faded weight for its alpha.
-      {8, 0, one, {{1, 2, 3, 40}}, {{99, 99, 99, 0}}, {{1, 2, 3, 40}}},
-      {8, 0, faded(one, 0.5f, 0.5f), {{1, 2, 3, 41}}, {{99, 99, 99, 0}}, {{1, 2, 3, 20}}},
+      {8, 0, one, {0x28030201}, {0x00636363}, {0x28030201}},
+      {8, 0, faded(0.5f, 0.5f), {0x29030201}, {0x00636363}, {0x14030201}},
       // An opacity byte o weighs o + 1; a backdrop's blue stands in for the destination …
-      {11, 0, opacity(127, 0), {{200, 100, 0, 255}}, {{100, 100, 100, 3}}, {{149, 100, 50, 3}}},
-      {11, 0, opacity(255, 0xFF0000FF), {{0, 100, 0, 128}}, {{9, 9, 9, 77}}, {{127, 50, 0, 77}}},
+      {11, 0, opacity(127, 0), {0xFF0064C8}, {0x03646464}, {0x03326495}},
+      {11, 0, opacity(255, 0xFF0000FF), {0x80006400}, {0x4D090909}, {0x4D00327F}},
       // … but is not painted where the weight is 0.
-      {11, 0, opacity(0, 0xFF0000FF), {{0, 100, 0, 255}}, {{9, 9, 9, 77}}, {{9, 9, 9, 77}}},
-      {36, 0, opacity(127, 0), {{200, 100, 0, 255}}, {{100, 100, 100, 3}}, {{149, 100, 50, 127}}},
-      {36, 0, opacity(255, 0), {{200, 100, 0, 0}}, {{100, 100, 100, 3}}, {{100, 100, 100, 3}}},
-      {37, 0, opacity(255, 0), {{200, 100, 0, 255}}, {{100, 100, 100, 3}}, {{200, 100, 0, 255}}},
+      {11, 0, opacity(0, 0xFF0000FF), {0xFF006400}, {0x4D090909}, {0x4D090909}},
+      {36, 0, opacity(127, 0), {0xFF0064C8}, {0x03646464}, {0x7F326495}},
+      {36, 0, opacity(255, 0), {0x000064C8}, {0x03646464}, {0x03646464}},
+      {37, 0, opacity(255, 0), {0xFF0064C8}, {0x03646464}, {0xFF0064C8}},
   };
-  const auto bytes = [](const std::vector<Pixel>& pixels) {
-    Bytes result;
-    for (const Pixel& p : pixels)
-      for (const int b : p) result.push_back(static_cast<u8>(b));
-    return result;
-  };
-  for (const Corner& corner : corners) {
-    Bytes dst = bytes(corner.dst);
-    const Bytes src = bytes(corner.src);
-    Slot(corner.slot)(corner.level, dst.data(), src.data(), corner.call);
-    EXPECT_EQ(dst, bytes(corner.expected))
+  for (Corner& corner : corners) {
+    Slot(corner.slot)(corner.level, reinterpret_cast<u8*>(corner.dst.data()),
+                      reinterpret_cast<const u8*>(corner.src.data()), corner.call);
+    EXPECT_EQ(corner.dst, corner.expected)
         << "slot " << corner.slot << " level " << corner.level << " case " << &corner - corners;
   }
 }
@@ -232,9 +194,9 @@ TEST(Blend, RefusesWithTheStatedCodeAndWritesNothing) {
     const char* what;
     Call call;
     bool nullDst, nullSrc;
-    u32 results[12];  // by slot: 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 36, 37; kRuns: not refused
+    u32 results[12];  // by slot: 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 36, 37; R: runs
   };
-  constexpr u32 F = PICTAVO_E_FAIL, kRuns = 99;
+  constexpr u32 F = PICTAVO_E_FAIL, R = 99;
   const Call fine{.width = 2, .height = 2, .dstPitch = 8, .srcPitch = 8};
   const auto with = [fine](i32 width, i32 height, i32 dstPitch, i32 srcPitch) {
     Call c = fine;
@@ -247,32 +209,24 @@ TEST(Blend, RefusesWithTheStatedCodeAndWritesNothing) {
       {"width 0", with(0, 2, 8, 8), false, false, {1, 1, 1, 1, 0, 1, 0, 0, 0, F, 1, 1}},
       {"height 0", with(2, 0, 8, 8), false, false, {1, 1, 1, 1, 0, 1, 0, 0, 0, F, 1, 1}},
       {"both negative", with(-2, -2, 8, 8), false, false, {1, 1, 1, 1, 0, 1, 0, 0, 0, F, 1, 1}},
-      {"smallest integers",
+      {"least",
        with(INT32_MIN, INT32_MIN, 8, 8),
        false,
        false,
        {1, 1, 1, 1, 0, 1, 0, 0, 0, F, 1, 1}},
-      {"pitch 0",
-       with(2, 2, 0, 8),
-       false,
-       false,
-       {kRuns, kRuns, kRuns, kRuns, kRuns, 1, 0, 0, kRuns, kRuns, kRuns, kRuns}},
-      {"negative source pitch",
-       with(2, 2, 8, -8),
-       false,
-       false,
-       {kRuns, kRuns, kRuns, kRuns, kRuns, kRuns, 0, kRuns, kRuns, kRuns, kRuns, kRuns}},
-      {"more pixels than memory",
+      {"pitch 0", with(2, 2, 0, 8), false, false, {R, R, R, R, R, 1, 0, 0, R, R, R, R}},
+      {"source pitch", with(2, 2, 8, -8), false, false, {R, R, R, R, R, R, 0, R, R, R, R, R}},
+      {"no such memory",
        with(INT32_MAX, INT32_MAX, 8, 8),
        false,
        false,
-       {kRuns, 0, kRuns, kRuns, 0, kRuns, kRuns, kRuns, 0, kRuns, kRuns, kRuns}},
+       {R, 0, R, R, 0, R, R, R, 0, R, R, R}},
   };
   for (const Refusal& refusal : refusals) {
     for (size_t i = 0; i < std::size(kSlots); ++i) {
       const Operation& operation = Slot(kSlots[i]);
       for (const i32 level : Levels()) {
-        if (refusal.results[i] == kRuns) continue;
+        if (refusal.results[i] == R) continue;
         Bytes dst(16, 0x11), src(16, 0xFF);
         const u32 result = operation(level, refusal.nullDst ? nullptr : dst.data(),
                                      refusal.nullSrc ? nullptr : src.data(), refusal.call);
