@@ -139,10 +139,34 @@ class Object : public testing::Test {
  protected:
   ~Object() override { EXPECT_EQ(release_(object_), 0); }
 
+  struct Case {
+    u32 slot;
+    std::function<u32()> call;
+    u32 result;
+    std::vector<u32> expected;  // the first pixels afterwards
+  };
+  /// Calls each slot on the same pixels at each level.
+  void Check(const std::vector<Case>& cases, const std::vector<i32>& levels,
+             const std::array<u32, 9>& before) {
+    for (const i32 level : levels) {
+      object_->SetCPULevel(level);
+      for (const Case& c : cases) {
+        pixels_ = before;
+        EXPECT_EQ(c.call(), c.result) << "slot " << c.slot;
+        EXPECT_EQ(std::vector<u32>(pixels_.begin(), pixels_.begin() + std::ssize(c.expected)),
+                  c.expected)
+            << "slot " << c.slot << ", level " << level;
+      }
+    }
+  }
+
   const RealModule module_{L"Pictavo.dll"};
   IPictavo6* (*create_)() = module_.Entry<IPictavo6*()>("GetPictavo6");
   int32_t (*release_)(IPictavo6*) = module_.Entry<int32_t(IPictavo6*)>("ReleasePictavo6");
   IPictavo6* object_ = create_();
+  const std::vector<i32> levels_ = {0, 3, object_->GetCPULevel()};
+  std::array<u32, 9> pixels_;
+  u8* const d_ = reinterpret_cast<u8*>(pixels_.data());
 };
 
 TEST_F(Object, KeepsItsOwnLevel) {
@@ -227,95 +251,79 @@ TEST_F(Object, BlendsByTheRuleOfEachSlot) {
   constexpr i32 kDst = 8, kSrc = 4;  // pitches; where there is one for both, it is kDst
   constexpr f32 kStart = 0.25f, kEnd = 1.0f;
   constexpr u8 kOpacity = 200;
-  constexpr u32 kBackdrop = 0xFF204060;
+  constexpr u32 kBackdrop = 0xFF204060, kBetween = 0x50607080, kBelow = 0x90A0B0C0;
   using P = IPictavo;
   const u32 src[] = {0xC8643219, 0x80503C28, 0x60402010, 0xA0907050};
-  std::array<u32, 4> dst;
   const u8* s = reinterpret_cast<const u8*>(src);
-  u8* d = reinterpret_cast<u8*>(dst.data());
-  const auto packed = [&](auto method) {
-    return [=, this] { return (object_->*method)(d, s, 1, 2); };
+  const auto packed = [&](u32 slot, auto method, u32 first, u32 second) {
+    return Case{
+        slot, [=, this] { return (object_->*method)(d_, s, 1, 2); }, 1, {first, second, kBelow}};
   };
-  const auto pitched = [&](auto method) {
-    return [=, this] { return (object_->*method)(d, s, 1, 2, kDst); };
+  const auto pitched = [&](u32 slot, auto method, u32 top, u32 bottom) {
+    return Case{slot,
+                [=, this] { return (object_->*method)(d_, s, 1, 2, kDst); },
+                1,
+                {top, kBetween, bottom}};
   };
-  const auto ramp = [&](auto method) {
-    return [=, this] { return (object_->*method)(d, s, 1, 2, kDst, kSrc, 1, kStart, kEnd); };
+  const auto ramp = [&](u32 slot, auto method, u32 top, u32 bottom) {
+    return Case{slot,
+                [=, this] { return (object_->*method)(d_, s, 1, 2, kDst, kSrc, 1, kStart, kEnd); },
+                1,
+                {top, kBetween, bottom}};
   };
-  const auto both = [&](auto method) {
-    return [=, this] {
-      return (object_->*method)(d, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop, 1, kStart, kEnd);
-    };
+  const auto both = [&](u32 slot, auto method, u32 top, u32 bottom) {
+    return Case{slot,
+                [=, this] {
+                  return (object_->*method)(d_, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop, 1, kStart,
+                                            kEnd);
+                },
+                1,
+                {top, kBetween, bottom}};
   };
-  struct Case {
-    u32 slot;
-    std::function<u32()> blend;
-    u32 top, bottom;
-  } const cases[] = {
-      {2, ramp(&P::BlendOverWithOpacityRamp), 0xFF18232F, 0xFF82726E},
-      {3, packed(&P::BlendOverPacked), 0xC8512E1E, 0x80585654},
-      {4, pitched(&P::BlendOverPitched), 0xFF512E1E, 0xFF7C7A7E},
-      {5, ramp(&P::BlendPremultipliedWithOpacityRamp), 0xFF222B34, 0xFF8F7971},
-      {6, packed(&P::BlendPremultipliedPacked), 0xFF673923, 0xFF807468},
-      {7, pitched(&P::BlendPremultipliedPitched), 0xFF673923, 0xFFA48E88},
-      {8, ramp(&P::CompositePremultipliedWithOpacityRamp), 0x59212A33, 0xC78F7870},
-      {9, pitched(&P::CompositePremultipliedPitched), 0xD6673823, 0xBBA38D87},
-      {10, packed(&P::CompositePremultipliedPacked), 0xD6673823, 0xA97F7367},
-      {11,
-       [&] { return object_->BlendOverWithOpacity(d, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop); },
-       0x40493734, 0x90323E4A},
-      {36, both(&P::BlendOverWithOpacityRampAndAlpha), 0x19243F5A, 0x623A3A44},
-      {37, both(&P::BlendOverWithOpacityRampKeepAlpha), 0x40243F5A, 0x903A3A44},
+  const auto opacity = [=, this] {
+    return object_->BlendOverWithOpacity(d_, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop);
   };
-  const std::set<u32> packedSlots = {3, 6, 10};
-  object_->SetCPULevel(0);
-  for (const auto& c : cases) {
-    dst = {0x40102030, 0x50607080, 0x90A0B0C0, 0xD0E0F0FF};
-    std::array<u32, 4> expected = dst;
-    expected[0] = c.top;
-    expected[packedSlots.contains(c.slot) ? 1 : 2] = c.bottom;
-    EXPECT_EQ(c.blend(), c.slot == 11 ? PICTAVO_S_OK : 1) << "slot " << c.slot;
-    EXPECT_EQ(dst, expected) << "slot " << c.slot;
-  }
+  Check({ramp(2, &P::BlendOverWithOpacityRamp, 0xFF18232F, 0xFF82726E),
+         packed(3, &P::BlendOverPacked, 0xC8512E1E, 0x80585654),
+         pitched(4, &P::BlendOverPitched, 0xFF512E1E, 0xFF7C7A7E),
+         ramp(5, &P::BlendPremultipliedWithOpacityRamp, 0xFF222B34, 0xFF8F7971),
+         packed(6, &P::BlendPremultipliedPacked, 0xFF673923, 0xFF807468),
+         pitched(7, &P::BlendPremultipliedPitched, 0xFF673923, 0xFFA48E88),
+         ramp(8, &P::CompositePremultipliedWithOpacityRamp, 0x59212A33, 0xC78F7870),
+         pitched(9, &P::CompositePremultipliedPitched, 0xD6673823, 0xBBA38D87),
+         packed(10, &P::CompositePremultipliedPacked, 0xD6673823, 0xA97F7367),
+         {11, opacity, PICTAVO_S_OK, {0x40493734, kBetween, 0x90323E4A}},
+         both(36, &P::BlendOverWithOpacityRampAndAlpha, 0x19243F5A, 0x623A3A44),
+         both(37, &P::BlendOverWithOpacityRampKeepAlpha, 0x40243F5A, 0x903A3A44)},
+        {0}, {0x40102030, kBetween, kBelow, 0xD0E0F0FF});
 }
 
 TEST_F(Object, ResizesByTheRuleOfEachSlot) {
   const u32 src[] = {0x00000000, 0x80404040};
   const u8* s = reinterpret_cast<const u8*>(src);
-  std::array<u32, 4> dst;
-  u8* d = reinterpret_cast<u8*>(dst.data());
-  struct Case {
-    u32 slot;
-    std::function<u32()> resize;
-    std::array<u32, 4> expected;  // three pixels of two, and one that is not touched
-  } const cases[] = {
-      {29,
-       [&] { return object_->ResizeBox16AlphaWeighted(d, 3, 1, 12, s, 2, 1, 8, 0); },
-       {0, 0x20404040, 0x80404040, 7}},
-      {30,
-       [&] { return object_->ResizeBilinear16(d, 3, 1, 12, s, 2, 1, 8, 1, 1); },
-       {0xFF000000, 0xFF151515, 0xFF2A2A2A, 7}},
-      {31,
-       [&] { return object_->ResizeBilinear7(d, 3, 1, 12, s, 2, 1, 8); },
-       {0, 0x552A2A2A, 0x7F3F3F3F, 7}},
-      {55,
-       [&] { return object_->ResizeNearest32(dst.data(), 3, 1, 12, src, 2, 1, 8); },
-       {0, 0, 0x80404040, 7}},
-      {57,
-       [&] { return object_->ResizeBox16(d, 3, 1, 12, s, 2, 1, 8); },
-       {0, 0x20101010, 0x80404040, 7}},
-      {58,
-       [&] { return object_->ResizeBilinear16KeepAlpha(d, 3, 2, 12, s, 2, 1, 8, 0); },
-       {0, 0x552A2A2A, 7, 7}},
+  // Three pixels of two, and one that is not touched.
+  const auto resize = [&](auto method, i32 height, auto... more) {
+    return [=, this] { return (object_->*method)(d_, 3, height, 12, s, 2, 1, 8, more...); };
   };
-  for (const i32 level : {0, object_->GetCPULevel()}) {
-    object_->SetCPULevel(level);
-    for (const auto& c : cases) {
-      dst.fill(7);
-      EXPECT_EQ(c.resize(), PICTAVO_S_OK) << "slot " << c.slot;
-      EXPECT_EQ(dst, c.expected) << "slot " << c.slot;
-    }
-  }
+  Check({{29,
+          resize(&IPictavo6::ResizeBox16AlphaWeighted, 1, 0),
+          PICTAVO_S_OK,
+          {0, 0x20404040, 0x80404040, 7}},
+         {30,
+          resize(&IPictavo6::ResizeBilinear16, 1, 1, 1),
+          PICTAVO_S_OK,
+          {0xFF000000, 0xFF151515, 0xFF2A2A2A, 7}},
+         {31, resize(&IPictavo6::ResizeBilinear7, 1), PICTAVO_S_OK, {0, 0x552A2A2A, 0x7F3F3F3F, 7}},
+         {55,
+          [&] { return object_->ResizeNearest32(pixels_.data(), 3, 1, 12, src, 2, 1, 8); },
+          PICTAVO_S_OK,
+          {0, 0, 0x80404040, 7}},
+         {57, resize(&IPictavo6::ResizeBox16, 1), PICTAVO_S_OK, {0, 0x20101010, 0x80404040, 7}},
+         {58,
+          resize(&IPictavo6::ResizeBilinear16KeepAlpha, 2, 0),
+          PICTAVO_S_OK,
+          {0, 0x552A2A2A, 7, 7}}},
+        levels_, {7, 7, 7, 7, 7, 7, 7, 7, 7});
 }
 
 TEST_F(Object, KeysInBothFormats) {
@@ -334,50 +342,43 @@ TEST_F(Object, KeysInBothFormats) {
 }
 
 TEST_F(Object, ConvertsByTheRuleOfEachSlot) {
-  std::array<u32, 9> pixels;
-  u8* bytes = reinterpret_cast<u8*>(pixels.data());
   const u32 src[] = {0x80FF8040, 0x00030201};
   const u8* s = reinterpret_cast<const u8*>(src);
   std::array<u32, 256> bins;
   const i32 rect[] = {0, 0, 1, 0};
   f32 mean = 0;
-  ImageDesc image = {{}, 3, 3, 0, &pixels[4], 1, 1, 12, 4};
-  struct Case {
-    u32 slot;
-    std::function<u32()> convert;
-    u32 result;
-    std::array<u32, 3> expected;
-  } const cases[] = {
+  ImageDesc image = {{}, 3, 3, 0, &pixels_[4], 1, 1, 12, 4};
+  const std::vector<Case> cases = {
       {16,
-       [&] { return object_->UnpremultiplyPitched(bytes, 1, 2, 8); },
+       [&] { return object_->UnpremultiplyPitched(d_, 1, 2, 8); },
        1,
        {0x80FFFF7F, 0x80808080, 0x01FFFFFF}},
       {17,
-       [&] { return object_->UnpremultiplyPacked(bytes, 3, 1); },
+       [&] { return object_->UnpremultiplyPacked(d_, 3, 1); },
        1,
        {0x80FFFF7F, 0x80FFFFFF, 0x01FFFFFF}},
       {18,
-       [&] { return object_->PremultiplyPitched(bytes, 1, 2, 8); },
+       [&] { return object_->PremultiplyPitched(d_, 1, 2, 8); },
        1,
        {0x80804020, 0x80808080, 0x01000000}},
       {19,
-       [&] { return object_->PremultiplyPacked(bytes, 2, 1); },
+       [&] { return object_->PremultiplyPacked(d_, 2, 1); },
        1,
        {0x80804020, 0x80404040, 0x01040404}},
       {20,
-       [&] { return object_->ConvertBGRAToYUVA(s, 1, 2, 4, bytes, 8); },
+       [&] { return object_->ConvertBGRAToYUVA(s, 1, 2, 4, d_, 8); },
        PICTAVO_S_OK,
        {0x809851BC, 0x80808080, 0x00127F81}},
       {21,
-       [&] { return object_->ConvertBGRAToYUVAPortable(s, 2, 1, 8, bytes, 12); },
+       [&] { return object_->ConvertBGRAToYUVAPortable(s, 2, 1, 8, d_, 12); },
        PICTAVO_S_OK,
        {0x809851BC, 0x00127F81, 0x01040404}},
       {46,
-       [&] { return object_->ConvertBGRAToGray(s, 1, 2, 4, pixels.data(), 8); },
+       [&] { return object_->ConvertBGRAToGray(s, 1, 2, 4, pixels_.data(), 8); },
        PICTAVO_S_OK,
        {0x80959595, 0x80808080, 0x01020202}},
       {48,
-       [&] { return object_->DrawRectOutline(pixels.data(), 3, 3, 12, rect, 9); },
+       [&] { return object_->DrawRectOutline(pixels_.data(), 3, 3, 12, rect, 9); },
        PICTAVO_S_OK,
        {9, 9, 0x01040404}},
       {71,
@@ -385,7 +386,7 @@ TEST_F(Object, ConvertsByTheRuleOfEachSlot) {
        PICTAVO_S_OK,
        {0x11223344, 0x11223344, 0x11223344}},
       {77,
-       [&] { return object_->FillSolidColor(bytes, 1, 2, 8, 4, 3, 2, 1); },
+       [&] { return object_->FillSolidColor(d_, 1, 2, 8, 4, 3, 2, 1); },
        PICTAVO_S_OK,
        {0x01020304, 0x80808080, 0x01020304}},
       {107,
@@ -393,15 +394,9 @@ TEST_F(Object, ConvertsByTheRuleOfEachSlot) {
        PICTAVO_S_OK,
        {0x00223344, 0x00223344, 0x00223344}},
   };
-  for (const i32 level : {0, 3, object_->GetCPULevel()}) {
+  Check(cases, levels_, {0x80FF8040, 0x80808080, 0x01040404, 0, 0x11223344});
+  for (const i32 level : levels_) {
     object_->SetCPULevel(level);
-    for (const auto& c : cases) {
-      pixels = {0x80FF8040, 0x80808080, 0x01040404, 0, 0x11223344};
-      EXPECT_EQ(c.convert(), c.result) << "slot " << c.slot;
-      EXPECT_TRUE(std::equal(c.expected.begin(), c.expected.end(), pixels.begin()))
-          << "slot " << c.slot << std::hex << ": " << pixels[0] << " " << pixels[1] << " "
-          << pixels[2];
-    }
     EXPECT_EQ(object_->ComputeHistogram(s, 1, 2, 4, bins.data(), 256, 2), PICTAVO_S_OK);
     EXPECT_EQ(bins[255] + bins[3], 2u);
     EXPECT_EQ(object_->ComputeLumaHistogram(s, 1, 2, 4, bins.data(), 256, 1), PICTAVO_S_OK);
@@ -422,56 +417,43 @@ TEST_F(Object, ConvertsByTheRuleOfEachSlot) {
 TEST_F(Object, ConvertsColoursWhereItsModuleIs) {
   constexpr u32 kYuv = PICTAVO_COLOR_YUV, kMatrix = PICTAVO_MATRIX_BT709,
                 kLimited = PICTAVO_RANGE_LIMITED, kHsv = PICTAVO_COLOR_HSV,
-                kDegrees = PICTAVO_RANGE_DEGREES;
+                kFull = PICTAVO_RANGE_FULL, kDegrees = PICTAVO_RANGE_DEGREES;
   const u32 src[] = {0x80FF8040, 0x00030201};
   const u8* s = reinterpret_cast<const u8*>(src);
-  std::array<u32, 3> out;
-  u8* d = reinterpret_cast<u8*>(out.data());
-  struct Case {
-    u32 slot;
-    std::function<u32()> convert;
-    std::array<u32, 3> expected;
-  } const cases[] = {
+  u32 *a = &pixels_[0], *b = &pixels_[1], *c = &pixels_[2];
+  using P = IPictavo6;
+  const auto call = [this](auto method, auto... arguments) {
+    return [=, this] { return (object_->*method)(arguments...); };
+  };
+  std::vector<Case> cases = {
       {88,
-       [&] { return object_->ConvertPictureFromRGB(s, 1, 2, 4, d, 8, kYuv, kMatrix, kLimited); },
+       call(&P::ConvertPictureFromRGB, s, 1, 2, 4, d_, 8, kYuv, kMatrix, kLimited),
+       0,
        {0x809157BA, 7, 0x00127F80}},
       {89,
-       [&] { return object_->ConvertPictureToRGB(s, 1, 2, 4, d, 8, kHsv, 0, PICTAVO_RANGE_FULL); },
+       call(&P::ConvertPictureToRGB, s, 1, 2, 4, d_, 8, kHsv, 0, kFull),
+       0,
        {0x80402021, 7, 0x00010101}},
       {90,
-       [&] {
-         return object_->ConvertColorFromRGB(255, 128, 64, &out[0], &out[1], &out[2], kHsv, 0,
-                                             kDegrees);
-       },
+       call(&P::ConvertColorFromRGB, 255, 128, 64, a, b, c, kHsv, 0, kDegrees),
+       0,
        {20, 191, 255}},
       {91,
-       [&] {
-         return object_->ConvertColorToRGB(-340, 191, 255, &out[0], &out[1], &out[2], kHsv, 0,
-                                           kDegrees);
-       },
+       call(&P::ConvertColorToRGB, -340, 191, 255, a, b, c, kHsv, 0, kDegrees),
+       0,
        {255, 128, 64}},
       {92,
-       [&] {
-         return object_->ConvertPixelFromRGB(s, &out[0], &out[1], &out[2], kYuv, kMatrix, kLimited);
-       },
+       call(&P::ConvertPixelFromRGB, s, a, b, c, kYuv, kMatrix, kLimited),
+       0,
        {0x91, 0x57, 0xBA}},
   };
+  const std::vector<Case> good = cases;
+  for (Case& one : cases) one.result = PICTAVO_E_FAIL, one.expected = {7, 7, 7};
   FindModulesIn(kNoModules);
-  for (const auto& c : cases) {
-    out.fill(7);
-    EXPECT_EQ(c.convert(), PICTAVO_E_FAIL) << "slot " << c.slot;
-    EXPECT_EQ(out, (std::array<u32, 3>{7, 7, 7})) << "slot " << c.slot;
-  }
+  Check(cases, {0}, {7, 7, 7});
   FindModulesIn(kRealModules);
-  for (const i32 level : {0, 3, object_->GetCPULevel()}) {
-    object_->SetCPULevel(level);
-    for (const auto& c : cases) {
-      out.fill(7);
-      EXPECT_EQ(c.convert(), PICTAVO_S_OK) << "slot " << c.slot;
-      EXPECT_EQ(out, c.expected) << "slot " << c.slot << ", level " << level;
-    }
-  }
-  EXPECT_EQ(object_->ConvertPictureFromRGB(nullptr, 1, 2, 4, d, 8, kYuv, kMatrix, kLimited),
+  Check(good, levels_, {7, 7, 7});
+  EXPECT_EQ(object_->ConvertPictureFromRGB(nullptr, 1, 2, 4, d_, 8, kYuv, kMatrix, kLimited),
             PICTAVO_E_POINTER);
 }
 
@@ -579,7 +561,7 @@ TEST_F(Object, ChecksLayers) {
   texture.memoryKind = PICTAVO_MEMORY_D3D11_TEXTURE;
   texture.data = reinterpret_cast<void*>(0x10);  // never followed
   const BlendParam normal = {0, 255, 0, 0, 0}, clear = {99, 0, 0, 0, 0};
-  struct Case {
+  struct Layers {
     ImageDesc *dst, *src;
     const BlendParam* param;
     u32 result;
