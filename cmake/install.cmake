@@ -6,7 +6,8 @@ install(TARGETS Pictavo RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(TARGETS ${modules} pictavo_host RUNTIME DESTINATION bin)
 install(DIRECTORY include/pictavo DESTINATION include)
 install(DIRECTORY samples DESTINATION .)
-install(FILES README.md CHANGELOG.md DESTINATION .)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION .)
+install(DIRECTORY docs DESTINATION . FILES_MATCHING PATTERN "*.md")
 install(FILES ${PICTAVO_MSVC_LIBRARY} DESTINATION lib)
 
 set(config ${CMAKE_CURRENT_BINARY_DIR}/config)
@@ -19,12 +20,17 @@ install(FILES ${config}/PictavoConfig.cmake ${config}/PictavoConfigVersion.cmake
 configure_file(cmake/pictavo.pc.in ${config}/pictavo.pc @ONLY)
 install(FILES ${config}/pictavo.pc DESTINATION lib/pkgconfig)
 
-# Debug symbols lie beside each program and DLL, which name them.
+# Debug symbols lie beside each program and DLL, which name them. The folder may hold others' DLLs.
 if(MINGW)
+  set(binaries)
+  foreach(target Pictavo ${modules} pictavo_host)
+    list(APPEND binaries "$<TARGET_FILE_NAME:${target}>")
+  endforeach()
   install(CODE "set(objcopy \"${CMAKE_OBJCOPY}\")")
+  install(CODE "set(binaries \"${binaries}\")")
   install(CODE [[
-    file(GLOB binaries "${CMAKE_INSTALL_PREFIX}/bin/*.dll" "${CMAKE_INSTALL_PREFIX}/bin/*.exe")
-    foreach(binary ${binaries})
+    foreach(name ${binaries})
+      set(binary "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin/${name}")
       foreach(arguments "--only-keep-debug;${binary};${binary}.debug" "--strip-all;${binary}"
                         "--add-gnu-debuglink=${binary}.debug;${binary}")
         execute_process(COMMAND ${objcopy} ${arguments} COMMAND_ERROR_IS_FATAL ANY)

@@ -50,11 +50,11 @@ build "$work/consumer" consumer "-DEXPECTED_VERSION=$version" -DCMAKE_EXE_LINKER
 beside consumer/linked.exe
 beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll"
 
-build "$sdk/samples/first_host" first_host -DCMAKE_EXE_LINKER_FLAGS=-static
+build "$sdk/samples/first_host" first_host
 beside first_host/first_host.exe
 build "$sdk/samples/c" c
 [ "$(beside c/slots.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
-build "$sdk/samples/recipes" recipes -DCMAKE_EXE_LINKER_FLAGS=-static
+build "$sdk/samples/recipes" recipes
 beside recipes/recipes.exe
 build "$sdk/samples/host" host
 info=$(beside host/pictavo-host.exe info | tr -d '\r')
