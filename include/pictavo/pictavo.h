@@ -598,7 +598,8 @@ struct IPictavo2 : IPictavo {
 
   /// Slot 48. Draws a rectangle's outline, one pixel wide. Where top and bottom are the same row,
   /// the row below is drawn too.
-  /// @param width, height not read: the rectangle is not clipped and must lie in the picture
+  /// @param width not read: the rectangle is not clipped and must lie in the picture
+  /// @param height not read either
   /// @param pitch bytes, rounded down to whole pixels
   /// @param rect left, top, right, bottom in pixels, all inclusive
   /// @param colour 0xAARRGGBB
@@ -963,7 +964,7 @@ struct IPictavo5 : IPictavo4 {
 /// compiled programs are kept on disk (docs/architecture.md). Source and destination may be the
 /// same surface: the source is read whole before the destination is written. Levels do not matter.
 ///
-/// @return of every OpenCL method: PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or other pointer
+/// Results of every OpenCL method: PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or other pointer
 /// is null; PICTAVO_E_FAIL when a surface's query does not answer 1; PICTAVO_E_INVALIDARG for a
 /// picture whose data is null, that holds a texture, that has a size below 1 or from 2^29 on, or
 /// whose bytesPerPixel the method does not take; PICTAVO_E_FAIL without a runtime, device, compiled
@@ -1017,7 +1018,8 @@ struct IPictavo6 : IPictavo5 {
   /// alike; premultiply first where alpha varies. Each pass makes a pixel the mean of the window
   /// n = 2 * radius + 1 around it, (sum + n / 2) / n in whole numbers; the edge pixels go on
   /// outside the picture.
-  /// @param radiusX, radiusY 0 … 2047; 0 leaves that pass out
+  /// @param radiusX 0 … 2047; 0 leaves the pass along rows out
+  /// @param radiusY 0 … 2047; 0 leaves the pass down columns out
   /// @return PICTAVO_E_INVALIDARG also for surfaces of two sizes and larger radii
   virtual u32 FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                              u32 radiusY) noexcept = 0;

@@ -11,9 +11,10 @@ const Effect* const kEffects[] = {&kKeyEffect,    &kOverEffect, &kLayerEffect,
                                   &kResizeEffect, &kBlurEffect, &kConvertEffect};
 
 std::wstring Trimmed(const std::wstring& text) {
-  const size_t first = text.find_first_not_of(L' ');
+  constexpr const wchar_t* kSpace = L" \t\r\n";
+  const size_t first = text.find_first_not_of(kSpace);
   if (first == text.npos) return L"";
-  return text.substr(first, text.find_last_not_of(L' ') - first + 1);
+  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
 }
 
 /// The pieces of a text, `most` at most; none of an empty text.
@@ -47,10 +48,19 @@ Step ParseStep(const std::wstring& text, Size frame) {
 
 }  // namespace
 
+Size FrameSize(Parser* parser, const std::string& what) {
+  try {
+    return parser->Dimensions(what);
+  } catch (const UsageFailure& failure) {
+    throw UsageFailure(failure.what(), kBadSize);
+  }
+}
+
 std::vector<Step> ParseChain(const std::wstring& chain, Size frame) {
   std::vector<Step> steps;
-  for (const std::wstring& text : Split(chain, L'|', chain.npos)) {
+  for (const std::wstring& text : Split(Trimmed(chain), L'|', chain.npos)) {
     steps.push_back(ParseStep(text, frame));
+    steps.back().text = Utf8(text);
     frame = steps.back().size;
   }
   return steps;
@@ -67,7 +77,7 @@ const Picture& Frame::Run(pictavo::IPictavo6* object) {
   Picture* frame = source();
   for (const Step& step : steps_) {
     Picture* const result = step.inPlace ? frame : frame + 1;
-    if (!step.run(object, frame, result)) throw Failure("the library refused an effect");
+    if (!step.run(object, frame, result)) throw Failure("the library refused \"" + step.text + '"');
     frame = result;
   }
   return *frame;

@@ -17,6 +17,7 @@ struct Step {
   bool inPlace;  // it gives its result in the frame that it takes
   /// True when the library did it.
   std::function<bool(pictavo::IPictavo6* object, Picture* frame, Picture* result)> run;
+  std::string text{};  // its own part of the chain
 };
 
 struct Effect {
@@ -29,7 +30,10 @@ struct Effect {
 extern const Effect kBlurEffect, kConvertEffect, kKeyEffect, kLayerEffect, kOverEffect,
     kResizeEffect;
 
-constexpr int kUnknownEffect = 4;  // the program's exit code for it
+constexpr int kBadSize = 3, kUnknownEffect = 4;  // the program's exit codes for them
+
+/// Takes the size of frames from a command line. Throws UsageFailure.
+Size FrameSize(Parser* parser, const std::string& what);
 
 /// The steps of a chain, for example "key=00b140:30:20 | over=background.png | blur=4". COM must be
 /// up. Throws UsageFailure.

@@ -53,7 +53,12 @@ Size Parser::Dimensions(const std::string& what) {
   constexpr i64 kMost = 1 << 20;
   Parser parser(sides);
   const i32 width = parser.Integer("the width in " + what, 1, kMost);
-  return {width, parser.Integer("the height in " + what, 1, kMost)};
+  const i32 height = parser.Integer("the height in " + what, 1, kMost);
+  if (!Fits(width, height)) {
+    throw UsageFailure(
+        Format("%d x %d pixels, as %s says, are too many", width, height, what.c_str()));
+  }
+  return {width, height};
 }
 
 }  // namespace host

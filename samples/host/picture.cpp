@@ -96,12 +96,16 @@ i32 Scaled(i32 size, i64 numerator, i64 denominator) {
 
 }  // namespace
 
-Picture::Picture(i32 pictureWidth, i32 pictureHeight) : width(pictureWidth), height(pictureHeight) {
+bool Fits(i32 width, i32 height) {
   // Pitches are 32-bit signed numbers, and the codecs take sizes of 32 bits.
   constexpr i64 kLargestPitch = std::numeric_limits<i32>::max();
   constexpr i64 kLargestSize = std::numeric_limits<u32>::max();
-  if (width < 1 || height < 1 || 4 * i64{width} > kLargestPitch ||
-      4 * i64{width} > kLargestSize / height) {
+  return width >= 1 && height >= 1 && 4 * i64{width} <= kLargestPitch &&
+         4 * i64{width} <= kLargestSize / height;
+}
+
+Picture::Picture(i32 pictureWidth, i32 pictureHeight) : width(pictureWidth), height(pictureHeight) {
+  if (!Fits(width, height)) {
     throw Failure(Format("a picture of %d x %d pixels is too large", width, height));
   }
   pixels.resize(4 * static_cast<size_t>(width) * static_cast<size_t>(height));

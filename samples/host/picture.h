@@ -18,6 +18,9 @@ struct Size {
   i32 width, height;
 };
 
+/// Whether a picture may have that size.
+bool Fits(i32 width, i32 height);
+
 struct Rect {
   i32 left, top, width, height;
 };

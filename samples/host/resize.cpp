@@ -117,7 +117,7 @@ const Command kResizeCommand = {
 
 const Effect kResizeEffect = {
     "resize", 2, [](Parser& settings, Size) -> Step {
-      const Size size = settings.Dimensions("resize");
+      const Size size = FrameSize(&settings, "WxH of resize");
       const Method& method =
           FindMethod(settings.AtEnd() ? "bilinear16" : Utf8(settings.Next("METHOD of resize")));
       return {size, false, [&](pictavo::IPictavo6* object, Picture* frame, Picture* result) {

@@ -18,7 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // The program's exit codes for what befalls a stream.
-constexpr int kBadSize = 3, kShortFrame = 5, kOutputClosed = 6;
+constexpr int kShortFrame = 5, kOutputClosed = 6;
 
 /// Fills the frame from the standard input. False at the end of the stream.
 bool ReadFrame(Picture* frame) {
@@ -161,11 +161,7 @@ int RunStream(pictavo::Library& library, const Arguments& arguments) {
     }
     const std::string option = Utf8(parser.Next("an option"));
     if (option == "--size") {
-      try {
-        size = parser.Dimensions("--size");
-      } catch (const UsageFailure& failure) {
-        throw UsageFailure(failure.what(), kBadSize);
-      }
+      size = FrameSize(&parser, "--size");
     } else if (option == "--threads") {
       threads = parser.Integer("--threads", 1, 256);
     } else if (option == "--level") {
@@ -199,8 +195,9 @@ const Command kStreamCommand = {
     "      convert=NAME               as the command convert does\n"
     "      --threads N          frames at work at once; the processors and one by default\n"
     "      --level N            instruction-set level, 0 to the processor's\n"
-    "      Pictures are made to fill the frame. Exit code: also 3 bad size, 4 unknown effect,\n"
-    "      5 short last frame (those before it are written), 6 nobody takes the frames.\n",
+    "      Pictures are made to fill the frame. Exit code: also 3 bad size, of resize too,\n"
+    "      4 unknown effect, 5 short last frame (those before it are written), 6 nobody takes\n"
+    "      the frames.\n",
     RunStream};
 
 }  // namespace host

@@ -20,9 +20,9 @@ for threads in 1 5; do
   cmp <(od -An -v -tu1 -w4 "$work/frames" | awk '{print $1}') \
     <(od -An -v -tu1 -w4 "$work/out" | awk '{print $1}') || fail "the order of $threads threads"
 done
-host --size 64x48 'resize=32x24:box|resize=16x12' < "$work/frames" | wc -c | grep -qx $((40 * 16 * 12 * 4)) ||
+host --size 64x48 $'resize=32x24:box |\n resize=16x12' < "$work/frames" | wc -c | grep -qx $((40 * 16 * 12 * 4)) ||
   fail "the size of resized frames"
-host --size 64x48 '' < /dev/null | wc -c | grep -qx 0 || fail "no frames"
+host --size 64x48 $' \n' < /dev/null | wc -c | grep -qx 0 || fail "no frames"
 
 expect() {  # EXIT-CODE MESSAGE ARGUMENTS; the frames end in the middle of the tenth
   head -c 120000 "$work/frames" | host "${@:3}" > "$work/out"
@@ -33,6 +33,8 @@ expect() {  # EXIT-CODE MESSAGE ARGUMENTS; the frames end in the middle of the t
 expect 5 "short: 9408 of 12288" --size 64x48 blur=2
 [ "$(wc -c < "$work/out")" -eq $((9 * 12288)) ] || fail "frames before a short one"
 expect 3 "width" --size 0x48 blur=2
+expect 3 "too many" --size 1048576x1048576 blur=2
+expect 3 "resize" --size 64x48 resize=0x5
 expect 3 "needs the size" blur=2
 expect 4 '"blurr"' --size 64x48 'blurr=2'
 expect 4 '""' --size 64x48 'blur=2 | '
