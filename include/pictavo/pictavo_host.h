@@ -11,6 +11,7 @@
 
 #include <windows.h>
 
+#include <cstring>
 #include <utility>
 
 #include "pictavo/pictavo.h"
@@ -23,6 +24,13 @@ enum class LoadError {
   moduleNotFound,  ///< the DLL, or one that it needs, cannot be loaded
   entryMissing,    ///< the DLL is older than this header, or another DLL of that name
   objectNull,      ///< the DLL could not make its object
+};
+
+/// A DLL's version; all 0 where it states none.
+struct LibraryVersion {
+  unsigned major;  ///< changes with the table
+  unsigned minor;  ///< changes with what is built
+  unsigned patch;  ///< changes with what is mended
 };
 
 /// Pictavo.dll, loaded, and one object of it. Gives the object back and unloads the DLL when it
@@ -76,9 +84,27 @@ class Library {
   /// The object's methods. There must be an object.
   IPictavo6* operator->() const noexcept { return object_; }
 
-  /// The loaded DLL, for example to ask for its path or version; null when it was not found. It
-  /// stays this Library's.
+  /// The loaded DLL, for example to ask for its path; null when it was not found. It stays this
+  /// Library's.
   HMODULE module() const noexcept { return module_; }
+
+  /// The loaded DLL's product version, from its resources.
+  LibraryVersion version() const noexcept {
+    // The block of name 1 and type 16 (RT_VERSION) has the fixed part of a version at byte 40: a
+    // signature and, from byte 16 on, the product version.
+    constexpr DWORD kFixed = 40, kSignature = 0xFEEF04BDu;
+    const HRSRC place = module_ != nullptr
+                            ? FindResourceW(module_, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(16))
+                            : nullptr;
+    if (place == nullptr || SizeofResource(module_, place) < kFixed + 24) return {};
+    const HGLOBAL block = LoadResource(module_, place);
+    DWORD fixed[6] = {};
+    if (block != nullptr) {
+      std::memcpy(fixed, static_cast<const char*>(LockResource(block)) + kFixed, sizeof fixed);
+    }
+    if (fixed[0] != kSignature) return {};
+    return {HIWORD(fixed[4]), LOWORD(fixed[4]), HIWORD(fixed[5])};
+  }
 
   /// Why there is no object.
   LoadError error() const noexcept { return error_; }

@@ -48,7 +48,8 @@ beside() {  # runs a built program beside the DLLs
 cp -r "$source/tests/package/consumer" "$work/consumer"
 build "$work/consumer" consumer "-DEXPECTED_VERSION=$version" -DCMAKE_EXE_LINKER_FLAGS=-static
 beside consumer/linked.exe
-beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll"
+loaded=$(beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll" | tr -d '\r')
+[[ $loaded == *", version $version" ]] || fail "the loader: $loaded"
 
 build "$sdk/samples/first_host" first_host
 beside first_host/first_host.exe

@@ -6,6 +6,8 @@
 int wmain(int, wchar_t** arguments) {
   const pictavo::Library library(arguments[1]), missing(L"no such folder\\Pictavo.dll");
   if (!library || missing || missing.error() != pictavo::LoadError::moduleNotFound) return 1;
-  std::printf("loaded: level %d\n", library->GetCPULevel());
-  return 0;
+  const pictavo::LibraryVersion version = library.version(), none = missing.version();
+  std::printf("loaded: level %d, version %u.%u.%u\n", library->GetCPULevel(), version.major,
+              version.minor, version.patch);
+  return none.major + none.minor + none.patch == 0 ? 0 : 2;
 }
