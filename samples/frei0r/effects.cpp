@@ -26,6 +26,9 @@ namespace {
 
 using namespace pictavo;
 
+/// Within 0 … 1; 0 for what is not a number.
+double Limited(double value) { return std::min(std::max(0.0, value), 1.0); }
+
 /// One instance of the effect. Its frames are packed BGRA, as the kernels take them.
 struct Instance {
   i32 width, height;
@@ -37,7 +40,7 @@ struct Instance {
     return size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height);
   }
   double Number(int index, double most) const {
-    return most * std::clamp(numbers[static_cast<size_t>(index)], 0.0, 1.0);
+    return most * Limited(numbers[static_cast<size_t>(index)]);
   }
   ImageDesc Describe(const u8* pixels) const {
     ImageDesc image = {};
@@ -48,9 +51,7 @@ struct Instance {
     image.bytesPerPixel = 4;
     return image;
   }
-  u8 Channel(float value) const {
-    return static_cast<u8>(std::clamp(value, 0.f, 1.f) * 255 + 0.5f);
-  }
+  u8 Channel(float value) const { return static_cast<u8>(Limited(value) * 255 + 0.5); }
   u32 Argb() const {
     return 0xFF000000u | static_cast<u32>(Channel(colour.r) << 16 | Channel(colour.g) << 8) |
            Channel(colour.b);
@@ -119,12 +120,14 @@ constexpr int kNumber = F0R_PARAM_DOUBLE, kColour = F0R_PARAM_COLOR;
 const Effect kEffects[] = {
     {"blur",
      "Three box blurs, clear surroundings left out",
-     {{"radius", kNumber, "0 to 1 for 0 to 100 pixels"}},
+     {{"radius", kNumber, "0 to 1 for 0 to 100 pixels, at most the frame's smaller side"}},
      {0.05},
      {},
      [](const Instance& f, const u8*, u8* out) {
+       const double most = std::min(f.width, f.height);
        return cpu::GaussianBlurBox3(Level(), out, f.width, f.height, f.pitch(),
-                                    static_cast<f32>(f.Number(0, 100))) == PICTAVO_S_OK;
+                                    static_cast<f32>(std::min(f.Number(0, 100), most))) ==
+              PICTAVO_S_OK;
      }},
     {"direction",
      "Motion blur along a line",
@@ -175,6 +178,7 @@ const Effect kEffects[] = {
      {},
      {1, 1, 1},
      [](const Instance& f, const u8*, u8* out) {
+       if (f.height == 1) return false;  // an outline has two rows
        const i32 rect[] = {0, 0, f.width - 1, f.height - 1};
        return cpu::DrawRectOutline(reinterpret_cast<u32*>(out), static_cast<u32>(f.pitch()), rect,
                                    f.Argb()) == PICTAVO_S_OK;

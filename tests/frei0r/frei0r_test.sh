@@ -21,6 +21,10 @@ for plugin in "$1"/pictavo_*.so; do
   ! cmp -s "$work/plain" "$work/$name" || fail "$name leaves the frames as they were"
 done
 
+# Settings that are no numbers.
+frames "frei0r=filter_name=pictavo_mosaic:filter_params=nan" mosaic_nan
+frames "frei0r=filter_name=pictavo_direction:filter_params=nan|nan" direction_nan
+
 # Settings arrive: what stays of a frame that fades is all of it, or nothing but the colour.
 frames "format=rgba,colorchannelmixer=aa=2,frei0r=filter_name=pictavo_fade:filter_params=red|1" whole
 frames "format=rgba,colorchannelmixer=aa=2" opaque
