@@ -698,7 +698,8 @@ struct IPictavo3 : IPictavo2 {
   ///
   /// With the kind, places and R of MotionBlur: a spin needs a square of 2 * trunc(R + 0.5) around
   /// the source's centre; a zoom of n places a border of n - 1 pixels on every side, or of H / 2
-  /// when that is less; a direction of n places n - 1 pixels on the side that it comes from.
+  /// when that is less; a direction of n places, on the sides that it comes from, the columns and
+  /// rows of a vector of n - 1 pixels along it, rounded towards zero.
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when an argument is null
   virtual u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst,
                                    const MotionBlurParam* param, i32* offsetX,

@@ -2,7 +2,8 @@
 
     python slots.py [PATH_OF_DLL]
 
-Needs a 64-bit Python on Windows. The object's first word points at its table of methods, and every
+Needs a 64-bit Python on Windows. Run it in the DLL's folder, where the DLL finds its modules: the
+program's own folder is Python's. The object's first word points at its table of methods, and every
 method takes the object first; pictavo.h numbers the slots and states their arguments.
 """
 
@@ -14,7 +15,7 @@ from ctypes import POINTER, c_float, c_int32, c_uint8, c_uint32, c_void_p
 class Pictavo:
     """One object of the library."""
 
-    def __init__(self, path="Pictavo.dll"):
+    def __init__(self, path="./Pictavo.dll"):
         self._library = ctypes.CDLL(path)
         create, self._release = self._library.GetPictavo6, self._library.ReleasePictavo6
         create.argtypes, create.restype = [], c_void_p
