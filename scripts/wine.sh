@@ -19,7 +19,11 @@ mkdir -p "$WINEPREFIX"
   if [ ! -e "$WINEPREFIX/system.reg" ]; then
     echo "Setting up Wine in $WINEPREFIX (once)" >&2
     wine wineboot -i >/dev/null 2>&1 || true
-    while [ ! -e "$WINEPREFIX/system.reg" ]; do sleep 0.2; done  # written a moment later
+    for _ in {1..300}; do  # written a moment later
+      [ ! -e "$WINEPREFIX/system.reg" ] || break
+      sleep 0.2
+    done
+    [ -e "$WINEPREFIX/system.reg" ] || { echo "wine.sh: Wine cannot set up $WINEPREFIX" >&2; exit 1; }
   fi
 ) 9>"$WINEPREFIX/.lock"
 exec "$wine" "$@"
