@@ -44,20 +44,18 @@ struct Op {
     {PICTAVO_D3D_CHROMA_KEY, &kKey, false},
 };
 
-/// Methods of a device, by their places in its table.
-enum DeviceMethod : size_t {
-  kCreateBuffer = 3,
-  kCreateTexture2D = 5,
-  kCreateShaderResourceView = 7,
-  kCreateUnorderedAccessView = 8,
-  kCreateComputeShader = 18,
-  kGetDeviceRemovedReason = 39
-};
+/// What a device may fail at, and the method's place in its table.
+struct DeviceMethod {
+  const char* name;
+  size_t place;
+} const kDeviceMethods[] = {
+    {"CreateBuffer", 3},         {"CreateTexture2D", 5},           {"CreateShaderResourceView", 7},
+    {"CreateComputeShader", 18}, {"CreateUnorderedAccessView", 8}, {"GetDeviceRemovedReason", 39}};
 
 /// Makes a method of an object's class fail for this object's life, after some calls that do not.
 class Failing {
  public:
-  Failing(IUnknown* object, size_t method, int callsBefore = 0)
+  Failing(IUnknown* object, size_t method, int callsBefore)
       : entry_(*reinterpret_cast<Method***>(object) + method) {
     original = *entry_;
     callsLeft = callsBefore;
@@ -289,18 +287,16 @@ TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
     return counts;
   };
   const auto before = references();
-  for (const size_t method :
-       {kCreateBuffer, kCreateTexture2D, kCreateShaderResourceView, kCreateUnorderedAccessView,
-        kCreateComputeShader, kGetDeviceRemovedReason}) {
+  for (const DeviceMethod& method : kDeviceMethods) {
     int failures = 0;
     for (const Op& op : kOps) {
       for (int callsBefore = 0, failed = 1; failed != 0; ++callsBefore) {
-        SCOPED_TRACE("operation " + std::to_string(op.code) + ", method " + std::to_string(method) +
-                     ", call " + std::to_string(callsBefore));
+        SCOPED_TRACE("operation " + std::to_string(op.code) + ", " + method.name + ", call " +
+                     std::to_string(callsBefore));
         {
           const auto fresh = std::make_unique<Pictavo>();
           IPictavo6* const object = fresh.get();
-          const Failing failing(device, method, callsBefore);
+          const Failing failing(device, method.place, callsBefore);
           const u32 result =
               object->D3DComputeOp(op.code, 0, device, context, &dst_, &src_, op.param);
           failed = failing.failed;

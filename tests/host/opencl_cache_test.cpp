@@ -35,6 +35,7 @@ class Programs : public testing::Test {
   }
   ~Programs() override {
     EXPECT_EQ(fakeOpenCL.live, 0);
+    fs::current_path(before_);
     fs::remove_all(root_);
   }
 
@@ -70,6 +71,7 @@ class Programs : public testing::Test {
     return root_ / (files.empty() ? "none" : *files.begin());
   }
 
+  const fs::path before_ = fs::current_path();
   static inline const fs::path root_ = fs::temp_directory_path() / L"pictavo_program_test";
   static inline const fs::path temp_ = root_ / "temp", local_ = root_ / "local";
 };
@@ -96,13 +98,15 @@ TEST_F(Programs, AreCompiledOncePerMachineAndDevice) {
   EXPECT_EQ(Files().size(), 6u);
 }
 
-TEST_F(Programs, AreBelievedOnlyWhole) {
-  const ProgramCache cache(temp_.c_str());
+TEST_F(Programs, AreKeptInTheCurrentFolderWithoutABasePathAndBelievedOnlyWhole) {
+  fs::current_path(temp_);
+  const ProgramCache cache(L"");
   const Binary binary = {3, 1, 4, 1, 5, 9, 2, 6};
   ASSERT_TRUE(cache.Save("program", "device", 7, binary));
   EXPECT_EQ(cache.Load("program", "device", 7), binary);
   EXPECT_TRUE(cache.Load("program", "device", 7 + (cl::u64{1} << 40)).empty());  // of one name
   const fs::path path = OnlyFile();
+  EXPECT_EQ(path, temp_ / "OpenCLFolder" / "programdevice_7");
   std::ifstream file(path, std::ios::binary);
   const std::string good{std::istreambuf_iterator<char>(file), {}};
   file.close();
@@ -164,16 +168,6 @@ TEST_F(Programs, UseTheSecondPathAndThenNone) {
   EXPECT_EQ(Calls(), kCompiled);
   EXPECT_EQ(Calls(), kLoaded);
   EXPECT_TRUE(Files().begin()->starts_with("local/"));
-}
-
-TEST_F(Programs, AreKeptInTheCurrentFolderWithoutABasePath) {
-  const fs::path before = fs::current_path();
-  fs::current_path(temp_);
-  const ProgramCache cache(L"");
-  EXPECT_TRUE(cache.Save("program", "device", 7, {1, 2, 3}));
-  EXPECT_EQ(cache.Load("program", "device", 7), (Binary{1, 2, 3}));
-  EXPECT_EQ(OnlyFile(), temp_ / "OpenCLFolder" / "programdevice_7");
-  fs::current_path(before);
 }
 
 TEST_F(Programs, KeepToTheirFolderWhateverADeviceIsCalled) {
