@@ -1,22 +1,33 @@
-// The hue, saturation, luminosity and colour modes over V, in 32-bit lanes, one channel a vector.
+// The hue, saturation, luminosity and colour modes over V, for two vectors of pixels at a time: one
+// channel is a vector of 16-bit numbers, those of the two vectors' pixels in turns.
+
+/// 65536 * a / b per 16-bit lane, rounded down, and 1 more, in two halves; for bytes a and b. For a
+/// byte x, x * ratio / 65536 then is too large by at most x / 65536, less than what is missing to
+/// the next integer, which is 1 / b or more. Over a b of 0 it is anything.
+struct Ratio {
+  V low, high;
+
+  Ratio(V a, V b) {
+    const V even = Quotient32(LowWords(b, a), b & V::All32(0xFFFF));
+    const V odd = Quotient32(HighWords(b, a), ShiftRight32(b, 16));
+    low = LowWords(even, odd);
+    high = HighWords(even, odd);
+  }
+};
 
 struct Channels {
   V b, g, r;
 
-  static Channels Of(V pixels) {
-    const V low = V::All32(0xFF);
-    return {pixels & low, ShiftRight32(pixels, 8) & low, ShiftRight32(pixels, 16) & low};
+  static Channels Of(V p, V q) {
+    return {LowWords(Even(p), Even(q)), LowWords(Odd(p), Odd(q)), HighWords(Even(p), Even(q))};
   }
-  Halves ToHalves() const { return {b | ShiftLeft32(r, 16), g}; }
 
-  V Least() const { return Min32(Min32(b, g), r); }
-  V Most() const { return Max32(Max32(b, g), r); }
-  V Saturation() const { return Sub32(Most(), Least()); }
-
-  /// (28 * blue + 151 * green + 77 * red) >> 8.
+  V Least() const { return Min16(Min16(b, g), r); }
+  V Most() const { return Max16(Max16(b, g), r); }
+  V Saturation() const { return Sub16(Most(), Least()); }
   V Luma() const {
-    const V blueRed = DotProduct32(b | ShiftLeft32(r, 16), V::All32(77u << 16 | 28));
-    return ShiftRight32(Add32(blueRed, DotProduct32(g, V::All32(151))), 8);
+    const V blueGreen = Add16(Mul16(b, V::All16(28)), Mul16(g, V::All16(151)));
+    return ShiftRight16(Add16(blueGreen, Mul16(r, V::All16(77))), 8);
   }
 
   template <typename Change>
@@ -25,45 +36,78 @@ struct Channels {
   }
 };
 
-/// See WithLuma of the portable rule. The distances from the luma shrink by the same ratio, 1
-/// unless an end would leave 0 … 255; a ratio over no distance is none and counts as 1.
-inline Channels WithLuma(const Channels& colour, V luma) {
-  const V own = colour.Luma();
-  const F one = F::All(1);
-  const F below = Ratio32(luma, Sub32(own, colour.Least()));
-  const F above = Ratio32(Sub32(V::All32(255), luma), Sub32(colour.Most(), own));
-  const F ratio = Least(Least(below, one), Least(above, one));
-  return colour.Each(
-      [&](V channel) { return Add32(luma, Truncate(Real(Sub32(channel, own)) * ratio)); });
-}
+/// A colour and the luma that it moves to. See WithLuma of the portable rule: the distances from
+/// the luma shrink by the same ratio where an end would leave 0 … 255, which only one of them can.
+struct Aim {
+  Channels colour;
+  V luma;
+
+  struct Way {
+    V own, shrinks, ratio;
+  };
+  Way Find() const {
+    const V own = colour.Luma(), room = Sub16(V::All16(255), luma);
+    const V below = Sub16(own, colour.Least()), above = Sub16(colour.Most(), own);
+    const V isBelow = Greater16(below, luma);
+    return {own, isBelow | Greater16(above, room),
+            Ratio(Select(isBelow, room, luma), Select(isBelow, above, below)).low};
+  }
+
+  Channels Go(const Way& way) const {
+    return colour.Each([&](V channel) {
+      const V distance = Sub16(channel, way.own);
+      const V shrunk = WithSign16(MulHigh16(Abs16(distance), way.ratio), distance);
+      return Add16(luma, Select(way.shrinks, distance, shrunk));
+    });
+  }
+};
 
 inline Channels WithSaturation(const Channels& colour, V saturation) {
   const V least = colour.Least();
-  const F ratio = Ratio32(saturation, Max32(colour.Saturation(), V::All32(1)));
-  return colour.Each([&](V channel) { return Truncate(Real(Sub32(channel, least)) * ratio); });
+  const Ratio ratio(saturation, Max16(colour.Saturation(), V::All16(1)));
+  return colour.Each([&](V channel) {
+    const V over = Sub16(channel, least);
+    return Add16(Mul16(over, ratio.high), MulHigh16(over, ratio.low));
+  });
 }
 
-struct HueMode {
+template <typename Mode>
+struct ByChannels {
+  /// In steps: while one pair of vectors waits for a quotient the other is worked on.
+  static std::array<Halves, 4> BlendFour(const V* s, const V* d) {
+    Aim aims[2];
+    Aim::Way ways[2];
+    std::array<Halves, 4> blended;
+    for (size_t i = 0; i < 2; ++i)
+      aims[i] =
+          Mode::AimOf(Channels::Of(s[2 * i], s[2 * i + 1]), Channels::Of(d[2 * i], d[2 * i + 1]));
+    for (size_t i = 0; i < 2; ++i) ways[i] = aims[i].Find();
+    for (size_t i = 0; i < 2; ++i) {
+      const Channels c = aims[i].Go(ways[i]);
+      blended[2 * i] = {LowWords(c.b, c.r), c.g};
+      blended[2 * i + 1] = {HighWords(c.b, c.r), ShiftRight32(c.g, 16)};
+    }
+    return blended;
+  }
   static Halves Blend(V s, V d) {
-    const Channels under = Channels::Of(d);
-    const Channels hue = WithSaturation(Channels::Of(s), under.Saturation());
-    return WithLuma(hue, under.Luma()).ToHalves();
+    const V sources[] = {s, s, s, s}, under[] = {d, d, d, d};
+    return BlendFour(sources, under)[0];
   }
 };
-struct SaturationMode {
-  static Halves Blend(V s, V d) {
-    const Channels under = Channels::Of(d);
-    const Channels saturated = WithSaturation(under, Channels::Of(s).Saturation());
-    return WithLuma(saturated, under.Luma()).ToHalves();
+
+struct HueMode : ByChannels<HueMode> {
+  static Aim AimOf(const Channels& s, const Channels& d) {
+    return {WithSaturation(s, d.Saturation()), d.Luma()};
   }
 };
-struct LuminosityMode {
-  static Halves Blend(V s, V d) {
-    return WithLuma(Channels::Of(d), Channels::Of(s).Luma()).ToHalves();
+struct SaturationMode : ByChannels<SaturationMode> {
+  static Aim AimOf(const Channels& s, const Channels& d) {
+    return {WithSaturation(d, s.Saturation()), d.Luma()};
   }
 };
-struct ColourMode {
-  static Halves Blend(V s, V d) {
-    return WithLuma(Channels::Of(s), Channels::Of(d).Luma()).ToHalves();
-  }
+struct LuminosityMode : ByChannels<LuminosityMode> {
+  static Aim AimOf(const Channels& s, const Channels& d) { return {d, s.Luma()}; }
+};
+struct ColourMode : ByChannels<ColourMode> {
+  static Aim AimOf(const Channels& s, const Channels& d) { return {s, d.Luma()}; }
 };

@@ -48,33 +48,58 @@ struct LayerRule {
 
   explicit LayerRule(u32 layerFactor) : factor(V::All16(layerFactor)) {}
 
-  V operator()(V s, V d) const {
+  V operator()(V s, V d) const { return Lay(s, d, Mode::Blend(s, d)); }
+
+  /// Lays four vectors. Where they are clear or copied nothing is blended.
+  void LayBlock(u8* dst, const Block& s, bool copiesOpaque) const {
+    const bool isClear = s.AllClear();
+    if (isClear && alphaMode != 1) return;
+    Prefetch(dst);  // only here: a clear stretch leaves the destination out of the cache
+    if (isClear) {
+      BlendBlock(ClearAlpha, dst, s);
+    } else if (mixing == Mixing::kCopies && copiesOpaque && s.AllOpaque()) {
+      BlendBlock(Copy, dst, s);
+    } else if constexpr (requires { &Mode::BlendFour; }) {
+      const Block d(dst);
+      const auto blended = Mode::BlendFour(s.v, d.v);
+      for (size_t i = 0; i < 4; ++i)
+        Lay(s.v[i], d.v[i], blended[i]).Store(dst + static_cast<i64>(i) * kVectorBytes);
+    } else {
+      BlendBlock(*this, dst, s);
+    }
+  }
+
+ private:
+  static V ClearAlpha(V, V d) { return d & V::All32(kColours); }
+  static V Copy(V s, V d) {
+    return alphaMode == 0 ? (s & V::All32(kColours)) | (d & V::All32(kAlpha)) : s;
+  }
+
+  V Lay(V s, V d, const Halves& blended) const {
     // In both halves of a pixel.
     const V weight = ShiftRight16(Mul16(RepeatAlpha(s), factor), 8);
     // 256 where the source is copied, or added whole.
     const V full = Equal16(weight, V::All16(255));
     const V laid = mixing == Mixing::kMixes ? weight : Sub16(weight, full);
-    if constexpr (alphaMode == 2) return LayOver(s, d, weight, full, laid);
+    if constexpr (alphaMode == 2) return LayOver(s, d, blended, weight, full, laid);
     // The destination's alpha stays, or takes the weight.
-    if constexpr (alphaMode == 0) return LayOnOpaque(s, d, laid, laid & V::All32(0xFFFF));
+    if constexpr (alphaMode == 0) return LayOnOpaque(s, d, blended, laid, laid & V::All32(0xFFFF));
     const V alpha = V::All32(kAlpha);
-    return AndNot(alpha, LayOnOpaque(s, d, laid, laid)) | (ShiftLeft16(weight, 8) & alpha);
+    return AndNot(alpha, LayOnOpaque(s, d, blended, laid, laid)) | (ShiftLeft16(weight, 8) & alpha);
   }
 
- private:
-  static V LayOnOpaque(V s, V d, V laid, V oddLaid) {
+  static V LayOnOpaque(V s, V d, const Halves& blended, V laid, V oddLaid) {
     const V high = V::All16(0xFF00);
     if constexpr (mixing == Mixing::kAdds) {
       const V even = ShiftRight16(Mul16(Even(s), laid), 8);
       return AddSaturated8(d, even | (Mul16(Odd(s), oddLaid) & high));
     }
-    const Halves blended = Mode::Blend(s, d);
     const V even = Add16(Mul16(Sub16(blended.even, Even(d)), laid), ShiftLeft16(d, 8));
     const V odd = Add16(Mul16(Sub16(blended.odd, Odd(d)), oddLaid), d & high);
     return ShiftRight16(even, 8) | (odd & high);
   }
 
-  static V LayOver(V s, V d, V weight, V full, V laid) {
+  static V LayOver(V s, V d, const Halves& blended, V weight, V full, V laid) {
     const V colours = V::All32(kColours), low = V::All32(0xFFFF);
     const V alpha = RepeatAlpha(d);
     const V product = Mul16(alpha, weight);
@@ -83,9 +108,8 @@ struct LayerRule {
     const V outAlpha = Add16(Sub16(alpha, quotient), weight);
     V mixed;
     if constexpr (mixing == Mixing::kAdds) {
-      mixed = LayOnOpaque(s, d, laid, laid) & colours;
+      mixed = LayOnOpaque(s, d, blended, laid, laid) & colours;
     } else {
-      const Halves blended = Mode::Blend(s, d);
       const V rest = Mul16(alpha, Sub16(V::All16(256), weight));
       const V even = MulHigh16(ShiftLeft16(d, 8), rest), evenLaid = Mul16(blended.even, weight);
       const V odd = MulHigh16(d & V::All16(0xFF00), rest), oddLaid = Mul16(blended.odd, weight);
@@ -111,8 +135,7 @@ void VectorLayerRow(u8* dst, const u8* src, i64 width, u32 factor) {
   i64 at = 0;
   for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
     Prefetch(src + at);
-    Prefetch(dst + at);
-    BlendBlock(rule, dst + at, Block(src + at));
+    rule.LayBlock(dst + at, Block(src + at), factor == 256);
   }
   for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
     rule(V::Load(src + at), V::Load(dst + at)).Store(dst + at);

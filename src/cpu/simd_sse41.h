@@ -19,6 +19,11 @@ inline V Max32(V a, V b) { return {_mm_max_epi32(a.v, b.v)}; }
 /// All ones where a > b, as signed numbers, 0 elsewhere.
 inline V Greater32(V a, V b) { return {_mm_cmpgt_epi32(a.v, b.v)}; }
 
+inline V Greater16(V a, V b) { return {_mm_cmpgt_epi16(a.v, b.v)}; }
+inline V Abs16(V a) { return {_mm_abs_epi16(a.v)}; }
+/// a where the other is above 0, -a where it is below, 0 where it is 0.
+inline V WithSign16(V a, V other) { return {_mm_sign_epi16(a.v, other.v)}; }
+
 /// The low half of the product of 32-bit lanes.
 inline V Mul32(V a, V b) { return {_mm_mullo_epi32(a.v, b.v)}; }
 inline V Index32() { return {_mm_setr_epi32(0, 1, 2, 3)}; }
