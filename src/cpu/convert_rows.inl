@@ -2,6 +2,7 @@
 //
 // A rule makes a vector of pixels from one of source and one of destination pixels; in place, both
 // are the same. ConvertBlock applies it to four vectors and may know better for what they hold.
+// Those that ask for alphas work in place: dst's first alpha mostly answers alone.
 
 template <typename Rule>
 void ConvertBlock(const Rule& rule, u8* dst, const Block& s) {
@@ -19,7 +20,7 @@ struct Premultiplied {
 };
 
 inline void ConvertBlock(const Premultiplied& rule, u8* dst, const Block& s) {
-  if (!s.AllOpaque()) BlendBlock(rule, dst, s);
+  if (dst[3] != 255 || !s.AllOpaque()) BlendBlock(rule, dst, s);
 }
 
 /// At full alpha 256 * c / 255 is c, and 256 where c is 255.
@@ -47,9 +48,9 @@ struct Unpremultiplied {
 };
 
 inline void ConvertBlock(const Unpremultiplied& rule, u8* dst, const Block& s) {
-  if (s.AllOpaque()) {
+  if (dst[3] == 255 && s.AllOpaque()) {
     BlendBlock(UnpremultipliedOpaque(), dst, s);
-  } else if (!s.AllClear()) {
+  } else if (dst[3] != 0 || !s.AllClear()) {
     BlendBlock(rule, dst, s);
   }
 }
