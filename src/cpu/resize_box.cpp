@@ -22,11 +22,32 @@ struct Grid {
   i64 Sample(i64 position, i64 i) const { return (position * step + i * quarter) >> 16; }
 };
 
+/// How the samples of four destination pixels lie on columns where four steps are whole columns, so
+/// that those of the next four lie alike, and each pixel's are within four columns.
+struct Pattern {
+  bool isUsable;
+  i64 stepBytes;                       // from four pixels to the next, in RowSums
+  std::array<i64, 4> firstBytes = {};  // to each pixel's first column
+  alignas(32) u16 counts[4][16] = {};  // of samples on each pixel's columns, for each channel
+
+  explicit Pattern(const Grid& grid)
+      : isUsable(4 * grid.step % 65536 == 0 && grid.quarter <= 65536),
+        stepBytes(8 * grid.Sample(4, 0)) {
+    if (!isUsable) return;
+    for (i64 x = 0; x < 4; ++x) {
+      const i64 first = grid.Sample(x, 0);
+      firstBytes[static_cast<size_t>(x)] = 8 * first;
+      for (i64 i = 0; i < 16; ++i) ++counts[x][4 * (grid.Sample(x, i / 4) - first) + i % 4];
+    }
+  }
+};
+
 /// What a destination row is made of.
 struct BoxRow {
   std::array<const u8*, 4> rows;  // the sampled source rows, of which some may be one
   i64 srcWidth, dstWidth;
   const Grid& columns;
+  const Pattern& pattern;
   bool opaque;  // alpha is not read
 };
 
@@ -88,17 +109,19 @@ struct Strip {
         first(row.columns.Sample(x, 0)),
         columns(row.columns.Sample(x + pixels - 1, 3) + 1 - first) {}
 
-  /// No more destination pixels than fit, wherever the strip begins.
+  /// No more destination pixels than fit, wherever the strip begins; whole fours of them.
   static i64 MostPixels(const Grid& grid) {
-    return ((kStripColumns - 1) * 65536 - 1 - 3 * grid.quarter) / std::max<i64>(grid.step, 1) + 1;
+    const i64 room = (kStripColumns - 1) * 65536 - 1 - 3 * grid.quarter;
+    return (room / std::max<i64>(grid.step, 1) + 1) / 4 * 4;
   }
 
   /// Columns far apart are better sampled one by one.
   static bool Suits(const Grid& grid) { return grid.step <= 16 * 65536; }
 };
 
-/// Sums of four rows, for each column and channel.
-using RowSums = std::array<u16, 4 * kStripColumns>;
+/// Sums of four rows, for each column and channel, and room for the columns behind the last ones
+/// that a pixel's four reach into.
+using RowSums = std::array<u16, 4 * (kStripColumns + 3)>;
 
 void SumRows(RowSums* sums, const BoxRow& row, const Strip& strip) {
   const auto [a, b, c, d] = row.rows;
@@ -109,12 +132,14 @@ void SumRows(RowSums* sums, const BoxRow& row, const Strip& strip) {
   }
 }
 
-/// The means of four columns of sums for each pixel; its four channels are added as one number.
-void PlainMeans(u8* dst, const RowSums& sums, const Grid& columns, const Strip& strip) {
+/// The means of four columns of sums for each pixel from x on; its four channels are added as one
+/// number.
+void MeansOneByOne(u8* dst, const RowSums& sums, const Grid& columns, const Strip& strip,
+                   i64 from) {
   RowSums boxes;
   const i64 step = columns.step, quarter = columns.quarter, pixels = strip.pixels;
-  i64 place = strip.x * step - strip.first * 65536;
-  for (i64 x = 0; x < pixels; ++x, place += step) {
+  i64 place = (strip.x + from) * step - strip.first * 65536;
+  for (i64 x = from; x < pixels; ++x, place += step) {
     u64 box = 0;
     for (i64 i = 0; i < 4; ++i) {
       u64 column;
@@ -123,18 +148,8 @@ void PlainMeans(u8* dst, const RowSums& sums, const Grid& columns, const Strip& 
     }
     std::memcpy(boxes.data() + 4 * x, &box, 8);
   }
-  for (i64 i = 0; i < 4 * pixels; ++i) {
+  for (i64 i = 4 * from; i < 4 * pixels; ++i) {
     dst[i] = static_cast<u8>(boxes[static_cast<size_t>(i)] >> 4);
-  }
-}
-
-void PlainStrips(u8* dst, const BoxRow& row) {
-  RowSums sums;
-  for (i64 x = 0; x < row.dstWidth;) {
-    const Strip strip(row, x);
-    SumRows(&sums, row, strip);
-    PlainMeans(dst + 4 * x, sums, row.columns, strip);
-    x += strip.pixels;
   }
 }
 
@@ -164,11 +179,18 @@ void HalveRow(u8* dst, const BoxRow& row) {
 // ---------------------------------------------------------------------------------------------
 // The vector builds.
 
+namespace sse2 {
+namespace {
+#include "cpu/resize_box_means.inl"
+}  // namespace
+}  // namespace sse2
+
 TARGET_REGION("sse4.1")
 namespace sse41 {
 namespace {
 #include "cpu/pixels.inl"
 
+using sse2::Means;
 #include "cpu/resize_box.inl"
 }  // namespace
 }  // namespace sse41
@@ -179,6 +201,8 @@ namespace avx2 {
 namespace {
 #include "cpu/pixels.inl"
 
+#include "cpu/resize_box_means.inl"
+
 #include "cpu/resize_box.inl"
 }  // namespace
 }  // namespace avx2
@@ -186,14 +210,25 @@ TARGET_REGION_END
 
 namespace {
 
+void PlainStrips(u8* dst, const BoxRow& row) {
+  RowSums sums;
+  for (i64 x = 0; x < row.dstWidth;) {
+    const Strip strip(row, x);
+    SumRows(&sums, row, strip);
+    sse2::Means(dst + 4 * x, &sums, row, strip);
+    x += strip.pixels;
+  }
+}
+
 // ---------------------------------------------------------------------------------------------
 // The operations.
 
 u32 ResizeRows(const ResizePictures& p, bool opaque, BoxRowFn* strips, BoxRowFn* pixels) {
   const Grid columns(p.dstWidth, p.srcWidth), lines(p.dstHeight, p.srcHeight);
   BoxRowFn* const makeRow = Strip::Suits(columns) ? strips : pixels;
+  const Pattern pattern(columns);
   u8* dst = p.dst;
-  BoxRow row = {{}, p.srcWidth, p.dstWidth, columns, opaque};
+  BoxRow row = {{}, p.srcWidth, p.dstWidth, columns, pattern, opaque};
   for (i64 y = 0; y < p.dstHeight; ++y, dst += p.dstPitch) {
     const auto rowsBefore = row.rows;
     for (size_t j = 0; j < 4; ++j) {

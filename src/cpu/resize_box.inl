@@ -24,19 +24,19 @@ Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
   const V opaque = V::All32(row.opaque ? kAlpha : 0);
   const auto rows = row.rows;
   const i64 first = strip.first;
-  V all = V::All32(~0u), any = V::All32(0);
+  V least = V::All32(~0u), most = V::All32(0);
   ForColumns(strip.columns, [&](i64 i) {
-    V even = V::All32(0), odd = even;
-    for (const u8* pixels : rows) {
-      const V p = V::Load(pixels + 4 * (first + i)) | opaque;
-      even = Add16(even, Even(p));
-      odd = Add16(odd, Odd(p));
-      all = all & p;
-      any = any | p;
-    }
-    StoreZipped16(even, odd, reinterpret_cast<u8*>(sums->data() + 4 * i));
+    V p[4];
+    for (size_t j = 0; j < 4; ++j) p[j] = V::Load(rows[j] + 4 * (first + i)) | opaque;
+    least = Min8(least, Min8(Min8(p[0], p[1]), Min8(p[2], p[3])));
+    most = Max8(most, Max8(Max8(p[0], p[1]), Max8(p[2], p[3])));
+    V low, high;
+    SumBytes(p[0], p[1], p[2], p[3], &low, &high);
+    StoreWide(low, high, reinterpret_cast<u8*>(sums->data() + 4 * i));
   });
-  return AlphasOpaque(all) ? Alphas::kOpaque : AlphasClear(any) ? Alphas::kClear : Alphas::kMixed;
+  return AlphasOpaque(least) ? Alphas::kOpaque
+         : AlphasClear(most) ? Alphas::kClear
+                             : Alphas::kMixed;
 }
 
 /// Sums of four rows, for each column: blue, green and red times alpha, and alpha.
@@ -99,7 +99,7 @@ void MixedRow(u8* dst, const BoxRow& row) {
     if (alphas == Alphas::kMixed) {
       WeightedStrip(to, row, strip);
     } else if (alphas == Alphas::kOpaque) {
-      PlainMeans(to, sums, row.columns, strip);
+      Means(to, &sums, row, strip);
     } else {
       std::memset(to, 0, static_cast<size_t>(4 * strip.pixels));
     }

@@ -84,6 +84,20 @@ inline V PackHighHalves(V blue, V green, V red, V alpha) {
   return {_mm256_shuffle_epi8(_mm256_packus_epi16(low, high), _mm256_broadcastsi128_si256(bytes))};
 }
 
+inline void StoreMeansOfColumns(const u8* const (&columns)[4], const u8* counts, u8* p) {
+  const auto column = [=](int i) { return Mul16(V::Load(columns[i]), V::Load(counts + 32 * i)).v; };
+  const auto pair = [](__m256i a, __m256i b) {
+    return Add16({_mm256_permute2x128_si256(a, b, 0x20)}, {_mm256_permute2x128_si256(a, b, 0x31)})
+        .v;
+  };
+  const __m256i a = pair(column(0), column(1)), b = pair(column(2), column(3));
+  const __m256i means =  // of pixels 0 and 2, 1 and 3
+      ShiftRight16(Add16({_mm256_unpacklo_epi64(a, b)}, {_mm256_unpackhi_epi64(a, b)}), 4).v;
+  const __m128i pixels =
+      _mm_packus_epi16(_mm256_castsi256_si128(means), _mm256_extracti128_si256(means, 1));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_shuffle_epi32(pixels, 0b11'01'10'00));
+}
+
 inline V Select(V mask, V a, V b) { return {_mm256_blendv_epi8(a.v, b.v, mask.v)}; }
 inline V JoinHalves(V low, V high) { return {_mm256_blend_epi16(low.v, high.v, 0xAA)}; }
 
@@ -110,8 +124,14 @@ inline void LoadNeighbours(const u8* row, const i32* places, V* here, V* right) 
   right->v = _mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD));
 }
 
-inline void StoreZipped16(V a, V b, u8* p) {
-  const V low = {_mm256_unpacklo_epi16(a.v, b.v)}, high = {_mm256_unpackhi_epi16(a.v, b.v)};
+inline void SumBytes(V a, V b, V c, V d, V* low, V* high) {
+  const auto sum = [](__m256i pairs) {
+    return V{_mm256_maddubs_epi16(pairs, _mm256_set1_epi8(1))};
+  };
+  *low = Add16(sum(_mm256_unpacklo_epi8(a.v, b.v)), sum(_mm256_unpacklo_epi8(c.v, d.v)));
+  *high = Add16(sum(_mm256_unpackhi_epi8(a.v, b.v)), sum(_mm256_unpackhi_epi8(c.v, d.v)));
+}
+inline void StoreWide(V low, V high, u8* p) {
   FirstHalves(low, high).Store(p);
   SecondHalves(low, high).Store(p + 32);
 }

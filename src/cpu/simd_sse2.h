@@ -100,6 +100,21 @@ inline V PackHighHalves(V blue, V green, V red, V alpha) {
   return {_mm_unpacklo_epi16(halves, _mm_srli_si128(halves, 8))};
 }
 
+/// Stores four pixels, each a sixteenth of the sum of four columns times counts. A column is four
+/// words, one a channel; the counts are those of the first pixel's columns, the second's, …
+inline void StoreMeansOfColumns(const u8* const (&columns)[4], const u8* counts, u8* p) {
+  const auto mean = [=](int i) {
+    const auto half = [=](int at) {
+      return Mul16(V::Load(columns[i] + at), V::Load(counts + 32 * i + at));
+    };
+    return Add16(half(0), half(16)).v;
+  };
+  const auto pair = [](__m128i a, __m128i b) {
+    return ShiftRight16(Add16({_mm_unpacklo_epi64(a, b)}, {_mm_unpackhi_epi64(a, b)}), 4).v;
+  };
+  V{_mm_packus_epi16(pair(mean(0), mean(1)), pair(mean(2), mean(3)))}.Store(p);
+}
+
 /// b where mask is all ones, a where it is 0.
 inline V Select(V mask, V a, V b) { return AndNot(mask, a) | (mask & b); }
 

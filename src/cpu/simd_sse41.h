@@ -140,10 +140,17 @@ inline F Singles(D low, D high) {
 /// The product in double precision, rounded once more.
 inline F Product(F a, D b) { return Singles(LowDoubles(a) * b, HighDoubles(a) * b); }
 
-/// The words of a and b in turns: words of two pixels' channels become those of whole pixels.
-inline void StoreZipped16(V a, V b, u8* p) {
-  V{_mm_unpacklo_epi16(a.v, b.v)}.Store(p);
-  V{_mm_unpackhi_epi16(a.v, b.v)}.Store(p + 16);
+/// The sums of four vectors' bytes, as words: of the first two pixels of each 128 bits, and of the
+/// others.
+inline void SumBytes(V a, V b, V c, V d, V* low, V* high) {
+  const auto sum = [](__m128i pairs) { return V{_mm_maddubs_epi16(pairs, _mm_set1_epi8(1))}; };
+  *low = Add16(sum(_mm_unpacklo_epi8(a.v, b.v)), sum(_mm_unpacklo_epi8(c.v, d.v)));
+  *high = Add16(sum(_mm_unpackhi_epi8(a.v, b.v)), sum(_mm_unpackhi_epi8(c.v, d.v)));
+}
+/// Stores what SumBytes makes, in the order of the pixels.
+inline void StoreWide(V low, V high, u8* p) {
+  low.Store(p);
+  high.Store(p + 16);
 }
 
 /// Four numbers of each pixel, from four vectors that hold one number of all pixels.
