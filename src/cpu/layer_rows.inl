@@ -42,11 +42,14 @@ struct DifferenceMode {
   static Halves Blend(V s, V d) { return Halves::Of(SubSaturated8(s, d) | SubSaturated8(d, s)); }
 };
 
+/// What alphaMode 2 is where every pixel of the destination is opaque.
+constexpr u32 kOverOpaque = 3;
+
 template <typename Mode, Mixing mixing, u32 alphaMode>
 struct LayerRule {
   V factor;
 
-  explicit LayerRule(u32 layerFactor) : factor(V::All16(layerFactor)) {}
+  explicit LayerRule(V layerFactor) : factor(layerFactor) {}
 
   V operator()(V s, V d) const { return Lay(s, d, Mode::Blend(s, d)); }
 
@@ -59,6 +62,8 @@ struct LayerRule {
       BlendBlock(ClearAlpha, dst, s);
     } else if (mixing == Mixing::kCopies && copiesOpaque && s.AllOpaque()) {
       BlendBlock(Copy, dst, s);
+    } else if (alphaMode == 2 && Block(dst).AllOpaque()) {
+      LayerRule<Mode, mixing, kOverOpaque>(factor).LayBlock(dst, s, copiesOpaque);
     } else if constexpr (requires { &Mode::BlendFour; }) {
       const Block d(dst);
       const auto blended = Mode::BlendFour(s.v, d.v);
@@ -81,9 +86,12 @@ struct LayerRule {
     // 256 where the source is copied, or added whole.
     const V full = Equal16(weight, V::All16(255));
     const V laid = mixing == Mixing::kMixes ? weight : Sub16(weight, full);
+    if constexpr (alphaMode == kOverOpaque && mixing != Mixing::kAdds) {
+      return LayOverOpaque(d, blended, weight);
+    }
     if constexpr (alphaMode == 2) return LayOver(s, d, blended, weight, full, laid);
     // The destination's alpha stays, or takes the weight.
-    if constexpr (alphaMode == 0) return LayOnOpaque(s, d, blended, laid, laid & V::All32(0xFFFF));
+    if constexpr (alphaMode != 1) return LayOnOpaque(s, d, blended, laid, laid & V::All32(0xFFFF));
     const V alpha = V::All32(kAlpha);
     return AndNot(alpha, LayOnOpaque(s, d, blended, laid, laid)) | (ShiftLeft16(weight, 8) & alpha);
   }
@@ -99,13 +107,25 @@ struct LayerRule {
     return ShiftRight16(even, 8) | (odd & high);
   }
 
+  /// x / 255 for x below 65280.
+  static V Over255(V x) {
+    return ShiftRight16(Add16(Add16(x, ShiftRight16(x, 8)), V::All16(1)), 8);
+  }
+
+  static V LayOverOpaque(V d, const Halves& blended, V weight) {
+    const V rest = Mul16(V::All16(255), Sub16(V::All16(256), weight));
+    const auto channel = [&](V under, V over) {
+      return Over255(Add16(MulHigh16(under, rest), Mul16(over, weight)));
+    };
+    const V even = channel(ShiftLeft16(d, 8), blended.even);
+    const V odd = channel(d & V::All16(0xFF00), blended.odd);
+    return even | ShiftLeft16(odd, 8) | V::All32(kAlpha);
+  }
+
   static V LayOver(V s, V d, const Halves& blended, V weight, V full, V laid) {
     const V colours = V::All32(kColours), low = V::All32(0xFFFF);
     const V alpha = RepeatAlpha(d);
-    const V product = Mul16(alpha, weight);
-    const V quotient =  // product / 255
-        ShiftRight16(Add16(Add16(product, ShiftRight16(product, 8)), V::All16(1)), 8);
-    const V outAlpha = Add16(Sub16(alpha, quotient), weight);
+    const V outAlpha = Add16(Sub16(alpha, Over255(Mul16(alpha, weight))), weight);
     V mixed;
     if constexpr (mixing == Mixing::kAdds) {
       mixed = LayOnOpaque(s, d, blended, laid, laid) & colours;
@@ -130,7 +150,7 @@ struct LayerRule {
 
 template <typename Rule>
 void VectorLayerRow(u8* dst, const u8* src, i64 width, u32 factor) {
-  const Rule rule(factor);
+  const Rule rule(V::All16(factor));
   const i64 bytes = width * 4;
   i64 at = 0;
   for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
