@@ -44,6 +44,8 @@ TEST(Layer, EveryPairUnderEveryWeight) {
         for (const i32 level : Levels()) {
           EXPECT_TRUE(level < 6 || RunCase(c, level) == expected) << Describe(c, level);
         }
+        // For every third weight then over an opaque destination.
+        for (size_t alpha = 3; alphaMode == 2 && alpha < dst.size(); alpha += 4) dst[alpha] = 255;
       }
     }
   }
