@@ -410,7 +410,8 @@ Case DrawCase(const Operation& operation, Input* in) {
     ImageDesc told = {};
     i32 x, y;
     cpu::GetMotionBlurDstSize(&src, &told, &m, &x, &y);
-    if (in->Below(4) != 0 && told.width > 0 && i64{told.width} * told.height < 20000) {
+    if (in->Below(4) != 0 && std::min(told.width, told.height) > 0 &&
+        i64{told.width} * told.height < 20000) {
       c.width = told.width;
       c.height = told.height;
     }
