@@ -1,6 +1,6 @@
 // Alpha blending: straight and premultiplied, with and without ramps.
 #include "bench.h"
-#include "cpu/blend.h"
+#include "cpu/blending/blend.h"
 
 namespace pictavo::bench {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "bench.h"
-#include "cpu/blur.h"
+#include "cpu/filters/blur.h"
 
 #ifdef PICTAVO_BENCH_OPENCV
 #include <opencv2/imgproc.hpp>

@@ -4,10 +4,10 @@
 
 #include "bench.h"
 #include "convert_utility/colour.h"
-#include "cpu/border.h"
-#include "cpu/convert.h"
-#include "cpu/draw.h"
-#include "cpu/histogram.h"
+#include "cpu/colour/convert.h"
+#include "cpu/drawing/draw.h"
+#include "cpu/geometry/border.h"
+#include "cpu/measuring/histogram.h"
 
 #ifdef PICTAVO_BENCH_LIBYUV
 #include <libyuv.h>

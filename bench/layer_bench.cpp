@@ -1,6 +1,6 @@
 // Layer blend modes.
 #include "bench.h"
-#include "cpu/layer.h"
+#include "cpu/blending/layer.h"
 
 namespace pictavo::bench {
 namespace {

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "bench.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::bench {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "bench.h"
-#include "cpu/motion_blur.h"
+#include "cpu/filters/motion_blur.h"
 
 #ifdef PICTAVO_BENCH_GEGL
 #include <gegl.h>

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "bench.h"
-#include "cpu/resize.h"
+#include "cpu/geometry/resize.h"
 
 #ifdef PICTAVO_BENCH_OPENCV
 #include <opencv2/imgproc.hpp>

@@ -7,9 +7,9 @@
 #include <cstring>
 
 #include "convert_utility/colour_space.h"
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::colour {
 namespace {
@@ -64,7 +64,7 @@ constexpr Build kPortable = {
 namespace sse2 {
 namespace {
 using cpu::sse2::V;
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
 /// Pixels of numbers that are limited to bytes.
 inline V PackSaturated(V b, V g, V r, V a) {
@@ -81,7 +81,7 @@ TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
 using cpu::avx2::V;
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
 inline V PackSaturated(V b, V g, V r, V a) { return cpu::avx2::Pixels(b, g, r, a); }
 

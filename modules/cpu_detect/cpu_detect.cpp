@@ -10,7 +10,7 @@
 #include <array>
 #include <new>
 
-#include "cpu/target_region.h"
+#include "cpu/simd/target_region.h"
 #include "cpu_detect/instruction_set.h"
 
 namespace pictavo {

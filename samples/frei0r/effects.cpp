@@ -15,12 +15,7 @@ extern "C" {
 #include <vector>
 
 #include "chromakey/chroma_key_fx.h"
-#include "cpu/blend.h"
-#include "cpu/blur.h"
-#include "cpu/convert.h"
-#include "cpu/draw.h"
-#include "cpu/motion_blur.h"
-#include "cpu/resize.h"
+#include "cpu/operations.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse41.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse41.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::chromakey {
 namespace {

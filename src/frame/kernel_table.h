@@ -4,7 +4,7 @@
 #include <array>
 #include <atomic>
 
-#include "cpu/layer.h"
+#include "cpu/blending/layer.h"
 #include "pictavo/pictavo.h"
 
 namespace pictavo {

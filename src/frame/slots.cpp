@@ -1,14 +1,7 @@
 // The interface table, in slot order: each method names the operation behind it. The methods about
 // the object itself stand in pictavo_object.cpp.
 #include "chromakey/chroma_key_fx.h"
-#include "cpu/blend.h"
-#include "cpu/blur.h"
-#include "cpu/border.h"
-#include "cpu/convert.h"
-#include "cpu/draw.h"
-#include "cpu/histogram.h"
-#include "cpu/motion_blur.h"
-#include "cpu/resize.h"
+#include "cpu/operations.h"
 #include "frame/pictavo_object.h"
 #include "opencl/operations.h"
 

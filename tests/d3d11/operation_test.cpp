@@ -4,7 +4,7 @@
 #include <functional>
 #include <optional>
 
-#include "cpu/resize.h"
+#include "cpu/geometry/resize.h"
 #include "device.h"
 
 namespace pictavo::test {

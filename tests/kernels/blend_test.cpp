@@ -1,6 +1,6 @@
 // Alpha blending: the builds of all bytes, the difference from level 3 that the public header
 // states, and the portable build against the rules' corner cases.
-#include "cpu/blend.h"
+#include "cpu/blending/blend.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The box blur: large pictures, and the rule's corner cases.
-#include "cpu/blur.h"
+#include "cpu/filters/blur.h"
 
 #include <gtest/gtest.h>
 

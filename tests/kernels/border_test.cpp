@@ -1,5 +1,5 @@
 // Border extension.
-#include "cpu/border.h"
+#include "cpu/geometry/border.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Premultiplication and colour conversion: every build against the rules.
-#include "cpu/convert.h"
+#include "cpu/colour/convert.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Drawing in one colour.
-#include "cpu/draw.h"
+#include "cpu/drawing/draw.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Histograms and means, against plain counting.
-#include "cpu/histogram.h"
+#include "cpu/measuring/histogram.h"
 
 #include <gtest/gtest.h>
 

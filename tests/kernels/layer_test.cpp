@@ -1,5 +1,5 @@
 // Layer blend modes: every pair of bytes, and the rules' corner cases.
-#include "cpu/layer.h"
+#include "cpu/blending/layer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Motion blur: the rules' corner cases.
-#include "cpu/motion_blur.h"
+#include "cpu/filters/motion_blur.h"
 
 #include <gtest/gtest.h>
 

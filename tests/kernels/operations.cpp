@@ -9,15 +9,7 @@
 
 #include "chromakey/chroma_key_fx.h"
 #include "convert_utility/colour.h"
-#include "cpu/blend.h"
-#include "cpu/blur.h"
-#include "cpu/border.h"
-#include "cpu/convert.h"
-#include "cpu/draw.h"
-#include "cpu/histogram.h"
-#include "cpu/layer.h"
-#include "cpu/motion_blur.h"
-#include "cpu/resize.h"
+#include "cpu/operations.h"
 
 namespace pictavo::test {
 namespace {

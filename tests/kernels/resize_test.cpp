@@ -1,5 +1,5 @@
 // Resizing: every pair of pixels, the box against its sibling, and the rules' corner cases.
-#include "cpu/resize.h"
+#include "cpu/geometry/resize.h"
 
 #include <gtest/gtest.h>
 

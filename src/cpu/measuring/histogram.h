@@ -1,7 +1,7 @@
 // Counts and means of bytes: slots 43, 44 and 82. Each function is the operation behind the method
 // of the same name, which states its rule.
-#ifndef PICTAVO_CPU_HISTOGRAM_H_
-#define PICTAVO_CPU_HISTOGRAM_H_
+#ifndef PICTAVO_CPU_MEASURING_HISTOGRAM_H_
+#define PICTAVO_CPU_MEASURING_HISTOGRAM_H_
 
 #include "pictavo/pictavo.h"
 
@@ -15,4 +15,4 @@ u32 ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept;
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_HISTOGRAM_H_
+#endif  // PICTAVO_CPU_MEASURING_HISTOGRAM_H_

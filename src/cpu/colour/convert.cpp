@@ -1,14 +1,14 @@
-#include "cpu/convert.h"
+#include "cpu/colour/convert.h"
 
 #include <immintrin.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "cpu/numbers.h"
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/target_region.h"
+#include "cpu/base/numbers.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -85,18 +85,18 @@ constexpr ConvertBuild kPortableBuild = {PremultiplyRow, UnpremultiplyRow, YuvaR
 
 namespace sse2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/convert_rows.inl"
+#include "cpu/colour/convert_rows.inl"
 }  // namespace
 }  // namespace sse2
 
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/convert_rows.inl"
+#include "cpu/colour/convert_rows.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

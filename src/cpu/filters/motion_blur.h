@@ -1,6 +1,6 @@
 // Motion blur: slots 63 and 64, which state the rule.
-#ifndef PICTAVO_CPU_MOTION_BLUR_H_
-#define PICTAVO_CPU_MOTION_BLUR_H_
+#ifndef PICTAVO_CPU_FILTERS_MOTION_BLUR_H_
+#define PICTAVO_CPU_FILTERS_MOTION_BLUR_H_
 
 #include "pictavo/pictavo.h"
 
@@ -13,4 +13,4 @@ u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst, const MotionBlurP
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_MOTION_BLUR_H_
+#endif  // PICTAVO_CPU_FILTERS_MOTION_BLUR_H_

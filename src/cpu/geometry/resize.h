@@ -1,7 +1,7 @@
 // Resizing: slots 29 to 31, 55, 57 and 58. Each function is the operation behind the method of the
 // same name, which states its rule; `level` chooses the build.
-#ifndef PICTAVO_CPU_RESIZE_H_
-#define PICTAVO_CPU_RESIZE_H_
+#ifndef PICTAVO_CPU_GEOMETRY_RESIZE_H_
+#define PICTAVO_CPU_GEOMETRY_RESIZE_H_
 
 #include "pictavo/pictavo.h"
 
@@ -27,4 +27,4 @@ u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_RESIZE_H_
+#endif  // PICTAVO_CPU_GEOMETRY_RESIZE_H_

@@ -1,7 +1,7 @@
 // Alpha blending and compositing: slots 2 to 11, 36 and 37. Each function is the operation behind
 // the method of the same name, which states its rule; `level` chooses the build.
-#ifndef PICTAVO_CPU_BLEND_H_
-#define PICTAVO_CPU_BLEND_H_
+#ifndef PICTAVO_CPU_BLENDING_BLEND_H_
+#define PICTAVO_CPU_BLENDING_BLEND_H_
 
 #include "pictavo/pictavo.h"
 
@@ -37,4 +37,4 @@ u32 BlendOverWithOpacityRampKeepAlpha(i32 level, u8* dst, const u8* src, i32 wid
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_BLEND_H_
+#endif  // PICTAVO_CPU_BLENDING_BLEND_H_

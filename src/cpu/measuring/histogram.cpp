@@ -1,4 +1,4 @@
-#include "cpu/histogram.h"
+#include "cpu/measuring/histogram.h"
 
 #include <algorithm>
 #include <array>

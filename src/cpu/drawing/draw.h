@@ -1,7 +1,7 @@
 // Drawing in one colour: slots 48 and 77. Each function is the operation behind the method of the
 // same name, which states its rule.
-#ifndef PICTAVO_CPU_DRAW_H_
-#define PICTAVO_CPU_DRAW_H_
+#ifndef PICTAVO_CPU_DRAWING_DRAW_H_
+#define PICTAVO_CPU_DRAWING_DRAW_H_
 
 #include "pictavo/pictavo.h"
 
@@ -12,4 +12,4 @@ u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u32 
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_DRAW_H_
+#endif  // PICTAVO_CPU_DRAWING_DRAW_H_

@@ -4,7 +4,7 @@
 
 #include <immintrin.h>
 
-#include "cpu/target_region.h"
+#include "cpu/simd/target_region.h"
 #include "pictavo/pictavo.h"
 
 TARGET_REGION("avx2")

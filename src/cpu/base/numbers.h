@@ -1,6 +1,6 @@
 // Conversions and sizes of values that a host may make arbitrary.
-#ifndef PICTAVO_CPU_NUMBERS_H_
-#define PICTAVO_CPU_NUMBERS_H_
+#ifndef PICTAVO_CPU_BASE_NUMBERS_H_
+#define PICTAVO_CPU_BASE_NUMBERS_H_
 
 #include <cstdint>
 
@@ -24,4 +24,4 @@ inline bool FitsInMemory(i32 width, i32 height) { return i64{width} * height <= 
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_NUMBERS_H_
+#endif  // PICTAVO_CPU_BASE_NUMBERS_H_

@@ -3,12 +3,12 @@
 #include <new>
 #include <optional>
 
-#include "cpu/resize.h"
-#include "cpu/resize_pictures.h"
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/simd_ssse3.h"
-#include "cpu/target_region.h"
+#include "cpu/geometry/resize.h"
+#include "cpu/geometry/resize_pictures.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/ssse3.h"
+#include "cpu/simd/target_region.h"
 #include "platform/pages.h"
 
 namespace pictavo::cpu {
@@ -93,9 +93,9 @@ bool AreDense(const Bilinear& b) {
 TARGET_REGION("ssse3")
 namespace ssse3 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/resize_bilinear.inl"
+#include "cpu/geometry/resize_bilinear.inl"
 }  // namespace
 }  // namespace ssse3
 TARGET_REGION_END
@@ -103,9 +103,9 @@ TARGET_REGION_END
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/resize_bilinear.inl"
+#include "cpu/geometry/resize_bilinear.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

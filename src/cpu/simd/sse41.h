@@ -6,8 +6,8 @@
 
 #include <cstring>
 
-#include "cpu/simd_sse2.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/target_region.h"
 
 TARGET_REGION("sse4.1")
 namespace pictavo::cpu::sse41 {

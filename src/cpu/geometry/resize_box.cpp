@@ -2,12 +2,12 @@
 #include <array>
 #include <cstring>
 
-#include "cpu/resize.h"
-#include "cpu/resize_pictures.h"
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/simd_sse41.h"
-#include "cpu/target_region.h"
+#include "cpu/geometry/resize.h"
+#include "cpu/geometry/resize_pictures.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/sse41.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -181,17 +181,17 @@ void HalveRow(u8* dst, const BoxRow& row) {
 
 namespace sse2 {
 namespace {
-#include "cpu/resize_box_means.inl"
+#include "cpu/geometry/resize_box_means.inl"
 }  // namespace
 }  // namespace sse2
 
 TARGET_REGION("sse4.1")
 namespace sse41 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
 using sse2::Means;
-#include "cpu/resize_box.inl"
+#include "cpu/geometry/resize_box.inl"
 }  // namespace
 }  // namespace sse41
 TARGET_REGION_END
@@ -199,11 +199,11 @@ TARGET_REGION_END
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/resize_box_means.inl"
+#include "cpu/geometry/resize_box_means.inl"
 
-#include "cpu/resize_box.inl"
+#include "cpu/geometry/resize_box.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

@@ -1,7 +1,7 @@
 // Border extension: slots 71 and 107. Each function is the operation behind the method of the same
 // name, which states its rule.
-#ifndef PICTAVO_CPU_BORDER_H_
-#define PICTAVO_CPU_BORDER_H_
+#ifndef PICTAVO_CPU_GEOMETRY_BORDER_H_
+#define PICTAVO_CPU_GEOMETRY_BORDER_H_
 
 #include "pictavo/pictavo.h"
 
@@ -12,4 +12,4 @@ u32 ExtendBoundaryTransparent(const ImageDesc* image, u32 border) noexcept;
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_BORDER_H_
+#endif  // PICTAVO_CPU_GEOMETRY_BORDER_H_

@@ -1,7 +1,7 @@
 #include <cstring>
 
-#include "cpu/resize.h"
-#include "cpu/resize_pictures.h"
+#include "cpu/geometry/resize.h"
+#include "cpu/geometry/resize_pictures.h"
 
 namespace pictavo::cpu {
 namespace {

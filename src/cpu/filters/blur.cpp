@@ -1,4 +1,4 @@
-#include "cpu/blur.h"
+#include "cpu/filters/blur.h"
 
 #include <immintrin.h>
 
@@ -7,10 +7,10 @@
 #include <cmath>
 #include <cstring>
 
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/simd_sse41.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/sse41.h"
+#include "cpu/simd/target_region.h"
 #include "platform/pages.h"
 
 namespace pictavo::cpu {
@@ -169,9 +169,9 @@ struct VectorBlur {
 TARGET_REGION("sse4.1")
 namespace sse41 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/blur_rows.inl"
+#include "cpu/filters/blur_rows.inl"
 }  // namespace
 }  // namespace sse41
 TARGET_REGION_END
@@ -179,9 +179,9 @@ TARGET_REGION_END
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/blur_rows.inl"
+#include "cpu/filters/blur_rows.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

@@ -1,4 +1,4 @@
-#include "cpu/motion_blur.h"
+#include "cpu/filters/motion_blur.h"
 
 #include <algorithm>
 #include <array>
@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "cpu/numbers.h"
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse41.h"
-#include "cpu/target_region.h"
+#include "cpu/base/numbers.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse41.h"
+#include "cpu/simd/target_region.h"
 #include "platform/debugger.h"
 #include "platform/invalid_parameter.h"
 
@@ -323,7 +323,7 @@ D Most(D a, D b) { return std::max(a, b); }
 D Sqrt(D x) { return std::sqrt(x); }
 D Select(bool mask, D a, D b) { return mask ? b : a; }
 D RoundToSingle(D x) { return static_cast<f32>(x); }
-#include "cpu/motion_blur_heading.inl"
+#include "cpu/filters/motion_blur_heading.inl"
 
 void RunSpinPortable(const Spin& spin, const Samples& samples) {
   const u8* src = static_cast<const u8*>(spin.src.data);
@@ -364,9 +364,9 @@ u32 BlurRotation(const ImageDesc& src, const ImageDesc& dst, const MotionBlurPar
 TARGET_REGION("sse4.1")
 namespace sse41 {
 namespace {
-#include "cpu/motion_blur_heading.inl"
+#include "cpu/filters/motion_blur_heading.inl"
 
-#include "cpu/motion_blur_rows.inl"
+#include "cpu/filters/motion_blur_rows.inl"
 }  // namespace
 }  // namespace sse41
 TARGET_REGION_END
@@ -374,9 +374,9 @@ TARGET_REGION_END
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/motion_blur_heading.inl"
+#include "cpu/filters/motion_blur_heading.inl"
 
-#include "cpu/motion_blur_rows.inl"
+#include "cpu/filters/motion_blur_rows.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

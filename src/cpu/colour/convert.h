@@ -1,7 +1,7 @@
 // Premultiplication and colour conversion: slots 14 to 21, 34, 35, 46 and 95. Each function is the
 // operation behind the method of the same name, which states its rule; `level` chooses the build.
-#ifndef PICTAVO_CPU_CONVERT_H_
-#define PICTAVO_CPU_CONVERT_H_
+#ifndef PICTAVO_CPU_COLOUR_CONVERT_H_
+#define PICTAVO_CPU_COLOUR_CONVERT_H_
 
 #include "pictavo/pictavo.h"
 
@@ -29,4 +29,4 @@ u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g, u8* b) n
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_CONVERT_H_
+#endif  // PICTAVO_CPU_COLOUR_CONVERT_H_

@@ -1,6 +1,6 @@
 // Layer blend modes: the kernels behind slots 73 and 74, which state the rule.
-#ifndef PICTAVO_CPU_LAYER_H_
-#define PICTAVO_CPU_LAYER_H_
+#ifndef PICTAVO_CPU_BLENDING_LAYER_H_
+#define PICTAVO_CPU_BLENDING_LAYER_H_
 
 #include <array>
 
@@ -28,4 +28,4 @@ extern const LayerKernels kLayerKernels;
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_LAYER_H_
+#endif  // PICTAVO_CPU_BLENDING_LAYER_H_

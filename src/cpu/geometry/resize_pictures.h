@@ -1,6 +1,6 @@
 // What the resizers share: their arguments and the checks of them.
-#ifndef PICTAVO_CPU_RESIZE_PICTURES_H_
-#define PICTAVO_CPU_RESIZE_PICTURES_H_
+#ifndef PICTAVO_CPU_GEOMETRY_RESIZE_PICTURES_H_
+#define PICTAVO_CPU_GEOMETRY_RESIZE_PICTURES_H_
 
 #include <cstdint>
 
@@ -30,4 +30,4 @@ struct ResizePictures {
 
 }  // namespace pictavo::cpu
 
-#endif  // PICTAVO_CPU_RESIZE_PICTURES_H_
+#endif  // PICTAVO_CPU_GEOMETRY_RESIZE_PICTURES_H_

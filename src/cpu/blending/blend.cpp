@@ -1,4 +1,4 @@
-#include "cpu/blend.h"
+#include "cpu/blending/blend.h"
 
 #include <emmintrin.h>
 
@@ -6,10 +6,10 @@
 #include <bit>
 #include <cstring>
 
-#include "cpu/numbers.h"
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/target_region.h"
+#include "cpu/base/numbers.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -139,18 +139,18 @@ struct BlendBuilds {
 
 namespace sse2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/blend_rows.inl"
+#include "cpu/blending/blend_rows.inl"
 }  // namespace
 }  // namespace sse2
 
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/blend_rows.inl"
+#include "cpu/blending/blend_rows.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

@@ -2,8 +2,8 @@
 // for an instruction set that the rest of the library must not use. Standard headers are included
 // before any region: their inline functions would otherwise be compiled for it too, and the linker
 // may pick that copy for everybody.
-#ifndef PICTAVO_CPU_TARGET_REGION_H_
-#define PICTAVO_CPU_TARGET_REGION_H_
+#ifndef PICTAVO_CPU_SIMD_TARGET_REGION_H_
+#define PICTAVO_CPU_SIMD_TARGET_REGION_H_
 
 #define PICTAVO_PRAGMA(text) _Pragma(#text)
 
@@ -19,4 +19,4 @@
 #define TARGET_REGION_END
 #endif
 
-#endif  // PICTAVO_CPU_TARGET_REGION_H_
+#endif  // PICTAVO_CPU_SIMD_TARGET_REGION_H_

@@ -1,12 +1,12 @@
-#include "cpu/layer.h"
+#include "cpu/blending/layer.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "cpu/simd_avx2.h"
-#include "cpu/simd_sse2.h"
-#include "cpu/simd_sse41.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/sse41.h"
+#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -229,11 +229,11 @@ u32 Lay(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitc
 TARGET_REGION("sse4.1")
 namespace sse41 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/layer_rows.inl"
+#include "cpu/blending/layer_rows.inl"
 
-#include "cpu/layer_hsl.inl"
+#include "cpu/blending/layer_hsl.inl"
 }  // namespace
 }  // namespace sse41
 TARGET_REGION_END
@@ -241,9 +241,9 @@ TARGET_REGION_END
 TARGET_REGION("avx2")
 namespace avx2 {
 namespace {
-#include "cpu/pixels.inl"
+#include "cpu/simd/pixels.inl"
 
-#include "cpu/layer_rows.inl"
+#include "cpu/blending/layer_rows.inl"
 }  // namespace
 }  // namespace avx2
 TARGET_REGION_END

@@ -1,4 +1,4 @@
-#include "cpu/border.h"
+#include "cpu/geometry/border.h"
 
 #include <cstring>
 

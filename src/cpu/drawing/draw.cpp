@@ -1,9 +1,9 @@
-#include "cpu/draw.h"
+#include "cpu/drawing/draw.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "cpu/simd_sse2.h"
+#include "cpu/simd/sse2.h"
 
 namespace pictavo::cpu {
 namespace {

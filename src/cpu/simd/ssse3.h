@@ -4,8 +4,8 @@
 
 #include <immintrin.h>
 
-#include "cpu/simd_sse2.h"
-#include "cpu/target_region.h"
+#include "cpu/simd/sse2.h"
+#include "cpu/simd/target_region.h"
 
 TARGET_REGION("ssse3")
 namespace pictavo::cpu::ssse3 {

@@ -1,0 +1,15 @@
+// Every operation on pictures in the processor's memory.
+#ifndef PICTAVO_CPU_OPERATIONS_H_
+#define PICTAVO_CPU_OPERATIONS_H_
+
+#include "cpu/blending/blend.h"
+#include "cpu/blending/layer.h"
+#include "cpu/colour/convert.h"
+#include "cpu/drawing/draw.h"
+#include "cpu/filters/blur.h"
+#include "cpu/filters/motion_blur.h"
+#include "cpu/geometry/border.h"
+#include "cpu/geometry/resize.h"
+#include "cpu/measuring/histogram.h"
+
+#endif  // PICTAVO_CPU_OPERATIONS_H_
