@@ -1,9 +1,6 @@
-// The vector builds of colour.cpp over V, included once for each instruction set after pixels.inl.
+// The vector builds of colour.cpp over V, included once for each instruction set.
 //
 // A conversion makes a vector of pixels from one; numbers stand in 32-bit lanes, one a pixel.
-
-/// Byte number `place` of each pixel, blue being 0.
-inline V Byte(V pixels, int place) { return ShiftRight32(pixels, 8 * place) & V::All32(0xFF); }
 
 /// Pixels of three bytes each, in the order of memory, with the alphas of others.
 inline V Joined(V first, V second, V third, V alphas) {
@@ -30,7 +27,7 @@ struct WeightPair {
 };
 
 constexpr int kSumBits = kWeightBits - 16;
-inline V Sum(V high, V low) { return Add32(high, ShiftRightSigned32(low, 16)); }
+inline V Sum(V high, V low) { return Add32(high, ShiftRightI32(low, 16)); }
 
 /// The sum of three weighted numbers, those at a pixel's even bytes and the one between, and what a
 /// sum is rounded with, a multiple of `bias`, which stands in the upper half of odd lanes.
@@ -75,8 +72,8 @@ class YuvFromRgb {
   V operator()(V pixels) const {
     const V even = Even(pixels), odd = JoinHalves(Odd(pixels), V::All32(kBias << 16));
     const V y = ShiftLeft32(y_(even, odd), 16 - kSumBits);
-    const V u = ShiftRight32(u_(even, odd), kSumBits - 8) & V::All32(0xFF00);
-    const V v = ShiftRight32(v_(even, odd), kSumBits);
+    const V u = ShiftRightU32(u_(even, odd), kSumBits - 8) & V::All32(0xFF00);
+    const V v = ShiftRightU32(v_(even, odd), kSumBits);
     const V high = (pixels & V::All32(kAlpha)) | y;
     return JoinHalves(u | v, high);
   }
@@ -98,10 +95,10 @@ class RgbFromYuv {
   V operator()(V pixels) const {
     const V vy = Sub16(Even(pixels), evenZero_);
     const V u1 = Sub16(JoinHalves(Odd(pixels), V::All32(1 << 16)), V::All32(kNeutral));
-    const V r = ShiftRightSigned32(r_(vy), kSumBits);
-    const V g = ShiftRightSigned32(g_(vy, u1), kSumBits);
-    const V b = ShiftRightSigned32(b_(JoinHalves(u1, vy)), kSumBits);
-    return PackSaturated(b, g, r, ShiftRight32(pixels, 24));
+    const V r = ShiftRightI32(r_(vy), kSumBits);
+    const V g = ShiftRightI32(g_(vy, u1), kSumBits);
+    const V b = ShiftRightI32(b_(JoinHalves(u1, vy)), kSumBits);
+    return JoinChannels(b, g, r, ShiftRightU32(pixels, 24));
   }
 
  private:
@@ -122,7 +119,7 @@ class RgbFromYuv {
 
 /// As the portable Rounded, for a below 2^23 and b below 2^15; 0 / 0 gives 0.
 inline V Rounded(V a, V b) {
-  const V one = V::All32(1), divisor = Max16(b, one);
+  const V one = V::All32(1), divisor = MaxI16(b, one);
   return Quotient32(Sub32(Add32(ShiftLeft32(a, 1), divisor), one), ShiftLeft32(divisor, 1));
 }
 
@@ -131,15 +128,15 @@ struct HueFromRgb {
   explicit HueFromRgb(const Space&) {}
 
   V operator()(V pixels) const {
-    const V b = Byte(pixels, 0), g = Byte(pixels, 1), r = Byte(pixels, 2);
-    const V most = Max16(Max16(r, g), b), least = Min16(Min16(r, g), b);
+    const V b = Channel(pixels, 0), g = Channel(pixels, 1), r = Channel(pixels, 2);
+    const V most = MaxI16(MaxI16(r, g), b), least = MinI16(MinI16(r, g), b);
     const V chroma = Sub32(most, least), chroma2 = ShiftLeft32(chroma, 1);
 
     const V red = Sub32(g, b), green = Add32(Sub32(b, r), chroma2);
     const V blue = Add32(Sub32(r, g), ShiftLeft32(chroma, 2));
-    const V place = Select(Equal32(r, most), Select(Equal32(g, most), blue, green), red);
+    const V place = Select(Equal32(r, most), red, Select(Equal32(g, most), green, blue));
     const V chroma3 = Add32(chroma, chroma2);
-    const V positive = Add32(place, ShiftRightSigned32(place, 31) & ShiftLeft32(chroma3, 1));
+    const V positive = Add32(place, ShiftRightI32(place, 31) & ShiftLeft32(chroma3, 1));
     const V hue = Rounded(ShiftLeft32(positive, 7), chroma3) & V::All32(0xFF);
 
     const V chroma255 = Sub32(ShiftLeft32(chroma, 8), chroma);
@@ -147,8 +144,8 @@ struct HueFromRgb {
       return Joined(most, Rounded(chroma255, most), hue, pixels);
     } else {
       const V sum = Add32(most, least);
-      const V room = Min16(sum, Sub32(V::All32(510), sum));
-      return Joined(ShiftRight32(sum, 1), Rounded(chroma255, room), hue, pixels);
+      const V room = MinI16(sum, Sub32(V::All32(510), sum));
+      return Joined(ShiftRightU32(sum, 1), Rounded(chroma255, room), hue, pixels);
     }
   }
 };
@@ -159,7 +156,7 @@ struct RgbFromHue {
   explicit RgbFromHue(const Space&) {}
 
   V operator()(V pixels) const {
-    const V last = Byte(pixels, 0), saturation = Byte(pixels, 1), hue = Byte(pixels, 2);
+    const V last = Channel(pixels, 0), saturation = Channel(pixels, 1), hue = Channel(pixels, 2);
     const V place = Add32(Add32(hue, hue), hue), two = V::All32(2 * 128);
     const V r = Sub16(Distance(place, 3 * 128), V::All32(128));
     const V g = Sub16(two, Distance(place, 2 * 128));
@@ -171,7 +168,7 @@ struct RgbFromHue {
  private:
   static V Distance(V place, u32 from) {
     const V difference = Sub16(place, V::All32(from));
-    return Max16(difference, Sub16(V::Zero(), difference));
+    return MaxI16(difference, Sub16(V::Zero(), difference));
   }
 
   static constexpr u32 kScale = 255 * 128;
@@ -183,13 +180,13 @@ struct RgbFromHue {
         factor_ = saturation;
         last_ = last;
       } else {
-        const V room = Min16(last, Sub16(V::All32(255), last));
+        const V room = MinI16(last, Sub16(V::All32(255), last));
         last_ = last | ShiftLeft32(Mul16(room, saturation), 16);
       }
     }
 
     V operator()(V unlimited) const {
-      const V share = Max16(Min16(unlimited, V::All32(128)), V::Zero());
+      const V share = MaxI16(MinI16(unlimited, V::All32(128)), V::Zero());
       const V missing = Sub16(V::All32(128), share);
       if constexpr (model == PICTAVO_COLOR_HSV) {
         return Unscaled(DotProduct32(last_, Sub16(V::All32(kScale), Mul16(factor_, missing))));
@@ -202,8 +199,8 @@ struct RgbFromHue {
    private:
     /// a / kScale, rounded: first by 128, then by 255, whose reciprocal is exact for 16 bits.
     static V Unscaled(V a) {
-      const V by128 = ShiftRight32(Add32(a, V::All32(kScale / 2 - 1)), 7);
-      return ShiftRight32(MulHigh16(by128, V::All32(0x8081)), 7);
+      const V by128 = ShiftRightU32(Add32(a, V::All32(kScale / 2 - 1)), 7);
+      return ShiftRightU32(MulHighU16(by128, V::All32(0x8081)), 7);
     }
 
     V last_, factor_;
@@ -212,35 +209,11 @@ struct RgbFromHue {
 
 // ---------------------------------------------------------------------------------------------
 
-/// The rest of a row, less than a vector, through a vector of its own.
 template <typename Conversion>
-void ConvertRest(const Conversion& convert, u8* dst, const u8* src, i64 bytes) {
-  alignas(32) u8 rest[kVectorBytes] = {};
-  std::memcpy(rest, src, static_cast<size_t>(bytes));
-  convert(V::Load(rest)).Store(rest);
-  std::memcpy(dst, rest, static_cast<size_t>(bytes));
-}
-
-template <typename Conversion>
-void ConvertPicture(const Space& space, const Pictures& p) {
+void ConvertPicture(const Space& space, const Picture& picture, const Source& source) {
   const Conversion convert(space);
-  const i64 bytes = 4 * i64{p.width};
-  for (i64 y = 0; y < p.height; ++y) {
-    u8* dst = p.dst + y * p.dstPitch;
-    const u8* src = p.src + y * p.srcPitch;
-    i64 at = 0;
-    for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
-      Prefetch(src + at);
-      Prefetch(dst + at);
-      for (i64 i = 0; i < kBlockBytes; i += kVectorBytes) {
-        convert(V::Load(src + at + i)).Store(dst + at + i);
-      }
-    }
-    for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
-      convert(V::Load(src + at)).Store(dst + at);
-    }
-    if (at < bytes) ConvertRest(convert, dst + at, src + at, bytes - at);
-  }
+  cpu::ForRows(picture, source,
+               [&](u8* dst, const u8* src, i64 width) { ApplyToRow(convert, dst, src, width); });
 }
 
 constexpr Build kBuild = {

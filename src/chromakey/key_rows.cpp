@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "cpu/base/builds.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse41.h"
-#include "cpu/simd/target_region.h"
 
 namespace pictavo::chromakey {
 namespace {
@@ -107,23 +107,10 @@ constexpr KeyRows kPortable = {Row<Cone<Argb>, false>,     Row<Cone<Argb>, true>
 
 }  // namespace
 
-TARGET_REGION("sse4.1")
-namespace sse41 {
-namespace {
-using namespace cpu::sse41;
-#include "chromakey/key_rows.inl"
-}  // namespace
-}  // namespace sse41
-TARGET_REGION_END
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-using namespace cpu::avx2;
-#include "chromakey/key_rows.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "chromakey/key_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
 
 Yuv ToYuv(u8 r, u8 g, u8 b) {
   const f32 red = r, green = g, blue = b;
@@ -144,9 +131,10 @@ PassKey::PassKey(const Yuv& keyColour, i32 keyAngle, i32 keyDenoise)
 }
 
 KeyRow* KeyRowFor(i32 level, Layout layout, bool nearGrey, bool firstPass) {
-  const KeyRows& rows = level >= 8 ? avx2::kRows : level >= 6 ? sse41::kRows : kPortable;
+  static constexpr cpu::Builds<const KeyRows*> kBuilds = {
+      .portable = &kPortable, .sse41 = &sse41::kRows, .avx2 = &avx2::kRows};
   const size_t place = (layout == Layout::kAyuv ? 4u : 0u) + (nearGrey ? 2u : 0u) + firstPass;
-  return rows[place];
+  return (*kBuilds.For(level))[place];
 }
 
 void CompositeRow(u8* result, const u8* keyed, const u8* background, i64 width) {

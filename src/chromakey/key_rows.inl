@@ -5,11 +5,14 @@ struct Colours {
   F y, u, v;
 };
 
-inline F Channel(V pixels, int shift) { return Real(ShiftRight32(pixels, shift) & V::All32(0xFF)); }
+inline F Byte(V pixels, int place) { return ToF(Channel(pixels, place)); }
+
+/// The product in double precision, rounded once more.
+inline F Product(F a, D b) { return ToF(LowToD(a) * b, HighToD(a) * b); }
 
 struct VectorArgb {
   static Colours Read(V pixels) {
-    const F r = Channel(pixels, 16), g = Channel(pixels, 8), b = Channel(pixels, 0);
+    const F r = Byte(pixels, 2), g = Byte(pixels, 1), b = Byte(pixels, 0);
     return {F::All(0.257f) * r + F::All(0.504f) * g + F::All(0.098f) * b + F::All(16.0f),
             F::All(-0.148f) * r - F::All(0.291f) * g + F::All(0.439f) * b,
             F::All(0.439f) * r - F::All(0.368f) * g - F::All(0.071f) * b};
@@ -20,21 +23,21 @@ struct VectorArgb {
     const F r = y + F::All(1.596f) * c.v;
     const F g = y - F::All(0.392f) * c.u - F::All(0.813f) * c.v;
     const F b = y + F::All(2.017f) * c.u;
-    return Pixels(Truncate(b), Truncate(g), Truncate(r), alpha);
+    return JoinChannels(Truncate(b), Truncate(g), Truncate(r), alpha);
   }
 };
 
 struct VectorAyuv {
   static Colours Read(V pixels) {
     const F middle = F::All(128.0f);
-    return {Channel(pixels, 16), Channel(pixels, 8) - middle, Channel(pixels, 0) - middle};
+    return {Byte(pixels, 2), Byte(pixels, 1) - middle, Byte(pixels, 0) - middle};
   }
 
   static V Write(const Colours& c, V alpha) {
     const V low = V::All32(0xFF);
     const F middle = F::All(128.0f);
     const V u = Truncate(c.u + middle) & low, v = Truncate(c.v + middle) & low;
-    return Pixels(v, u, Truncate(c.y), alpha);
+    return JoinChannels(v, u, Truncate(c.y), alpha);
   }
 };
 
@@ -54,9 +57,9 @@ class VectorNearGrey {
     const F distance = Sqrt(v * v + u * u);
     const F difference = Abs(c.y - keyY_);
     const V close = Bits((distance < chromaTolerance_) & (difference < lumaTolerance_));
-    const V alpha = ShiftLeft32(ShiftRight32(pixels, 24), 24);
+    const V alpha = ShiftLeft32(ShiftRightU32(pixels, 24), 24);
     const V changed = AndNot(Equal32(alpha, V::All32(0)), close);
-    return Select(changed, pixels, (pixels ^ alpha) | ShiftLeft32(Truncate(difference), 24));
+    return Select(changed, (pixels ^ alpha) | ShiftLeft32(Truncate(difference), 24), pixels);
   }
 
  private:
@@ -72,16 +75,16 @@ class VectorCone {
         kg_(F::All(k.kg)),
         lumaScale_(F::All(k.lumaScale)),
         clearSquare_(F::All(ClearSquare(k.denoise))),
-        tangent_(All(k.tangent)),
-        cotangent_(All(k.cotangent)) {}
+        tangent_(D::All(k.tangent)),
+        cotangent_(D::All(k.cotangent)) {}
 
   V operator()(V pixels) const {
     Colours c = Format::Read(pixels);
     const F x = (keyU_ * c.u + keyV_ * c.v) / kg_;
     const F z = (keyU_ * c.v - keyV_ * c.u) / kg_;
-    F alpha = Real(ShiftRight32(pixels, 24));
+    F alpha = ToF(ShiftRightU32(pixels, 24));
     const F outside = Product(x, tangent_) < Abs(z);
-    if (!IsEverywhere(outside)) KeyOut(outside, x, z, &c, &alpha);
+    if (!AllSet(outside)) KeyOut(outside, x, z, &c, &alpha);
     return Format::Write(c, Truncate(alpha / F::All(255.0f) * F::All(255.0f)));
   }
 
@@ -95,42 +98,33 @@ class VectorCone {
   void KeyOut(F outside, F x, F z, Colours* c, F* alpha) const {
     const F none = F::All(0.0f), all = F::All(1.0f);
     const F edge = Abs(Product(z, cotangent_));
-    const F past = Most(none, x - edge);
+    const F past = Max(none, x - edge);
     const F left = all - past / kg_;
     const F away = x - kg_;
     const F kept = clearSquare_ < away * away + z * z;
-    const F share = kept & Most(none, Least(all, left * left));
-    c->y = Select(outside, Most(none, c->y - past * lumaScale_), c->y);
-    c->u = Select(outside, (keyU_ * edge - keyV_ * z) / kg_, c->u);
-    c->v = Select(outside, (keyV_ * edge + keyU_ * z) / kg_, c->v);
-    *alpha = Select(outside, *alpha * share, *alpha);
+    const F share = kept & Max(none, Min(all, left * left));
+    c->y = Select(outside, c->y, Max(none, c->y - past * lumaScale_));
+    c->u = Select(outside, c->u, (keyU_ * edge - keyV_ * z) / kg_);
+    c->v = Select(outside, c->v, (keyV_ * edge + keyU_ * z) / kg_);
+    *alpha = Select(outside, *alpha, *alpha * share);
   }
 
   F keyU_, keyV_, kg_, lumaScale_, clearSquare_;
   D tangent_, cotangent_;
 };
 
-/// Keys a vector of pixels.
+/// The first pass writes what is keyed, a later one the least of it and what earlier ones wrote.
 template <typename Rule, bool first>
-void KeyPixels(const Rule& rule, u8* result, const u8* source) {
-  const V keyed = rule(V::Load(source));
-  (first ? keyed : Min8(keyed, V::Load(result))).Store(result);
-}
+struct Pass {
+  Rule rule;
+
+  V operator()(V source) const requires first { return rule(source); }
+  V operator()(V source, V result) const requires(!first) { return MinU8(rule(source), result); }
+};
 
 template <typename Rule, bool first>
 void VectorRow(u8* result, const u8* source, i64 width, const PassKey& key) {
-  const Rule rule(key);
-  constexpr i64 kBytes = V::kPixels * 4;
-  const i64 bytes = width * 4;
-  i64 at = 0;
-  for (; at + kBytes <= bytes; at += kBytes) KeyPixels<Rule, first>(rule, result + at, source + at);
-  if (at == bytes) return;
-  u8 in[kBytes] = {}, out[kBytes] = {};
-  const size_t rest = static_cast<size_t>(bytes - at);
-  std::memcpy(in, source + at, rest);
-  std::memcpy(out, result + at, rest);
-  KeyPixels<Rule, first>(rule, out, in);
-  std::memcpy(result + at, out, rest);
+  ApplyToRow(Pass<Rule, first>{Rule(key)}, result, source, width);
 }
 
 constexpr KeyRows kRows = {

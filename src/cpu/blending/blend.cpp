@@ -6,10 +6,11 @@
 #include <bit>
 #include <cstring>
 
+#include "cpu/base/builds.h"
 #include "cpu/base/numbers.h"
+#include "cpu/base/picture.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse2.h"
-#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -137,23 +138,10 @@ struct BlendBuilds {
 
 }  // namespace
 
-namespace sse2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/blending/blend_rows.inl"
-}  // namespace
-}  // namespace sse2
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/blending/blend_rows.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/blending/blend_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse2.inl"
+#undef KERNELS
 
 namespace {
 
@@ -177,15 +165,23 @@ constexpr BlendRule kOpacity[2][2] = {  // [write the weight into alpha][on a ba
     {{OpacityRow<true, false>, &BlendBuilds::opacityToAlpha, OpacityRow<true, false>},
      {OpacityRow<true, true>, &BlendBuilds::opacityToAlphaOnBackdrop, OpacityRow<true, true>}}};
 
-struct Pictures {
-  u8* dst;
-  const u8* src;
-  i64 width;
-  i64 height;
-  i64 dstPitch;
-  i64 srcPitch;
+constexpr Builds<const BlendBuilds*> kBuilds = {.sse2 = &sse2::kBlendBuilds,
+                                                .avx2 = &avx2::kBlendBuilds};
 
-  bool empty() const { return width < 1 || height < 1; }
+/// The destination and the source, of its size.
+struct Pictures {
+  Picture dst;
+  Source src;
+
+  Pictures(u8* to, const u8* from, i64 width, i64 height, i64 dstPitch, i64 srcPitch)
+      : dst{to, width, height, dstPitch}, src{from, width, height, srcPitch} {}
+
+  /// With the source upwards, if `flip` says so.
+  Pictures Flipped(i32 flip) const {
+    Pictures p = *this;
+    if (flip != 0 && !dst.IsEmpty()) p.src = p.src.Flipped();
+    return p;
+  }
 };
 
 struct Ramp {
@@ -233,35 +229,24 @@ RowFn* VectorRowFor(const BlendRule& rule, const RowBuilds& builds, BlendRow* ro
   return FindMultiplier(row) ? builds.byMultiplier : builds.byProduct;
 }
 
-/// Blends row by row. The pictures must not be empty.
-void BlendRows(i32 level, const BlendRule& rule, Pictures p, Ramp ramp, BlendRow row) {
-  const RowBuilds* builds = level >= PICTAVO_LEVEL_AVX2   ? &(avx2::kBlendBuilds.*rule.builds)
-                            : level >= PICTAVO_LEVEL_SSE2 ? &(sse2::kBlendBuilds.*rule.builds)
-                                                          : nullptr;
+/// Blends row by row, unless the pictures are empty.
+void BlendRows(i32 level, const BlendRule& rule, const Pictures& p, Ramp ramp, BlendRow row = {}) {
+  const BlendBuilds* const builds = kBuilds.For(level);
   RowFn* blendRow = rule.portable;
-  for (i64 r = 0; r < p.height; ++r, p.dst += p.dstPitch, p.src += p.srcPitch) {
+  for (i64 y = 0; y < p.dst.height && p.dst.width > 0; ++y) {
     const f32 factor =
-        static_cast<f32>(r) / static_cast<f32>(p.height) * (ramp.end - ramp.start) + ramp.start;
-    if (r == 0 || factor != row.factor) {
+        static_cast<f32>(y) / static_cast<f32>(p.dst.height) * (ramp.end - ramp.start) + ramp.start;
+    if (y == 0 || factor != row.factor) {
       row.factor = factor;
-      if (builds != nullptr) blendRow = VectorRowFor(rule, *builds, &row);
+      if (builds != nullptr) blendRow = VectorRowFor(rule, builds->*rule.builds, &row);
     }
-    blendRow(p.dst, p.src, p.width, row);
+    blendRow(p.dst.Row(y), p.src.Row(y), p.dst.width, row);
   }
-}
-
-/// Starts the source at its last row and walks it upwards, if `flip` says so.
-Pictures Flipped(Pictures p, i32 flip) {
-  if (flip != 0) {
-    p.src += (p.height - 1) * p.srcPitch;
-    p.srcPitch = -p.srcPitch;
-  }
-  return p;
 }
 
 /// Blends at full opacity, or along a ramp.
 void Blend(i32 level, const BlendRule& rule, const Pictures& p, i32 flip = 0, Ramp ramp = {}) {
-  if (!p.empty()) BlendRows(level, rule, Flipped(p, flip), ramp, {});
+  BlendRows(level, rule, p.Flipped(flip), ramp);
 }
 
 /// Blends packed pictures, as one row. False when they cannot lie in memory.
@@ -280,9 +265,7 @@ void BlendOpacity(i32 level, bool writeWeight, const Pictures& p, i32 flip, u8 o
   row.gain = static_cast<f32>(opacity + 1);
   row.gainShift = 8;
   row.backdrop = backdrop;
-  if (!p.empty()) {
-    BlendRows(level, kOpacity[writeWeight][onBackdrop], Flipped(p, flip), ramp, row);
-  }
+  BlendRows(level, kOpacity[writeWeight][onBackdrop], p.Flipped(flip), ramp, row);
 }
 
 }  // namespace

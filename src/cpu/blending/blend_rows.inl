@@ -1,4 +1,4 @@
-// The vector rows of blend.cpp over V, included once for each instruction set after pixels.inl.
+// The vector rows of blend.cpp over V, included once for each instruction set.
 
 /// How a weight comes from the source alpha.
 enum class Fade {
@@ -20,14 +20,15 @@ struct Fader {
         factor(row.factor),
         gainShift(row.gainShift) {}
 
+  /// In single precision, and in this order.
   V Product(V bytes) const {
-    return ShiftRight32(TruncatedProduct32(bytes, gain, factor), gainShift);
+    return ShiftRightU32(Truncate(ToF(bytes) * F::All(gain) * F::All(factor)), gainShift);
   }
 
   /// The weight, in the low half of each pixel.
   V Weight(V s) const {
-    const V alpha = ShiftRight32(s, 24);
-    if constexpr (fade == Fade::kMultiplier) return MulHigh16(alpha, multiplier);
+    const V alpha = ShiftRightU32(s, 24);
+    if constexpr (fade == Fade::kMultiplier) return MulHighU16(alpha, multiplier);
     if constexpr (fade == Fade::kProduct) return Product(alpha);
     return alpha;
   }
@@ -35,13 +36,13 @@ struct Fader {
   /// Every channel as the alpha is weighted.
   V Pixels(V s) const {
     if constexpr (fade == Fade::kMultiplier) {
-      return MulHigh16(Even(s), multiplier) | ShiftLeft16(MulHigh16(Odd(s), multiplier), 8);
+      return MulHighU16(Even(s), multiplier) | ShiftLeft16(MulHighU16(Odd(s), multiplier), 8);
     }
     if constexpr (fade == Fade::kProduct) {
       const V low = V::All32(0xFF);
-      return Product(s & low) | ShiftLeft32(Product(ShiftRight32(s, 8) & low), 8) |
-             ShiftLeft32(Product(ShiftRight32(s, 16) & low), 16) |
-             ShiftLeft32(Product(ShiftRight32(s, 24)), 24);
+      return Product(s & low) | ShiftLeft32(Product(ShiftRightU32(s, 8) & low), 8) |
+             ShiftLeft32(Product(ShiftRightU32(s, 16) & low), 16) |
+             ShiftLeft32(Product(ShiftRightU32(s, 24)), 24);
     }
     return s;
   }
@@ -64,15 +65,15 @@ struct OverRule {
     V alphaWeight = V::All32(sourceAlpha ? kWholeAlpha : 0);
     if constexpr (sourceAlpha && !soft) {
       const V clear = Equal32(weight, V::All32(0));
-      alphaWeight = AndNot(clear & SwapPairs(clear), alphaWeight);
+      alphaWeight = AndNot(clear & SwapPairs32(clear), alphaWeight);
     }
     if constexpr (fade == Fade::kNone && !soft) {
       V full = Equal32(weight, V::All32(255));
-      full = full & SwapPairs(full);
+      full = full & SwapPairs32(full);
       weight = Sub32(weight, full);  // 256 where the pair is copied
       alphaWeight = alphaWeight | (full & V::All32(kWholeAlpha));
     }
-    return Mix(s, d, Repeat16(weight), weight | alphaWeight);
+    return Mix(s, d, SpreadLow16(weight), weight | alphaWeight);
   }
 };
 template <Fade fade, bool soft>
@@ -89,11 +90,11 @@ struct Premultiplied {
 
   V operator()(V source, V d) const {
     const V s = fader.Pixels(source);
-    const V weight = ShiftRight32(s, 24);
+    const V weight = ShiftRightU32(s, 24);
     V added = s | V::All32(kAlpha);
     // Nothing is added where the weight is 0; 256 - 0 then leaves the destination as it is.
     if constexpr (fade != Fade::kNone || !soft) added = AndNot(Equal32(weight, V::All32(0)), added);
-    return AddSaturated8(added, Scale(d, Sub16(V::All16(256), Repeat16(weight))));
+    return AddSaturatedU8(added, Scale(d, Sub16(V::All16(256), SpreadLow16(weight))));
   }
 };
 
@@ -107,17 +108,17 @@ struct Composite {
   V operator()(V source, V d) const {
     const V colours = V::All32(kColours), alpha = V::All32(kAlpha), zero = V::All32(0);
     const V s = fader.Pixels(source);
-    const V weight = ShiftRight32(s, 24);
+    const V weight = ShiftRightU32(s, 24);
     // With the alpha inverted on the way in and out, one product serves colours and alpha.
-    const V rest = V::All16(255) ^ Repeat16(weight);
-    const V mixed = AddSaturated8(s & colours, Scale(d ^ alpha, rest) ^ alpha);
+    const V rest = V::All16(255) ^ SpreadLow16(weight);
+    const V mixed = AddSaturatedU8(s & colours, Scale(d ^ alpha, rest) ^ alpha);
     V laid = mixed;
     if constexpr (!soft) {
       const V copied = fade == Fade::kNone ? source : (source & colours) | (s & alpha);
-      laid = Select(Equal32(ShiftRight32(d, 24), zero), mixed, copied);
+      laid = Select(Equal32(ShiftRightU32(d, 24), zero), copied, mixed);
     }
     if constexpr (fade == Fade::kNone && soft) return laid;
-    return Select(Equal32(weight, zero), laid, d);
+    return Select(Equal32(weight, zero), d, laid);
   }
 };
 
@@ -140,10 +141,10 @@ struct OpacityRule {
       alphaWeight = full & V::All32(kWholeAlpha);
     }
     const V base = onBackdrop ? backdrop | (d & V::All32(kAlpha)) : d;
-    V mixed = Mix(s, base, Repeat16(weight), weight | alphaWeight);
+    V mixed = Mix(s, base, SpreadLow16(weight), weight | alphaWeight);
     if constexpr (writeWeight) mixed = (mixed & V::All32(kColours)) | ShiftLeft32(plain, 24);
     if constexpr (!kApartClear || (fade == Fade::kNone && soft)) return mixed;
-    return Select(Equal32(plain, V::All32(0)), mixed, d);
+    return Select(Equal32(plain, V::All32(0)), d, mixed);
   }
 };
 template <Fade fade, bool soft>
@@ -171,32 +172,34 @@ Holds WhatHolds(const Block& s, const u8* dst) {
   return Holds::kSoft;
 }
 
-/// One row, or one packed picture. Blocks that are all clear, or all opaque where that means a
-/// copy, cost a test or two.
+/// A rule of a row. Blocks that are all clear, or all opaque where that means a copy, cost a test
+/// or two.
 template <template <Fade, bool> typename Rule, Fade fade>
-void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
-  const Rule<fade, false> rule(row);
-  const Rule<fade, true> softRule(row);
-  const i64 bytes = width * 4;
-  i64 at = 0;
-  for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
-    Prefetch(src + at);
-    const Block s(src + at);
-    const Holds holds = WhatHolds<Rule<fade, false>, fade>(s, dst + at);
-    if (holds == Holds::kNothing) continue;
-    Prefetch(dst + at);  // only here: a clear stretch leaves the destination out of the cache
+struct RowRule {
+  Rule<fade, false> rule;
+  Rule<fade, true> softRule;
+
+  explicit RowRule(const BlendRow& row) : rule(row), softRule(row) {}
+
+  V operator()(V s, V d) const { return rule(s, d); }
+
+  void OnBlock(u8* dst, const Block& s) const {
+    const Holds holds = WhatHolds<Rule<fade, false>, fade>(s, dst);
+    if (holds == Holds::kNothing) return;
+    Prefetch(dst);  // only here: a clear stretch leaves the destination out of the cache
     if (holds == Holds::kSoft) {
-      BlendBlock(softRule, dst + at, s);
+      ApplyToBlock(softRule, dst, s);
     } else if (holds == Holds::kMixed) {
-      BlendBlock(rule, dst + at, s);
+      ApplyToBlock(rule, dst, s);
     } else {
-      s.Store(dst + at);
+      s.Store(dst);
     }
   }
-  for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
-    rule(V::Load(src + at), V::Load(dst + at)).Store(dst + at);
-  }
-  if (at < bytes) BlendRest(rule, dst + at, src + at, bytes - at);
+};
+
+template <template <Fade, bool> typename Rule, Fade fade>
+void VectorRow(u8* dst, const u8* src, i64 width, const BlendRow& row) {
+  ApplyToRow(RowRule<Rule, fade>(row), dst, src, width);
 }
 
 template <template <Fade, bool> typename Rule>

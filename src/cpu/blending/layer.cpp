@@ -4,9 +4,7 @@
 #include <cstring>
 
 #include "cpu/simd/avx2.h"
-#include "cpu/simd/sse2.h"
 #include "cpu/simd/sse41.h"
-#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -226,27 +224,14 @@ u32 Lay(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitc
 
 }  // namespace
 
-TARGET_REGION("sse4.1")
-namespace sse41 {
-namespace {
-#include "cpu/simd/pixels.inl"
+#define KERNELS "cpu/blending/layer_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
 
-#include "cpu/blending/layer_rows.inl"
-
-#include "cpu/blending/layer_hsl.inl"
-}  // namespace
-}  // namespace sse41
-TARGET_REGION_END
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/blending/layer_rows.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/blending/layer_hsl.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
 
 const LayerKernels kLayerKernels = {
     .defaults = {Lay<Normal, Mixing::kCopies>,

@@ -8,10 +8,10 @@ struct Ratio {
   V low, high;
 
   Ratio(V a, V b) {
-    const V even = Quotient32(LowWords(b, a), b & V::All32(0xFFFF));
-    const V odd = Quotient32(HighWords(b, a), ShiftRight32(b, 16));
-    low = LowWords(even, odd);
-    high = HighWords(even, odd);
+    const V even = Quotient32(PairLow16(b, a), b & V::All32(0xFFFF));
+    const V odd = Quotient32(PairHigh16(b, a), ShiftRightU32(b, 16));
+    low = PairLow16(even, odd);
+    high = PairHigh16(even, odd);
   }
 };
 
@@ -19,15 +19,15 @@ struct Channels {
   V b, g, r;
 
   static Channels Of(V p, V q) {
-    return {LowWords(Even(p), Even(q)), LowWords(Odd(p), Odd(q)), HighWords(Even(p), Even(q))};
+    return {PairLow16(Even(p), Even(q)), PairLow16(Odd(p), Odd(q)), PairHigh16(Even(p), Even(q))};
   }
 
-  V Least() const { return Min16(Min16(b, g), r); }
-  V Most() const { return Max16(Max16(b, g), r); }
+  V Least() const { return MinI16(MinI16(b, g), r); }
+  V Most() const { return MaxI16(MaxI16(b, g), r); }
   V Saturation() const { return Sub16(Most(), Least()); }
   V Luma() const {
     const V blueGreen = Add16(Mul16(b, V::All16(28)), Mul16(g, V::All16(151)));
-    return ShiftRight16(Add16(blueGreen, Mul16(r, V::All16(77))), 8);
+    return ShiftRightU16(Add16(blueGreen, Mul16(r, V::All16(77))), 8);
   }
 
   template <typename Change>
@@ -48,26 +48,26 @@ struct Aim {
   Way Find() const {
     const V own = colour.Luma(), room = Sub16(V::All16(255), luma);
     const V below = Sub16(own, colour.Least()), above = Sub16(colour.Most(), own);
-    const V isBelow = Greater16(below, luma);
-    return {own, isBelow | Greater16(above, room),
-            Ratio(Select(isBelow, room, luma), Select(isBelow, above, below)).low};
+    const V isBelow = GreaterI16(below, luma);
+    return {own, isBelow | GreaterI16(above, room),
+            Ratio(Select(isBelow, luma, room), Select(isBelow, below, above)).low};
   }
 
   Channels Go(const Way& way) const {
     return colour.Each([&](V channel) {
       const V distance = Sub16(channel, way.own);
-      const V shrunk = WithSign16(MulHigh16(Abs16(distance), way.ratio), distance);
-      return Add16(luma, Select(way.shrinks, distance, shrunk));
+      const V shrunk = WithSignI16(MulHighU16(Abs16(distance), way.ratio), distance);
+      return Add16(luma, Select(way.shrinks, shrunk, distance));
     });
   }
 };
 
 inline Channels WithSaturation(const Channels& colour, V saturation) {
   const V least = colour.Least();
-  const Ratio ratio(saturation, Max16(colour.Saturation(), V::All16(1)));
+  const Ratio ratio(saturation, MaxI16(colour.Saturation(), V::All16(1)));
   return colour.Each([&](V channel) {
     const V over = Sub16(channel, least);
-    return Add16(Mul16(over, ratio.high), MulHigh16(over, ratio.low));
+    return Add16(Mul16(over, ratio.high), MulHighU16(over, ratio.low));
   });
 }
 
@@ -84,8 +84,8 @@ struct ByChannels {
     for (size_t i = 0; i < 2; ++i) ways[i] = aims[i].Find();
     for (size_t i = 0; i < 2; ++i) {
       const Channels c = aims[i].Go(ways[i]);
-      blended[2 * i] = {LowWords(c.b, c.r), c.g};
-      blended[2 * i + 1] = {HighWords(c.b, c.r), ShiftRight32(c.g, 16)};
+      blended[2 * i] = {PairLow16(c.b, c.r), c.g};
+      blended[2 * i + 1] = {PairHigh16(c.b, c.r), ShiftRightU32(c.g, 16)};
     }
     return blended;
   }

@@ -1,14 +1,12 @@
 #include "cpu/colour/convert.h"
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <cstring>
 
+#include "cpu/base/builds.h"
 #include "cpu/base/numbers.h"
-#include "cpu/simd/avx2.h"
-#include "cpu/simd/sse2.h"
-#include "cpu/simd/target_region.h"
+#include "cpu/base/picture.h"
+#include "cpu/colour/convert_simd.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -83,39 +81,24 @@ constexpr ConvertBuild kPortableBuild = {PremultiplyRow, UnpremultiplyRow, YuvaR
 
 }  // namespace
 
-namespace sse2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/colour/convert_rows.inl"
-}  // namespace
-}  // namespace sse2
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/colour/convert_rows.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/colour/convert_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse2.inl"
+#undef KERNELS
 
 namespace {
 
 // ---------------------------------------------------------------------------------------------
 // The operations.
 
-RowFn* RowFor(i32 level, RowFn* ConvertBuild::*rule) {
-  const ConvertBuild& build = level >= PICTAVO_LEVEL_AVX2   ? avx2::kConvertBuild
-                              : level >= PICTAVO_LEVEL_SSE2 ? sse2::kConvertBuild
-                                                            : kPortableBuild;
-  return build.*rule;
-}
+constexpr Builds<const ConvertBuild*> kBuilds = {
+    .portable = &kPortableBuild, .sse2 = &sse2::kConvertBuild, .avx2 = &avx2::kConvertBuild};
+
+RowFn* RowFor(i32 level, RowFn* ConvertBuild::*rule) { return kBuilds.For(level)->*rule; }
 
 u32 ConvertInPlace(RowFn* row, u8* buffer, i32 width, i32 height, i32 pitch) {
   if (buffer == nullptr || width < 1) return 1;
-  for (i64 y = 0; y < height; ++y) row(buffer + y * pitch, buffer + y * pitch, width);
+  ForRows({buffer, width, height, pitch}, {buffer, width, height, pitch}, row);
   return 1;
 }
 
@@ -190,8 +173,8 @@ u32 ConvertBGRAToYUVA(i32 level, const u8* src, u32 width, i32 height, i32 srcPi
                       i32 dstPitch) noexcept {
   if (src == nullptr || dst == nullptr) return PICTAVO_E_INVALIDARG;
   if (width == 0 || height == 0) return PICTAVO_S_FALSE;
-  RowFn* row = RowFor(level, &ConvertBuild::yuva);
-  for (i64 y = 0; y < height; ++y) row(dst + y * dstPitch, src + y * srcPitch, width);
+  ForRows({dst, width, height, dstPitch}, {src, width, height, srcPitch},
+          RowFor(level, &ConvertBuild::yuva));
   return PICTAVO_S_OK;
 }
 
@@ -200,7 +183,7 @@ void ConvertRGBToYUV4Pixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept {
   const sse2::V p = sse2::V::Load(pixels);
   const auto convert = [p](const ToYuv& row, i32* to) {
     const sse2::V sum = sse2::YuvSum(row, 1)(sse2::Even(p), sse2::GreenOne(p));
-    ShiftRight32(sum, 12).Store(reinterpret_cast<u8*>(to));
+    ShiftRightU32(sum, 12).Store(reinterpret_cast<u8*>(to));
   };
   convert(kToY, y);
   convert(kToU, u);
@@ -220,10 +203,9 @@ u32 ConvertBGRAToGray(i32 level, const u8* src, i32 width, i32 height, i32 srcPi
                       i32 dstPitch) noexcept {
   if (src == nullptr || dst == nullptr) return PICTAVO_E_FAIL;
   if (width < 1) return PICTAVO_S_OK;
-  RowFn* row = RowFor(level, &ConvertBuild::gray);
   const i64 dstStep = (width + (dstPitch - 4 * i64{width}) / 4) * 4;  // whole pixels
-  u8* to = reinterpret_cast<u8*>(dst);
-  for (i64 y = 0; y < height; ++y) row(to + y * dstStep, src + y * srcPitch, width);
+  ForRows({reinterpret_cast<u8*>(dst), width, height, dstStep}, {src, width, height, srcPitch},
+          RowFor(level, &ConvertBuild::gray));
   return PICTAVO_S_OK;
 }
 

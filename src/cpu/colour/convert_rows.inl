@@ -1,59 +1,51 @@
-// The vector rows of convert.cpp over V, included once for each instruction set after pixels.inl.
-//
-// A rule makes a vector of pixels from one of source and one of destination pixels; in place, both
-// are the same. ConvertBlock applies it to four vectors and may know better for what they hold.
-// Those that ask for alphas work in place: dst's first alpha mostly answers alone.
-
-template <typename Rule>
-void ConvertBlock(const Rule& rule, u8* dst, const Block& s) {
-  BlendBlock(rule, dst, s);
-}
+// The vector rows of convert.cpp over V, included once for each instruction set. Rules that ask for
+// a block's alphas work in place: the first alpha mostly answers alone.
 
 struct Premultiplied {
-  V operator()(V p, V) const {
-    const V alpha = Repeat16(ShiftRight32(p, 24)), one = V::All16(1);
+  V operator()(V p) const {
+    const V alpha = SpreadLow16(ShiftRightU32(p, 24)), one = V::All16(1);
     const V even = Mul16(Add16(Even(p), one), alpha);
     // The rule makes an alpha byte of 255 into alpha itself.
     const V odd = Mul16(Add16(Odd(p | V::All32(kAlpha)), one), alpha);
-    return ShiftRight16(even, 8) | (odd & V::All16(0xFF00));
+    return ShiftRightU16(even, 8) | (odd & V::All16(0xFF00));
+  }
+
+  void OnBlock(u8* dst, const Block& s) const {
+    if (dst[3] != 255 || !s.AllOpaque()) ApplyToBlock(*this, dst, s);
   }
 };
 
-inline void ConvertBlock(const Premultiplied& rule, u8* dst, const Block& s) {
-  if (dst[3] != 255 || !s.AllOpaque()) BlendBlock(rule, dst, s);
-}
-
 /// At full alpha 256 * c / 255 is c, and 256 where c is 255.
 struct UnpremultipliedOpaque {
-  V operator()(V p, V) const {
-    return SubSaturated8(p, V::All32(0x00010101)) | Equal8(p, V::All32(~0u));
+  V operator()(V p) const {
+    return SubSaturatedU8(p, V::All32(0x00010101)) | Equal8(p, V::All32(~0u));
   }
 };
 
 struct Unpremultiplied {
-  V operator()(V p, V) const {
+  V operator()(V p) const {
     // 2^24 / alpha, rounded up: 256 * c / alpha is (c * reciprocal) >> 16 for every c up to alpha.
-    const V reciprocal = Quotient32(V::All32((1 << 24) + 254), ShiftRight32(p, 24));
-    const V low = LowHalves(reciprocal), high = HighHalves(reciprocal);
-    const V most = AlphasOnColours(p), colours = Min8(p, most);
+    const V reciprocal = Quotient32(V::All32((1 << 24) + 254), ShiftRightU32(p, 24));
+    const V low = RepeatLow16(reciprocal), high = RepeatHigh16(reciprocal);
+    const V most = AlphaOnColours(p), colours = MinU8(p, most);
     const V even = Straight(Even(colours), low, high), odd = Straight(Odd(colours), low, high);
     const V kept = Equal8(most, V::All32(0));  // alphas, and colours of clear pixels
     return even | ShiftLeft16(odd, 8) | (p & kept);
   }
 
+  void OnBlock(u8* dst, const Block& s) const {
+    if (dst[3] == 255 && s.AllOpaque()) {
+      ApplyToBlock(UnpremultipliedOpaque(), dst, s);
+    } else if (dst[3] != 0 || !s.AllClear()) {
+      ApplyToBlock(*this, dst, s);
+    }
+  }
+
  private:
   static V Straight(V c, V low, V high) {
-    return SubSaturated16(Add16(MulHigh16(c, low), Mul16(c, high)), V::All16(1));
+    return SubSaturatedU16(Add16(MulHighU16(c, low), Mul16(c, high)), V::All16(1));
   }
 };
-
-inline void ConvertBlock(const Unpremultiplied& rule, u8* dst, const Block& s) {
-  if (dst[3] == 255 && s.AllOpaque()) {
-    BlendBlock(UnpremultipliedOpaque(), dst, s);
-  } else if (dst[3] != 0 || !s.AllClear()) {
-    BlendBlock(rule, dst, s);
-  }
-}
 
 /// A matrix row times `scale`, applied to two vectors: blue and red, and green with kOne.
 struct YuvSum {
@@ -81,9 +73,9 @@ struct Yuva {
   // Scaled so that the results stand in the high halves; luma's green would not fit 16 bits.
   YuvSum y{kToY, 8}, u{kToU, 16}, v{kToV, 16};
 
-  V operator()(V p, V) const {
+  V operator()(V p) const {
     const V br = Even(p), g1 = GreenOne(p);
-    return PackHighHalves(v(br, g1), u(br, g1), ShiftLeft32(y(br, g1), 1), Odd(p));
+    return PackHigh16(v(br, g1), u(br, g1), ShiftLeft32(y(br, g1), 1), Odd(p));
   }
 };
 
@@ -92,25 +84,14 @@ struct Gray {
     // 65536 / 3, rounded up: exact for every sum of three bytes.
     const V third = V::All32(21846u << 16 | 21846), thirdOfGreen = V::All32(21846);
     const V sum = Add32(DotProduct32(Even(s), third), DotProduct32(Odd(s), thirdOfGreen));
-    const V gray = Mul16(HighHalves(sum), V::All32(1 << 16 | 0x0101));
+    const V gray = Mul16(RepeatHigh16(sum), V::All32(1 << 16 | 0x0101));
     return gray | (d & V::All32(kAlpha));
   }
 };
 
 template <typename Rule>
 void VectorRow(u8* dst, const u8* src, i64 width) {
-  const Rule rule;
-  const i64 bytes = width * 4;
-  i64 at = 0;
-  for (; at + kBlockBytes <= bytes; at += kBlockBytes) {
-    Prefetch(src + at);
-    if (dst != src) Prefetch(dst + at);
-    ConvertBlock(rule, dst + at, Block(src + at));
-  }
-  for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
-    rule(V::Load(src + at), V::Load(dst + at)).Store(dst + at);
-  }
-  if (at < bytes) BlendRest(rule, dst + at, src + at, bytes - at);
+  ApplyToRow(Rule(), dst, src, width);
 }
 
 constexpr ConvertBuild kConvertBuild = {VectorRow<Premultiplied>, VectorRow<Unpremultiplied>,

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "cpu/base/builds.h"
+#include "cpu/base/picture.h"
 #include "cpu/simd/sse2.h"
 
 namespace pictavo::cpu {
 namespace {
+
+using FillRowFn = void(u8* row, i64 width, u32 colour);
 
 void FillRow(u8* row, i64 width, u32 colour) {
   for (i64 x = 0; x < width; ++x) std::memcpy(row + 4 * x, &colour, 4);
@@ -40,8 +44,10 @@ u32 DrawRectOutline(u32* buffer, u32 pitch, const i32* rect, u32 colour) noexcep
 u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u32 colour) noexcept {
   if (buffer == nullptr) return PICTAVO_E_POINTER;
   if (width < 1 || height < 1) return PICTAVO_S_FALSE;
-  const auto fillRow = level >= PICTAVO_LEVEL_SSE2 ? FillRow_SSE2 : FillRow;
-  for (i64 y = 0; y < height; ++y) fillRow(buffer + y * pitch, width, colour);
+  static constexpr Builds<FillRowFn*> kBuilds = {.portable = FillRow, .sse2 = FillRow_SSE2};
+  FillRowFn* const fillRow = kBuilds.For(level);
+  const Picture picture = {buffer, width, height, pitch};
+  for (i64 y = 0; y < height; ++y) fillRow(picture.Row(y), width, colour);
   return PICTAVO_S_OK;
 }
 

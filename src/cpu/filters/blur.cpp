@@ -1,16 +1,13 @@
 #include "cpu/filters/blur.h"
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 
+#include "cpu/base/builds.h"
 #include "cpu/simd/avx2.h"
-#include "cpu/simd/sse2.h"
 #include "cpu/simd/sse41.h"
-#include "cpu/simd/target_region.h"
 #include "platform/pages.h"
 
 namespace pictavo::cpu {
@@ -166,25 +163,10 @@ struct VectorBlur {
 
 }  // namespace
 
-TARGET_REGION("sse4.1")
-namespace sse41 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/filters/blur_rows.inl"
-}  // namespace
-}  // namespace sse41
-TARGET_REGION_END
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/filters/blur_rows.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/filters/blur_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
 
 namespace {
 
@@ -212,9 +194,9 @@ Radii BoxRadii(f32 radius, i64 smallerSide) {
 
 const VectorBlur* VectorBlurFor(i32 level, const Surface& image, const Radii& radii) {
   if (image.pixels < 4 || 2 * radii.back() + 1 > kLargestLong) return nullptr;
-  return level >= PICTAVO_LEVEL_AVX2     ? &avx2::kVectorBlur
-         : level >= PICTAVO_LEVEL_SSE4_1 ? &sse41::kVectorBlur
-                                         : nullptr;
+  static constexpr Builds<const VectorBlur*> kBuilds = {.sse41 = &sse41::kVectorBlur,
+                                                        .avx2 = &avx2::kVectorBlur};
+  return kBuilds.For(level);
 }
 
 }  // namespace

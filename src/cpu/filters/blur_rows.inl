@@ -29,7 +29,7 @@ struct Divisor {
 };
 
 /// sum / count per 32-bit lane, rounded down. The half keeps rounding errors off the integers.
-inline V Quotient(V sum, F reciprocal) { return Truncate((Real(sum) + F::All(0.5f)) * reciprocal); }
+inline V Quotient(V sum, F reciprocal) { return Truncate((ToF(sum) + F::All(0.5f)) * reciprocal); }
 
 /// Sums of each channel of as many windows as V has pixels, in 16 bits and with the bias.
 struct ShortSums {
@@ -44,17 +44,17 @@ struct ShortSums {
 
   /// Means over whole windows. Multiplications shift by what is no constant.
   V Means(const Divisor& by) const {
-    const V high = MulHigh16(MulHigh16(even, by.multiplier), by.high);
-    return high | (Mul16(MulHigh16(odd, by.multiplier), by.low) & V::All16(0xFF00));
+    const V high = MulHighU16(MulHighU16(even, by.multiplier), by.high);
+    return high | (Mul16(MulHighU16(odd, by.multiplier), by.low) & V::All16(0xFF00));
   }
 
   V Means(const Divisor& by, V count) const {
     const V evenSums = Sub16(even, by.bias), oddSums = Sub16(odd, by.bias);
     const V half = V::All32(0xFFFF);
-    const F each = F::All(1.0f) / Real(count);
-    return Pixels(Quotient(evenSums & half, each), Quotient(oddSums & half, each),
-                  Quotient(ShiftRight32(evenSums, 16), each),
-                  Quotient(ShiftRight32(oddSums, 16), by.reciprocal));
+    const F each = F::All(1.0f) / ToF(count);
+    return JoinChannels(Quotient(evenSums & half, each), Quotient(oddSums & half, each),
+                        Quotient(ShiftRightU32(evenSums, 16), each),
+                        Quotient(ShiftRightU32(oddSums, 16), by.reciprocal));
   }
 };
 
@@ -67,19 +67,19 @@ struct LongSums {
   void Slide(V in, V out) {
     const V low = V::All32(1), high = V::All32(1u << 16);
     const V even = Sub16(Even(in), Even(out)), odd = Sub16(Odd(in), Odd(out));
-    blue = blue + Real(DotProduct32(even, low));
-    green = green + Real(DotProduct32(odd, low));
-    red = red + Real(DotProduct32(even, high));
-    alpha = alpha + Real(DotProduct32(odd, high));
+    blue = blue + ToF(DotProduct32(even, low));
+    green = green + ToF(DotProduct32(odd, low));
+    red = red + ToF(DotProduct32(even, high));
+    alpha = alpha + ToF(DotProduct32(odd, high));
   }
 
   V Means(const Divisor& by) const { return Means(by, by.reciprocal); }
-  V Means(const Divisor& by, V count) const { return Means(by, F::All(1.0f) / Real(count)); }
+  V Means(const Divisor& by, V count) const { return Means(by, F::All(1.0f) / ToF(count)); }
 
  private:
   V Means(const Divisor& by, F each) const {
-    return Pixels(Truncate(blue * each), Truncate(green * each), Truncate(red * each),
-                  Truncate(alpha * by.reciprocal));
+    return JoinChannels(Truncate(blue * each), Truncate(green * each), Truncate(red * each),
+                        Truncate(alpha * by.reciprocal));
   }
 };
 
@@ -103,7 +103,7 @@ struct Windows {
     if (!holes || AllOnes(Equal32(count, by.size))) return sums.Means(by);
     const V none = IsZero32(count);
     if (AllOnes(none)) return otherwise;
-    return Select(none, sums.Means(by, Sub32(count, none)), otherwise);
+    return Select(none, otherwise, sums.Means(by, Sub32(count, none)));
   }
 
  private:
@@ -118,10 +118,10 @@ struct Windows {
 inline void TurnFour(const u8* const* rows, i64 x, u8* columns, V* least) {
   V four[4];
   for (i64 i = 0; i < 4; ++i) {
-    four[i] = LoadRows(rows + i, 4 * x);
-    *least = Min8(*least, four[i]);
+    four[i] = LoadLanes([&](i64 lane) { return rows[4 * lane + i] + 4 * x; });
+    *least = MinU8(*least, four[i]);
   }
-  Transpose(four);
+  Transpose32(four);
   for (i64 i = 0; i < 4; ++i) four[i].Store(columns + i * kVectorBytes);
 }
 
@@ -167,8 +167,9 @@ void BlurAlong(Windows<Sums>* start, const u8* columns, i64 count, const WindowS
       four[i] = window.template Means<holes>(by, V::All32(0));
       if (holes) four[i] = WithoutClear(four[i]);
     }
-    Transpose(four);
-    for (i64 i = 0; i < 4; ++i) StoreRows(rows + i, 4 * x, four[i]);
+    Transpose32(four);
+    for (i64 i = 0; i < 4; ++i)
+      StoreLanes(four[i], [&](i64 lane) { return rows[4 * lane + i] + 4 * x; });
   }
   *start = window;
 }

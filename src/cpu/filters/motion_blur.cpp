@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "cpu/base/builds.h"
 #include "cpu/base/numbers.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse41.h"
-#include "cpu/simd/target_region.h"
 #include "platform/debugger.h"
 #include "platform/invalid_parameter.h"
 
@@ -318,10 +318,10 @@ using RunSpin = void(const Spin& spin, const Samples& samples);
 using D = double;
 D All(double x) { return x; }
 D Abs(D x) { return std::abs(x); }
-D Least(D a, D b) { return std::min(a, b); }
-D Most(D a, D b) { return std::max(a, b); }
+D Min(D a, D b) { return std::min(a, b); }
+D Max(D a, D b) { return std::max(a, b); }
 D Sqrt(D x) { return std::sqrt(x); }
-D Select(bool mask, D a, D b) { return mask ? b : a; }
+D Select(bool mask, D yes, D no) { return mask ? yes : no; }
 D RoundToSingle(D x) { return static_cast<f32>(x); }
 #include "cpu/filters/motion_blur_heading.inl"
 
@@ -361,25 +361,10 @@ u32 BlurRotation(const ImageDesc& src, const ImageDesc& dst, const MotionBlurPar
 
 }  // namespace
 
-TARGET_REGION("sse4.1")
-namespace sse41 {
-namespace {
-#include "cpu/filters/motion_blur_heading.inl"
-
-#include "cpu/filters/motion_blur_rows.inl"
-}  // namespace
-}  // namespace sse41
-TARGET_REGION_END
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/filters/motion_blur_heading.inl"
-
-#include "cpu/filters/motion_blur_rows.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/filters/motion_blur_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
 
 namespace {
 
@@ -413,21 +398,22 @@ u32 MotionBlurRotation_AVX2(const ImageDesc& src, const ImageDesc& dst, const Mo
 }
 
 Kernel* ChooseKernel(Motion motion, i32 level) {
-  struct Builds {
-    Kernel *portable, *sse41, *avx2;
-  };
-  static constexpr Builds kDirection = {MotionBlurDirection, MotionBlurDirection_SSE4_1,
-                                        MotionBlurDirection_AVX2};
-  static constexpr Builds kScale = {MotionBlurScale, MotionBlurScale_SSE4_1,
-                                    MotionBlurScale_SSE4_1};
-  static constexpr Builds kRotation = {MotionBlurRotation, MotionBlurRotation_SSE4_1,
-                                       MotionBlurRotation_AVX2};
-  const Builds& builds = motion == Motion::kDirection ? kDirection
-                         : motion == Motion::kZoom    ? kScale
-                                                      : kRotation;
-  return level >= PICTAVO_LEVEL_AVX2     ? builds.avx2
-         : level >= PICTAVO_LEVEL_SSE4_1 ? builds.sse41
-                                         : builds.portable;
+  static constexpr Builds<Kernel*> kDirection = {.portable = MotionBlurDirection,
+                                                 .sse41 = MotionBlurDirection_SSE4_1,
+                                                 .avx2 = MotionBlurDirection_AVX2};
+  static constexpr Builds<Kernel*> kScale = {.portable = MotionBlurScale,
+                                             .sse41 = MotionBlurScale_SSE4_1};
+  static constexpr Builds<Kernel*> kRotation = {.portable = MotionBlurRotation,
+                                                .sse41 = MotionBlurRotation_SSE4_1,
+                                                .avx2 = MotionBlurRotation_AVX2};
+  switch (motion) {
+    case Motion::kDirection:
+      return kDirection.For(level);
+    case Motion::kZoom:
+      return kScale.For(level);
+    default:
+      return kRotation.For(level);
+  }
 }
 
 bool IsUsable(const ImageDesc& image) {

@@ -10,10 +10,10 @@ struct Heading {
 /// are whole numbers.
 inline Heading HeadingOf(D u, D v) {
   const D pi = All(3.14159265358979324);
-  const D low = Least(Abs(u), Abs(v)), high = Most(Abs(u), Abs(v));
+  const D low = Min(Abs(u), Abs(v)), high = Max(Abs(u), Abs(v));
   // The arc tangent of low / high, from 0 or from an eighth turn, whichever is nearer.
   const auto isFar = All(0.41421356237309505) * high < low;
-  const D z = Select(isFar, low, low - high) / Most(Select(isFar, high, high + low), All(1));
+  const D z = Select(isFar, low - high, low) / Max(Select(isFar, high + low, high), All(1));
   const D w = z * z;
   // Within 1e-15 of atan(z) / z up to a sixteenth turn.
   static constexpr double kPolynomial[] = {
@@ -23,15 +23,15 @@ inline Heading HeadingOf(D u, D v) {
   D ratio = All(0);
   for (const double coefficient : kPolynomial) ratio = ratio * w + All(coefficient);
   D angle = z * ratio;
-  angle = Select(isFar, angle, angle + pi * All(0.25));
-  angle = Select(Abs(v) < Abs(u), angle, pi * All(0.5) - angle);
-  angle = Select(v < All(0), angle, pi - angle);
-  angle = Select(u < All(0), angle, All(0) - angle);
+  angle = Select(isFar, angle + pi * All(0.25), angle);
+  angle = Select(Abs(v) < Abs(u), pi * All(0.5) - angle, angle);
+  angle = Select(v < All(0), pi - angle, angle);
+  angle = Select(u < All(0), All(0) - angle, angle);
 
   // By how much the rounded angle turns further than the exact one, whose sine and cosine follow
   // from u and v; for turns so small the sine is the angle and the cosine 1.
   const D turn = RoundToSingle(angle) - angle;
-  const D scale = All(1) / Most(Sqrt(u * u + v * v), All(1));
+  const D scale = All(1) / Max(Sqrt(u * u + v * v), All(1));
   const D sin = u * scale, cos = v * scale;
   return {sin + cos * turn, cos - sin * turn};
 }

@@ -3,8 +3,10 @@
 // A pixel is summed as two 16-bit halves, "even" (blue, red) and "odd" (green, alpha), which hold
 // 256 samples; longer streaks are summed in stretches.
 
+inline D All(double x) { return D::All(x); }
+#include "cpu/filters/motion_blur_heading.inl"
+
 constexpr i64 kStretch = 256;
-constexpr u32 kAlpha = 0xFF000000;
 
 /// The sums of up to kStretch samples of a V of pixels.
 struct Stretch {
@@ -19,7 +21,7 @@ struct Stretch {
       pixels = AndNot(miss, pixels);
     }
     even = Add16(even, pixels & V::All16(0xFF));
-    odd = Add16(odd, ShiftRight16(pixels, 8));
+    odd = Add16(odd, ShiftRightU16(pixels, 8));
   }
 };
 
@@ -30,8 +32,8 @@ struct Sums {
   Sums(const Stretch& s, u32 count)
       : blue(s.even & V::All32(0xFFFF)),
         green(s.odd & V::All32(0xFFFF)),
-        red(ShiftRight32(s.even, 16)),
-        alpha(ShiftRight32(s.odd, 16)),
+        red(ShiftRightU32(s.even, 16)),
+        alpha(ShiftRightU32(s.odd, 16)),
         hits(Add32(V::All32(count), s.misses)) {}
 
   void Add(const Sums& s) {
@@ -44,7 +46,7 @@ struct Sums {
 
   /// See Mean of the portable kernels.
   V Mean(i32 samples) const {
-    const V some = Max32(hits, V::All32(1));
+    const V some = MaxI32(hits, V::All32(1));
     return Quotient32(blue, some) | ShiftLeft32(Quotient32(green, some), 8) |
            ShiftLeft32(Quotient32(red, some), 16) |
            ShiftLeft32(Quotient32(alpha, V::All32(static_cast<u32>(samples))), 24);
@@ -85,6 +87,11 @@ struct Moves {
 };
 constexpr u8 kNothing = 128;
 
+/// A vector of pixels, as a tap says.
+inline V Take(const u8* row, const i32* fours, const u8* from) {
+  return ShuffleBytes(LoadLanes([&](i64 lane) { return row + fours[lane]; }), V::Load(from));
+}
+
 /// False where four pixels do not come from four columns.
 inline bool MakeTap(const Plan& plan, i32 sample, i32 x, Tap* tap, Moves* moves) {
   u8* from = moves->from;
@@ -109,7 +116,7 @@ inline bool MakeTap(const Plan& plan, i32 sample, i32 x, Tap* tap, Moves* moves)
 inline bool HasClearPixels(const u8* row, i64 width) {
   V least = V::All32(~0u);
   i64 x = 0;
-  for (; x + V::kPixels <= width; x += V::kPixels) least = Min8(least, V::Load(row + 4 * x));
+  for (; x + V::kPixels <= width; x += V::kPixels) least = MinU8(least, V::Load(row + 4 * x));
   bool found = !AlphasClear(Equal8(least, V::Zero()));
   for (; x < width; ++x) found |= row[4 * x + 3] == 0;
   return found;
@@ -237,9 +244,9 @@ class Strip {
           right.template Add<kAllHit>(V::Load(hit->row + tap.fours[0] + 4 * V::kPixels));
         } else {
           const u8* from = moves[hit->sample].from;
-          left.template Add<kAllHit>(ShuffleFours(LoadFours(hit->row, tap.fours), V::Load(from)));
-          right.template Add<kAllHit>(ShuffleFours(LoadFours(hit->row, tap.fours + V::kPixels / 4),
-                                                   V::Load(from + 4 * V::kPixels)));
+          left.template Add<kAllHit>(Take(hit->row, tap.fours, from));
+          right.template Add<kAllHit>(
+              Take(hit->row, tap.fours + V::kPixels / 4, from + kVectorBytes));
         }
       }
       const u32 count = static_cast<u32>(end - first);
@@ -283,14 +290,14 @@ class Streaks {
  public:
   Streaks(const Spin& spin, i32 y, i32 x) : spin_(spin), row_(F::All(static_cast<f32>(y))) {
     const V columns = Add32(V::All32(static_cast<u32>(x)), Index32());
-    column_ = Real(columns);
+    column_ = ToF(columns);
     const f32 up = static_cast<f32>(spin.centreY - y);
-    const F u = F::All(up), v = Real(Sub32(columns, V::All32(static_cast<u32>(spin.centreX))));
+    const F u = F::All(up), v = ToF(Sub32(columns, V::All32(static_cast<u32>(spin.centreX))));
     distance_ = Sqrt((u * u + v * v) / F::All(spin.reach));
-    const Heading low = HeadingOf(All(double{up}), LowDoubles(v));
-    const Heading high = HeadingOf(All(double{up}), HighDoubles(v));
-    cos_ = Singles(low.cos, high.cos);
-    sin_ = Singles(low.sin, high.sin);
+    const Heading low = HeadingOf(D::All(double{up}), LowToD(v));
+    const Heading high = HeadingOf(D::All(double{up}), HighToD(v));
+    cos_ = ToF(low.cos, high.cos);
+    sin_ = ToF(low.sin, high.sin);
   }
 
   struct Places {
@@ -310,8 +317,8 @@ class Streaks {
 /// All ones where a place lies before the source, and after it.
 struct Sides {
   Sides(V place, i32 size)
-      : before(Greater32(V::Zero(), place)),
-        after(Greater32(place, V::All32(static_cast<u32>(size - 1)))) {}
+      : before(GreaterI32(V::Zero(), place)),
+        after(GreaterI32(place, V::All32(static_cast<u32>(size - 1)))) {}
 
   V Outside() const { return before | after; }
 
@@ -328,11 +335,11 @@ V MeanOfStreaks(const Spin& spin, const Samples& samples, const Streaks& streaks
       const Streaks::Places at = streaks.At(samples.places[static_cast<size_t>(i)]);
       const V places = Add32(Mul32(at.y, pitch), ShiftLeft32(at.x, 2));
       if constexpr (kAllInside) {
-        stretch.Add<false>(LoadEach(src, places));
+        stretch.Add<false>(Gather32(src, places));
       } else {
         const V outside =
             Sides(at.x, spin.src.width).Outside() | Sides(at.y, spin.src.height).Outside();
-        stretch.Add<false>(LoadEach(src, places, AndNot(outside, V::All32(~0u))));
+        stretch.Add<false>(Gather32(src, places, AndNot(outside, V::All32(~0u))));
       }
     }
     return Sums(stretch, static_cast<u32>(end - first));

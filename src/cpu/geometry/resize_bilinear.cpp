@@ -1,34 +1,15 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <optional>
 
+#include "cpu/base/builds.h"
+#include "cpu/base/scratch.h"
 #include "cpu/geometry/resize.h"
+#include "cpu/geometry/resize_bilinear_simd.h"
 #include "cpu/geometry/resize_pictures.h"
-#include "cpu/simd/avx2.h"
-#include "cpu/simd/sse2.h"
-#include "cpu/simd/ssse3.h"
-#include "cpu/simd/target_region.h"
-#include "platform/pages.h"
 
 namespace pictavo::cpu {
 namespace {
-
-/// Memory for a call: pages, unless a little will do. Those of a small picture would take longer
-/// than the picture.
-class Scratch {
- public:
-  explicit Scratch(i64 size) {
-    if (size > i64{sizeof own_}) pages_.emplace(static_cast<size_t>(size));
-  }
-
-  /// Null when there is none.
-  u8* data() { return pages_ ? static_cast<u8*>(pages_->data()) : own_; }
-
- private:
-  alignas(64) u8 own_[16384];
-  std::optional<Pages> pages_;
-};
 
 /// Where a destination column or row lies in the source.
 struct Position {
@@ -38,11 +19,8 @@ struct Position {
 
 /// A resize with its tables.
 struct Bilinear {
-  u8* dst;
-  i64 dstPitch;
-  const u8* src;
-  i64 srcWidth, srcPitch;
-  i64 width, height;  // what is written
+  Picture dst;  // what is written
+  Source src;
   const Position *columns, *rows;
   int fractionBits;
   bool opaque;
@@ -57,7 +35,7 @@ i32 Between(i32 a, i32 b, i32 fraction, int bits) { return (((b - a) * fraction)
 template <int bits>
 void BilinearRow(u8* dst, const u8* row, i64 nextRow, i32 fractionDown, const Bilinear& b) {
   const u8* p = row;
-  for (i64 x = 0; x < b.width; ++x, dst += 4) {
+  for (i64 x = 0; x < b.dst.width; ++x, dst += 4) {
     const Position position = b.columns[x];
     p += 4 * i64{position.step};
     const u8* q = p + (fractionDown == 0 ? 0 : nextRow);
@@ -73,42 +51,33 @@ void BilinearRow(u8* dst, const u8* row, i64 nextRow, i32 fractionDown, const Bi
 
 template <int bits>
 void ResizePortable(const Bilinear& b) {
-  const u8* row = b.src;
-  for (i64 y = 0; y < b.height; ++y) {
-    row += b.rows[y].step * b.srcPitch;
-    BilinearRow<bits>(b.dst + y * b.dstPitch, row, b.srcPitch, b.rows[y].fraction, b);
+  const u8* row = b.src.pixels;
+  for (i64 y = 0; y < b.dst.height; ++y) {
+    row += b.rows[y].step * b.src.pitch;
+    BilinearRow<bits>(b.dst.Row(y), row, b.src.pitch, b.rows[y].fraction, b);
   }
 }
 
 /// Whether no destination column lies more than two source columns from the one before.
 bool AreDense(const Bilinear& b) {
-  return std::all_of(b.columns, b.columns + b.width, [](Position p) { return p.step <= 2; });
+  return std::all_of(b.columns, b.columns + b.dst.width, [](Position p) { return p.step <= 2; });
 }
+
+/// A vector build, for destinations of at least so many columns.
+struct VectorBilinear {
+  i64 leastWidth;
+  u32 (*resize)(const Bilinear& b);
+};
 
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
 // The vector builds.
 
-TARGET_REGION("ssse3")
-namespace ssse3 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/geometry/resize_bilinear.inl"
-}  // namespace
-}  // namespace ssse3
-TARGET_REGION_END
-
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/geometry/resize_bilinear.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/geometry/resize_bilinear.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_ssse3.inl"
+#undef KERNELS
 
 namespace {
 
@@ -150,27 +119,33 @@ void FindPositions16(Position* positions, i64 dstSize, i64 srcSize, i64 count) {
   }
 }
 
-u32 Run(i32 level, i32 vectorLevel, const Bilinear& b) {
-  if (level >= PICTAVO_LEVEL_AVX2 && avx2::Takes(b)) return avx2::Resize(b);
-  if (level >= vectorLevel && ssse3::Takes(b)) return ssse3::Resize(b);
+using BilinearBuilds = Builds<const VectorBilinear*>;
+constexpr BilinearBuilds kBuilds7 = {.ssse3 = &ssse3::kBilinear, .avx2 = &avx2::kBilinear};
+constexpr BilinearBuilds kBuilds16 = {.sse41 = &ssse3::kBilinear, .avx2 = &avx2::kBilinear};
+
+u32 Run(const BilinearBuilds& builds, i32 level, const Bilinear& b) {
+  const VectorBilinear* const build = builds.For(level, [&](const VectorBilinear* vectors) {
+    return b.dst.width >= vectors->leastWidth && b.src.width >= 2;
+  });
+  if (build != nullptr) return build->resize(b);
   b.fractionBits == 7 ? ResizePortable<7>(b) : ResizePortable<16>(b);
   return PICTAVO_S_OK;
 }
 
 u32 Bilinear16(i32 level, const ResizePictures& p, bool opaque, bool fullSize) {
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
-  const i64 width = i64{p.dstWidth} - !fullSize, height = i64{p.dstHeight} - !fullSize;
-  if (height < 1) return PICTAVO_S_OK;
+  Picture written = p.dst;
+  written.width -= !fullSize;
+  written.height -= !fullSize;
+  if (written.height < 1) return PICTAVO_S_OK;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
-  Scratch tables((width + height) * i64{sizeof(Position)});
-  if (tables.data() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  Scratch tables((written.width + written.height) * i64{sizeof(Position)});
+  if (tables.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   Position* const columns = reinterpret_cast<Position*>(tables.data());
-  Position* const rows = columns + width;
-  FindPositions16(columns, p.dstWidth, p.srcWidth, width);
-  FindPositions16(rows, p.dstHeight, p.srcHeight, height);
-  return Run(
-      level, PICTAVO_LEVEL_SSE4_1,
-      {p.dst, p.dstPitch, p.src, p.srcWidth, p.srcPitch, width, height, columns, rows, 16, opaque});
+  Position* const rows = columns + written.width;
+  FindPositions16(columns, p.dst.width, p.src.width, written.width);
+  FindPositions16(rows, p.dst.height, p.src.height, written.height);
+  return Run(kBuilds16, level, {written, p.src, columns, rows, 16, opaque});
 }
 
 }  // namespace
@@ -191,20 +166,18 @@ u32 ResizeBilinear16KeepAlpha(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i
 
 u32 ResizeBilinear7(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                     i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
-  const ResizePictures p = {dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch};
+  const ResizePictures p(dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch);
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   constexpr i32 kMost = 1 << 23;  // the last position times 256 fits 32 bits
   if (dstWidth > kMost || dstHeight > kMost) return PICTAVO_E_INVALIDARG;
   Scratch tables((i64{dstWidth} + dstHeight) * i64{sizeof(Position)});
-  if (tables.data() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  if (tables.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   Position* const columns = reinterpret_cast<Position*>(tables.data());
   Position* const rows = columns + dstWidth;
   FindPositions7(columns, dstWidth, srcWidth);
   FindPositions7(rows, dstHeight, srcHeight);
   rows[dstHeight - 1].fraction = 0;  // the last row is never blended with the one below it
-  return Run(
-      level, PICTAVO_LEVEL_SSSE3,
-      {dst, dstPitch, src, srcWidth, srcPitch, dstWidth, dstHeight, columns, rows, 7, false});
+  return Run(kBuilds7, level, {p.dst, p.src, columns, rows, 7, false});
 }
 
 }  // namespace pictavo::cpu

@@ -1,5 +1,4 @@
-// The vector build of resize_bilinear.cpp over V, included once for each instruction set after
-// pixels.inl.
+// The vector build of resize_bilinear.cpp over V, included once for each instruction set.
 //
 // A source row is interpolated across once and kept while it serves, so that a destination row is
 // one pass over two kept rows. The weights have 16 bits; those of 7 bits do as multiples of 512.
@@ -7,9 +6,9 @@
 /// a + ((b - a) * weight >> 16) per channel, for weights in both halves of each lane. A weight is
 /// taken as a signed number, which is 65536 too small from 0x8000 on: b is then the one to add to.
 inline V Between(V a, V b, V weight) {
-  const V even = MulHighSigned16(Sub16(Even(b), Even(a)), weight);
-  const V odd = MulHighSigned16(Sub16(Odd(b), Odd(a)), weight);
-  const V nearer = SelectNegative32(weight, a, b);
+  const V even = MulHighI16(Sub16(Even(b), Even(a)), weight);
+  const V odd = MulHighI16(Sub16(Odd(b), Odd(a)), weight);
+  const V nearer = SelectNegative32(weight, b, a);
   return Add8(nearer, (even & V::All16(0xFF)) | ShiftLeft16(odd, 8));
 }
 
@@ -57,15 +56,15 @@ struct Scattered {
 template <typename Group>
 void MakeGroups(Group* groups, const Bilinear& b) {
   i32 column = 0;  // source column of destination column x - 1
-  for (i64 x = 0; x < b.width; x += V::kPixels, ++groups) {
-    for (; x + V::kPixels > b.width; --x) column -= b.columns[x - 1].step;
+  for (i64 x = 0; x < b.dst.width; x += V::kPixels, ++groups) {
+    for (; x + V::kPixels > b.dst.width; --x) column -= b.columns[x - 1].step;
     i32 columns[V::kPixels];
     u32 weights[V::kPixels];
     for (i64 i = 0; i < V::kPixels; ++i) {
       columns[i] = column += b.columns[x + i].step;
       weights[i] = (u32{b.columns[x + i].fraction} << (16 - b.fractionBits)) * 0x00010001;
     }
-    new (groups) Group(columns, V::Load(reinterpret_cast<const u8*>(weights)), b.srcWidth);
+    new (groups) Group(columns, V::Load(reinterpret_cast<const u8*>(weights)), b.src.width);
   }
 }
 
@@ -81,7 +80,7 @@ void ForVectors(i64 width, Body body) {
 template <typename Group>
 void Across(u8* dst, const u8* row, const Group* groups, const Bilinear& b) {
   const V opaque = V::All32(b.opaque ? kAlpha : 0);
-  ForVectors(b.width, [&](i64 at) {
+  ForVectors(b.dst.width, [&](i64 at) {
     Prefetch(row + 4 * i64{groups->places[0]}, 64);
     V here, right;
     groups->Load(row, &here, &right);
@@ -112,7 +111,7 @@ class KeptRows {
     held_[row & 1] = row;
     return kept;
   }
-  void Make(u8* dst, i64 row) const { Across(dst, b_.src + row * b_.srcPitch, groups_, b_); }
+  void Make(u8* dst, i64 row) const { Across(dst, b_.src.Row(row), groups_, b_); }
 
  private:
   const Bilinear& b_;
@@ -123,25 +122,25 @@ class KeptRows {
 
 template <typename Group>
 u32 ResizeGroups(const Bilinear& b) {
-  const i64 groupCount = (b.width + V::kPixels - 1) / V::kPixels;
+  const i64 groupCount = (b.dst.width + V::kPixels - 1) / V::kPixels;
   const i64 groupBytes = groupCount * i64{sizeof(Group)};
   const i64 rowBytes = groupCount * kVectorBytes + 64;  // a line more keeps powers of two apart
   Scratch scratch(groupBytes + 2 * rowBytes);
-  if (scratch.data() == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   Group* const groups = reinterpret_cast<Group*>(scratch.data());
   MakeGroups(groups, b);
   KeptRows<Group> rows(b, groups, scratch.data() + groupBytes, rowBytes);
 
   i64 row = 0;
-  u8* dst = b.dst;
-  for (i64 y = 0; y < b.height; ++y, dst += b.dstPitch) {
+  for (i64 y = 0; y < b.dst.height; ++y) {
+    u8* const dst = b.dst.Row(y);
     row += b.rows[y].step;
     const u32 weight = u32{b.rows[y].fraction} << (16 - b.fractionBits);
     if (weight != 0) {
       const u8* const top = rows.Row(row);
-      Down(dst, top, rows.Row(row + 1), weight, b.width);
+      Down(dst, top, rows.Row(row + 1), weight, b.dst.width);
     } else if (rows.Holds(row)) {
-      std::memcpy(dst, rows.Row(row), static_cast<size_t>(4 * b.width));
+      std::memcpy(dst, rows.Row(row), static_cast<size_t>(4 * b.dst.width));
     } else {
       rows.Make(dst, row);
     }
@@ -149,9 +148,9 @@ u32 ResizeGroups(const Bilinear& b) {
   return PICTAVO_S_OK;
 }
 
-bool Takes(const Bilinear& b) { return b.width >= V::kPixels && b.srcWidth >= 2; }
-
-u32 Resize(const Bilinear& b) {
-  const bool dense = b.srcWidth >= V::kPixels && AreDense(b);
+inline u32 Resize(const Bilinear& b) {
+  const bool dense = b.src.width >= V::kPixels && AreDense(b);
   return dense ? ResizeGroups<Dense>(b) : ResizeGroups<Scattered>(b);
 }
+
+constexpr VectorBilinear kBilinear = {V::kPixels, Resize};

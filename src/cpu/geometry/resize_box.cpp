@@ -2,12 +2,10 @@
 #include <array>
 #include <cstring>
 
+#include "cpu/base/builds.h"
 #include "cpu/geometry/resize.h"
+#include "cpu/geometry/resize_box_simd.h"
 #include "cpu/geometry/resize_pictures.h"
-#include "cpu/simd/avx2.h"
-#include "cpu/simd/sse2.h"
-#include "cpu/simd/sse41.h"
-#include "cpu/simd/target_region.h"
 
 namespace pictavo::cpu {
 namespace {
@@ -16,7 +14,7 @@ namespace {
 struct Grid {
   i64 step, quarter;  // in 1/65536 of a source pixel
 
-  Grid(i32 dstSize, i32 srcSize) : step(srcSize * 65536 / dstSize), quarter(step / 4) {}
+  Grid(i64 dstSize, i64 srcSize) : step(srcSize * 65536 / dstSize), quarter(step / 4) {}
 
   bool Halves() const { return step == 2 * 65536; }
   i64 Sample(i64 position, i64 i) const { return (position * step + i * quarter) >> 16; }
@@ -52,6 +50,12 @@ struct BoxRow {
 };
 
 using BoxRowFn = void(u8* dst, const BoxRow& row);
+
+/// A vector build, for sources of at least so many columns.
+struct VectorBox {
+  i64 leastWidth;
+  BoxRowFn* makeRow;
+};
 
 // ---------------------------------------------------------------------------------------------
 // The rule.
@@ -179,34 +183,19 @@ void HalveRow(u8* dst, const BoxRow& row) {
 // ---------------------------------------------------------------------------------------------
 // The vector builds.
 
-namespace sse2 {
-namespace {
-#include "cpu/geometry/resize_box_means.inl"
-}  // namespace
-}  // namespace sse2
+#define KERNELS "cpu/geometry/resize_box_means.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse2.inl"
+#undef KERNELS
 
-TARGET_REGION("sse4.1")
 namespace sse41 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
 using sse2::Means;
-#include "cpu/geometry/resize_box.inl"
-}  // namespace
-}  // namespace sse41
-TARGET_REGION_END
+}
 
-TARGET_REGION("avx2")
-namespace avx2 {
-namespace {
-#include "cpu/simd/pixels.inl"
-
-#include "cpu/geometry/resize_box_means.inl"
-
-#include "cpu/geometry/resize_box.inl"
-}  // namespace
-}  // namespace avx2
-TARGET_REGION_END
+#define KERNELS "cpu/geometry/resize_box.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
 
 namespace {
 
@@ -224,18 +213,18 @@ void PlainStrips(u8* dst, const BoxRow& row) {
 // The operations.
 
 u32 ResizeRows(const ResizePictures& p, bool opaque, BoxRowFn* strips, BoxRowFn* pixels) {
-  const Grid columns(p.dstWidth, p.srcWidth), lines(p.dstHeight, p.srcHeight);
+  const Grid columns(p.dst.width, p.src.width), lines(p.dst.height, p.src.height);
   BoxRowFn* const makeRow = Strip::Suits(columns) ? strips : pixels;
   const Pattern pattern(columns);
-  u8* dst = p.dst;
-  BoxRow row = {{}, p.srcWidth, p.dstWidth, columns, pattern, opaque};
-  for (i64 y = 0; y < p.dstHeight; ++y, dst += p.dstPitch) {
+  BoxRow row = {{}, p.src.width, p.dst.width, columns, pattern, opaque};
+  for (i64 y = 0; y < p.dst.height; ++y) {
+    u8* const dst = p.dst.Row(y);
     const auto rowsBefore = row.rows;
     for (size_t j = 0; j < 4; ++j) {
-      row.rows[j] = p.src + lines.Sample(y, static_cast<i64>(j)) * p.srcPitch;
+      row.rows[j] = p.src.Row(lines.Sample(y, static_cast<i64>(j)));
     }
     if (row.rows == rowsBefore) {
-      std::memmove(dst, dst - p.dstPitch, 4 * static_cast<size_t>(p.dstWidth));
+      std::memmove(dst, dst - p.dst.pitch, 4 * static_cast<size_t>(p.dst.width));
     } else {
       makeRow(dst, row);
     }
@@ -248,20 +237,21 @@ u32 ResizeRows(const ResizePictures& p, bool opaque, BoxRowFn* strips, BoxRowFn*
 u32 ResizeBox16AlphaWeighted(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
                              const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
                              i32 forceOpaque) noexcept {
-  const ResizePictures p = {dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch};
+  const ResizePictures p(dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch);
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
   const bool opaque = forceOpaque != 0;
   BoxRowFn* const pixels = opaque ? PlainRow : WeightedRow;
-  BoxRowFn* strips = pixels;
-  if (level >= PICTAVO_LEVEL_SSE4_1 && srcWidth >= sse41::V::kPixels) strips = sse41::MixedRow;
-  if (level >= PICTAVO_LEVEL_AVX2 && srcWidth >= avx2::V::kPixels) strips = avx2::MixedRow;
-  return ResizeRows(p, opaque, strips, pixels);
+  static constexpr Builds<const VectorBox*> kBuilds = {.sse41 = &sse41::kMixed,
+                                                       .avx2 = &avx2::kMixed};
+  const VectorBox* const vectors =
+      kBuilds.For(level, [=](const VectorBox* build) { return srcWidth >= build->leastWidth; });
+  return ResizeRows(p, opaque, vectors != nullptr ? vectors->makeRow : pixels, pixels);
 }
 
 u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src, i32 srcWidth,
                 i32 srcHeight, i32 srcPitch) noexcept {
-  const ResizePictures p = {dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch};
+  const ResizePictures p(dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch);
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
   const bool halves = Grid(dstWidth, srcWidth).Halves() && Grid(dstHeight, srcHeight).Halves();

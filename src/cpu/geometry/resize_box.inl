@@ -1,5 +1,5 @@
 // The vector build of resize_box.cpp's alpha-weighted box over V, included once for each
-// instruction set after pixels.inl: the sampled rows are summed for a strip of columns, and then
+// instruction set: the sampled rows are summed for a strip of columns, and then
 // the columns.
 
 /// Walks a strip's columns by vectors, the last of which ends at the last column. A strip narrower
@@ -9,7 +9,7 @@ void ForColumns(i64 columns, Body body) {
   for (i64 i = 0; i < columns; i += V::kPixels) body(std::min(i, columns - V::kPixels));
 }
 
-Strip VectorStrip(const BoxRow& row, i64 x) {
+inline Strip VectorStrip(const BoxRow& row, i64 x) {
   Strip strip(row, x);
   strip.first = std::min(strip.first, row.srcWidth - V::kPixels);
   strip.columns = std::max(strip.columns, V::kPixels);
@@ -20,7 +20,7 @@ Strip VectorStrip(const BoxRow& row, i64 x) {
 enum class Alphas { kClear, kOpaque, kMixed };
 
 /// Sums the rows of each column, and tells what alphas they hold.
-Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
+inline Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
   const V opaque = V::All32(row.opaque ? kAlpha : 0);
   const auto rows = row.rows;
   const i64 first = strip.first;
@@ -28,8 +28,8 @@ Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
   ForColumns(strip.columns, [&](i64 i) {
     V p[4];
     for (size_t j = 0; j < 4; ++j) p[j] = V::Load(rows[j] + 4 * (first + i)) | opaque;
-    least = Min8(least, Min8(Min8(p[0], p[1]), Min8(p[2], p[3])));
-    most = Max8(most, Max8(Max8(p[0], p[1]), Max8(p[2], p[3])));
+    least = MinU8(least, MinU8(MinU8(p[0], p[1]), MinU8(p[2], p[3])));
+    most = MaxU8(most, MaxU8(MaxU8(p[0], p[1]), MaxU8(p[2], p[3])));
     V low, high;
     SumBytes(p[0], p[1], p[2], p[3], &low, &high);
     StoreWide(low, high, reinterpret_cast<u8*>(sums->data() + 4 * i));
@@ -42,7 +42,7 @@ Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
 /// Sums of four rows, for each column: blue, green and red times alpha, and alpha.
 using WeightedSums = std::array<i32, 4 * kStripColumns>;
 
-void SumWeighted(WeightedSums* sums, const BoxRow& row, const Strip& strip) {
+inline void SumWeighted(WeightedSums* sums, const BoxRow& row, const Strip& strip) {
   const auto rows = row.rows;
   const i64 first = strip.first;
   ForColumns(strip.columns, [=](i64 i) {
@@ -50,7 +50,7 @@ void SumWeighted(WeightedSums* sums, const BoxRow& row, const Strip& strip) {
     V blue = V::All32(0), green = blue, red = blue, alpha = blue;
     for (size_t j = 0; j < 4; j += 2) {  // two rows side by side, as the halves of each lane
       const V p = V::Load(rows[j] + at), q = V::Load(rows[j + 1] + at);
-      const V low = LowWords(p, q), high = HighWords(p, q), weights = Odd(high);
+      const V low = PairLow16(p, q), high = PairHigh16(p, q), weights = Odd(high);
       blue = Add32(blue, DotProduct32(Even(low), weights));
       green = Add32(green, DotProduct32(Odd(low), weights));
       red = Add32(red, DotProduct32(Even(high), weights));
@@ -61,7 +61,7 @@ void SumWeighted(WeightedSums* sums, const BoxRow& row, const Strip& strip) {
 }
 
 /// The weighted means of four columns of sums for as many pixels as a vector holds.
-V WeightedMeans(const WeightedSums& sums, Grid columns, Strip strip, i64 x) {
+inline V WeightedMeans(const WeightedSums& sums, Grid columns, Strip strip, i64 x) {
   V means[4];
   for (i64 k = 0; k < 4; ++k) {
     const auto sample = [&](i64 i) {
@@ -73,10 +73,10 @@ V WeightedMeans(const WeightedSums& sums, Grid columns, Strip strip, i64 x) {
     };
     means[k] = MeansByLast32(Add32(Add32(sample(0), sample(1)), Add32(sample(2), sample(3))));
   }
-  return PackPixels(means);
+  return PackU8(means);
 }
 
-void WeightedStrip(u8* dst, const BoxRow& row, const Strip& strip) {
+inline void WeightedStrip(u8* dst, const BoxRow& row, const Strip& strip) {
   WeightedSums sums;
   SumWeighted(&sums, row, strip);
   i64 x = 0;
@@ -90,7 +90,7 @@ void WeightedStrip(u8* dst, const BoxRow& row, const Strip& strip) {
   }
 }
 
-void MixedRow(u8* dst, const BoxRow& row) {
+inline void MixedRow(u8* dst, const BoxRow& row) {
   RowSums sums;
   for (i64 x = 0; x < row.dstWidth;) {
     const Strip strip = VectorStrip(row, x);
@@ -106,3 +106,5 @@ void MixedRow(u8* dst, const BoxRow& row) {
     x += strip.pixels;
   }
 }
+
+constexpr VectorBox kMixed = {V::kPixels, MixedRow};

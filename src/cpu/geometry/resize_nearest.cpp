@@ -74,22 +74,22 @@ RowFn* RowFor(u32 step, i64 width) {
 
 u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
                     i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
-  const ResizePictures p = {reinterpret_cast<u8*>(dst),       dstWidth, dstHeight, dstPitch,
-                            reinterpret_cast<const u8*>(src), srcWidth, srcHeight, srcPitch};
+  const i32 dstStep = dstPitch / 4 * 4, srcStep = srcPitch / 4 * 4;  // whole pixels
+  const ResizePictures p(reinterpret_cast<u8*>(dst), dstWidth, dstHeight, dstStep,
+                         reinterpret_cast<const u8*>(src), srcWidth, srcHeight, srcStep);
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
   const u32 stepX = static_cast<u32>((srcWidth << 16) / dstWidth);
   const u32 stepY = static_cast<u32>((srcHeight << 16) / dstHeight);
-  const i64 dstStep = dstPitch / 4 * 4, srcStep = srcPitch / 4 * 4;  // whole pixels
   RowFn* const makeRow = RowFor(stepX, dstWidth);
-  u8* row = p.dst;
   u32 place = 0;
-  for (i32 y = 0; y < dstHeight; ++y, row += dstStep, place += stepY) {
+  for (i64 y = 0; y < dstHeight; ++y, place += stepY) {
+    u8* const row = p.dst.Row(y);
     const bool repeats = y > 0 && place >> 16 == (place - stepY) >> 16;
     if (repeats && makeRow == PickRow) {  // the others are no slower than a copy
       std::memmove(row, row - dstStep, 4 * static_cast<size_t>(dstWidth));
     } else {
-      makeRow(row, p.src + i64{place >> 16} * srcStep, dstWidth, stepX);
+      makeRow(row, p.src.Row(place >> 16), dstWidth, stepX);
     }
   }
   return PICTAVO_S_OK;

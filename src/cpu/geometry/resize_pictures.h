@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "pictavo/pictavo.h"
+#include "cpu/base/picture.h"
 
 namespace pictavo::cpu {
 
@@ -12,20 +12,21 @@ using u16 = std::uint16_t;
 using u64 = std::uint64_t;
 
 struct ResizePictures {
-  u8* dst;
-  i32 dstWidth, dstHeight, dstPitch;
-  const u8* src;
-  i32 srcWidth, srcHeight, srcPitch;
+  Picture dst;
+  Source src;
+
+  ResizePictures(u8* to, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* from, i32 srcWidth,
+                 i32 srcHeight, i32 srcPitch)
+      : dst{to, dstWidth, dstHeight, dstPitch}, src{from, srcWidth, srcHeight, srcPitch} {}
 
   /// PICTAVO_S_OK when there are pixels to write, else what the operation returns.
   u32 Check() const {
-    if (dst == nullptr || src == nullptr) return PICTAVO_E_POINTER;
-    const bool empty = dstWidth < 1 || dstHeight < 1 || srcWidth < 1 || srcHeight < 1;
-    return empty ? PICTAVO_S_FALSE : PICTAVO_S_OK;
+    if (dst.pixels == nullptr || src.pixels == nullptr) return PICTAVO_E_POINTER;
+    return dst.IsEmpty() || src.IsEmpty() ? PICTAVO_S_FALSE : PICTAVO_S_OK;
   }
 
   /// Whether 16.16 fixed point holds every position in the source, and one step behind the last.
-  bool Fits16() const { return srcWidth <= 0x7FFF && srcHeight <= 0x7FFF; }
+  bool Fits16() const { return src.width <= 0x7FFF && src.height <= 0x7FFF; }
 };
 
 }  // namespace pictavo::cpu

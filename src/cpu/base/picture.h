@@ -1,0 +1,58 @@
+// Pictures as operations see them.
+#ifndef PICTAVO_CPU_BASE_PICTURE_H_
+#define PICTAVO_CPU_BASE_PICTURE_H_
+
+#include <type_traits>
+
+#include "pictavo/pictavo.h"
+
+namespace pictavo::cpu {
+
+/// Rows of pixels in the host's memory. Sizes in pixels, the pitch in bytes; it may be negative.
+template <typename Byte>
+struct PictureOf {
+  Byte* pixels = nullptr;
+  i64 width = 0, height = 0, pitch = 0;
+  i64 pixelBytes = 4;
+
+  bool IsEmpty() const { return width < 1 || height < 1; }
+  Byte* Row(i64 y) const { return pixels + y * pitch; }
+  /// Whether a row is no longer than the pitch, which is not negative then.
+  bool HoldsRows() const { return pitch >= (width > 0 ? width : 0) * pixelBytes; }
+
+  /// The same rows from the last to the first.
+  PictureOf Flipped() const {
+    return {pixels + (height - 1) * pitch, width, height, -pitch, pixelBytes};
+  }
+};
+
+using Picture = PictureOf<u8>;
+using Source = PictureOf<const u8>;
+
+/// The picture that a record describes, as it stands there.
+inline Picture PictureIn(const ImageDesc& image) {
+  return {static_cast<u8*>(image.data), image.width, image.height, image.pitch,
+          image.bytesPerPixel};
+}
+inline bool IsTexture(const ImageDesc& image) {
+  return image.memoryKind == PICTAVO_MEMORY_D3D11_TEXTURE;
+}
+
+/// The usual checks, in their order: PICTAVO_S_OK when there are pixels to work on, else what the
+/// operation returns.
+template <typename... Pictures>
+u32 Check(const Pictures&... pictures) {
+  if ((... || (pictures.pixels == nullptr))) return PICTAVO_E_POINTER;
+  if ((... || !pictures.HoldsRows())) return PICTAVO_E_INVALIDARG;
+  return (... || pictures.IsEmpty()) ? PICTAVO_S_FALSE : PICTAVO_S_OK;
+}
+
+/// Calls row(dst, src, width) for each row of two pictures of the destination's size.
+template <typename Row>
+void ForRows(const Picture& dst, const Source& src, Row row) {
+  for (i64 y = 0; y < dst.height; ++y) row(dst.Row(y), src.Row(y), dst.width);
+}
+
+}  // namespace pictavo::cpu
+
+#endif  // PICTAVO_CPU_BASE_PICTURE_H_
