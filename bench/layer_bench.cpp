@@ -27,13 +27,6 @@ const Layer kLayers[] = {
     {"73 multiply, over alpha", 2, 2},
 };
 
-/// The kernel that the kernel table holds at a level.
-cpu::LayerKernel* Kernel(u32 mode, i32 level) {
-  const cpu::LayerKernels& kernels = cpu::kLayerKernels;
-  if (level >= 8 && kernels.avx2[mode] != nullptr) return kernels.avx2[mode];
-  return level >= 6 ? kernels.sse41[mode] : kernels.defaults[mode];
-}
-
 }  // namespace
 
 Table Layers() {
@@ -44,8 +37,9 @@ Table Layers() {
         table.lines.push_back(
             {layer.name, size.name() + " " + alpha, size.pixels(), &Pixels(size, alpha),
              &Pixels(size, "soft"), true, AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-               Kernel(layer.mode, level)(dst, src, size.width, size.height, size.width * 4,
-                                         size.width * 4, {layer.mode, 255, layer.alphaMode, 0, 0});
+               cpu::kLayerKernels[layer.mode].For(level)(dst, src, size.width, size.height,
+                                                         size.width * 4, size.width * 4,
+                                                         {layer.mode, 255, layer.alphaMode, 0, 0});
              })});
       }
     }

@@ -182,14 +182,11 @@ LayerKernel* Marker(std::uintptr_t number) { return reinterpret_cast<LayerKernel
 
 TEST(KernelTable, TakesTheBuildsOfALevel) {
   LayerKernels builds = kLayerKernels;  // which modes have which build
-  const auto mark = [](auto& kernels, u32 first) {
-    for (u32 i = 0; i < kernels.size(); ++i) {
-      if (kernels[i] != nullptr) kernels[i] = Marker(first + i);
-    }
-  };
-  mark(builds.defaults, 100);
-  mark(builds.sse41, 200);
-  mark(builds.avx2, 300);
+  for (u32 i = 0; i < builds.size(); ++i) {
+    if (builds[i].portable != nullptr) builds[i].portable = Marker(100 + i);
+    if (builds[i].sse41 != nullptr) builds[i].sse41 = Marker(200 + i);
+    if (builds[i].avx2 != nullptr) builds[i].avx2 = Marker(300 + i);
+  }
 
   KernelTable table;
   for (const i32 level : {-1, 0, 5, 6, 7, 8, 9, 7, 0}) {  // the last two: nothing newer stays

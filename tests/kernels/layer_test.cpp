@@ -108,7 +108,7 @@ TEST(Layer, SubPixelFractionsOfZeroAreThePlainMode) {
   Random random(9);
   Bytes dst(740), src(740);
   for (u32 mode = 0; mode < kLayerModes; ++mode) {
-    EXPECT_EQ(kLayerKernels.defaults[kLayerModes + mode] == nullptr, mode == 8);
+    EXPECT_EQ(kLayerKernels[kLayerModes + mode].For(8) == nullptr, mode == 8);
     if (mode == 8) continue;
     for (u32 alphaMode = 0; alphaMode < 3; ++alphaMode) {
       FillPixels(dst.data(), dst.size(), kRandom, random);
@@ -154,13 +154,13 @@ TEST(Layer, RefusesWhatItCannotUse) {
     EXPECT_EQ(dst, Bytes(64, 3));
   };
   for (const BlendParam& param : refused) {
-    for (LayerKernel* kernel : kLayerKernels.defaults) expectRefusal(kernel, param);
-    for (LayerKernel* kernel : kLayerKernels.sse41) expectRefusal(kernel, param);
-    for (LayerKernel* kernel : kLayerKernels.avx2) expectRefusal(kernel, param);
+    for (const i32 level : Levels()) {
+      for (const auto& builds : kLayerKernels) expectRefusal(builds.For(level), param);
+    }
   }
   for (const BlendParam& param : off) {
     for (u32 mode = 0; mode < kLayerModes; ++mode)
-      expectRefusal(kLayerKernels.defaults[kLayerModes + mode], param);
+      expectRefusal(kLayerKernels[kLayerModes + mode].For(0), param);
   }
 }
 

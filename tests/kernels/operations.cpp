@@ -27,13 +27,7 @@ ImageDesc Describe(const u8* data, i32 width, i32 height, i32 pitch) {
 }
 
 u32 Layer(const Call& c) {
-  const cpu::LayerKernels& builds = cpu::kLayerKernels;
-  const u32 mode = c.layer.mode;
-  cpu::LayerKernel* kernel = builds.defaults[mode];
-  if (mode < cpu::kLayerModes) {
-    if (c.level >= PICTAVO_LEVEL_SSE4_1 && builds.sse41[mode]) kernel = builds.sse41[mode];
-    if (c.level >= PICTAVO_LEVEL_AVX2 && builds.avx2[mode]) kernel = builds.avx2[mode];
-  }
+  cpu::LayerKernel* const kernel = cpu::kLayerKernels[c.layer.mode].For(c.level);
   if (kernel == nullptr || c.width < 1 || c.height < 1) return PICTAVO_S_OK;
   return kernel(c.dst, c.src, c.width, c.height, c.dstPitch, c.srcPitch, c.layer);
 }

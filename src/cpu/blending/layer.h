@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "cpu/base/builds.h"
 #include "pictavo/pictavo.h"
 
 namespace pictavo::cpu {
@@ -15,15 +16,11 @@ using LayerKernel = u32(u8* dst, const u8* src, i32 width, i32 height, i32 dstPi
 
 inline constexpr u32 kLayerModes = 12;  // modes of one group
 
-/// The builds that a kernel table is filled from. A null entry of `defaults` is a mode without a
-/// kernel; a null entry of a vector build keeps what a lower level put there.
-struct LayerKernels {
-  std::array<LayerKernel*, 2 * kLayerModes> defaults;  // group A (slot 73), then group B (slot 74)
-  std::array<LayerKernel*, kLayerModes> sse41;         // group A
-  std::array<LayerKernel*, kLayerModes> avx2;          // group A
-};
+/// The builds of every mode: group A (slot 73), then group B (slot 74). A mode without any has no
+/// kernel.
+using LayerKernels = std::array<Builds<LayerKernel*>, 2 * kLayerModes>;
 
-/// The library's own builds.
+/// The library's own.
 extern const LayerKernels kLayerKernels;
 
 }  // namespace pictavo::cpu
