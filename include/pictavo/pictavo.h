@@ -1102,7 +1102,7 @@ struct IPictavo6 : IPictavo5 {
   ~IPictavo6() = default;
 };
 
-/// Number of methods in the table that IPictavo6 completes.
+/// Number of methods in the table that IPictavo6 completes. pictavo_methods.inl lists them all.
 inline constexpr u32 PICTAVO_METHOD_COUNT = 111;
 
 }  // namespace pictavo

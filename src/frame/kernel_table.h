@@ -26,6 +26,11 @@ class KernelTable {
     return entry < entries_.size() ? entries_[entry].load(std::memory_order_relaxed) : nullptr;
   }
 
+  /// Mixes a layer into the destination by the record's mode, one of `modes` from that entry on.
+  /// The arguments and result of slots 73 and 74.
+  u32 Mix(u32 firstEntry, u32 modes, ImageDesc* dst, const ImageDesc* src,
+          const BlendParam* param) const noexcept;
+
  private:
   std::array<std::atomic<LayerKernel*>, 2 * kLayerModes> entries_ = {};
 };

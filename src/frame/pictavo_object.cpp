@@ -114,29 +114,4 @@ bool Pictavo::EnsureOpenCL() {
   return openclReady != 0;
 }
 
-u32 Pictavo::MixLayer(ImageDesc* dst, const ImageDesc* src, const BlendParam* param, u32 firstEntry,
-                      u32 modes) noexcept {
-  if (param == nullptr || dst == nullptr || src == nullptr) return PICTAVO_E_POINTER;
-  if (dst->data == nullptr || src->data == nullptr) return PICTAVO_E_POINTER;
-  if (param->opacity == 0) return PICTAVO_S_OK;
-  LayerKernel* kernel = param->mode < modes ? kernelTable.At(firstEntry + param->mode) : nullptr;
-  if (kernel == nullptr || dst->memoryKind == PICTAVO_MEMORY_D3D11_TEXTURE ||
-      src->memoryKind == PICTAVO_MEMORY_D3D11_TEXTURE) {
-    return PICTAVO_E_INVALIDARG;
-  }
-  return kernel(static_cast<u8*>(dst->data), static_cast<const u8*>(src->data),
-                dst->width < src->width ? dst->width : src->width,
-                dst->height < src->height ? dst->height : src->height, dst->pitch, src->pitch,
-                *param);
-}
-
-u32 Pictavo::BlendLayer(ImageDesc* dst, const ImageDesc* src, const BlendParam* param) noexcept {
-  return MixLayer(dst, src, param, 0, 2 * kLayerModes);
-}
-
-u32 Pictavo::BlendLayerSubpixel(ImageDesc* dst, const ImageDesc* src,
-                                const BlendParam* param) noexcept {
-  return MixLayer(dst, src, param, kLayerModes, kLayerModes);
-}
-
 }  // namespace pictavo

@@ -1,0 +1,152 @@
+// Every method of the interface table, in slot order, for hosts, bindings and tests that go through
+// all of them. Define what shall become of a line, then include this file, once or several times:
+//
+//   #define PICTAVO_METHOD(slot, name, where, arguments) names[slot] = #name;
+//   #define PICTAVO_RESERVED(slot, arguments) names[slot] = "Reserved" #slot;
+//   #include "pictavo/pictavo_methods.inl"
+//
+// `where` says what a method works with: OBJECT (the object itself), CPU (the processor alone),
+// MODULE (a sibling module, found at run time), OPENCL or D3D11. `arguments` are their names in
+// pictavo.h, in brackets; their types are those of &pictavo::IPictavo6::name. A macro that is not
+// defined leaves its lines out; both are undefined again at the end.
+#ifndef PICTAVO_METHOD
+#define PICTAVO_METHOD(slot, name, where, arguments)
+#endif
+#ifndef PICTAVO_RESERVED
+#define PICTAVO_RESERVED(slot, arguments)
+#endif
+
+PICTAVO_METHOD(0, DetectInstructionSet, OBJECT, ())
+PICTAVO_METHOD(1, GetCPULevel, OBJECT, ())
+PICTAVO_METHOD(2, BlendOverWithOpacityRamp, CPU,
+               (dst, src, width, height, dstPitch, srcPitch, flip, opacityStart, opacityEnd))
+PICTAVO_METHOD(3, BlendOverPacked, CPU, (dst, src, width, height))
+PICTAVO_METHOD(4, BlendOverPitched, CPU, (dst, src, width, height, pitch))
+PICTAVO_METHOD(5, BlendPremultipliedWithOpacityRamp, CPU,
+               (dst, src, width, height, dstPitch, srcPitch, flip, opacityStart, opacityEnd))
+PICTAVO_METHOD(6, BlendPremultipliedPacked, CPU, (dst, src, width, height))
+PICTAVO_METHOD(7, BlendPremultipliedPitched, CPU, (dst, src, width, height, pitch))
+PICTAVO_METHOD(8, CompositePremultipliedWithOpacityRamp, CPU,
+               (dst, src, width, height, dstPitch, srcPitch, flip, opacityStart, opacityEnd))
+PICTAVO_METHOD(9, CompositePremultipliedPitched, CPU, (dst, src, width, height, pitch))
+PICTAVO_METHOD(10, CompositePremultipliedPacked, CPU, (dst, src, width, height))
+PICTAVO_METHOD(11, BlendOverWithOpacity, CPU,
+               (dst, src, width, height, dstPitch, srcPitch, opacity, backdrop))
+PICTAVO_RESERVED(12, ())
+PICTAVO_RESERVED(13, ())
+PICTAVO_METHOD(14, ConvertRGBToYUVPixel, CPU, (r, g, b, y, u, v))
+PICTAVO_METHOD(15, ConvertYUVToRGBPixel, CPU, (y, u, v, r, g, b))
+PICTAVO_METHOD(16, UnpremultiplyPitched, CPU, (buffer, width, height, pitch))
+PICTAVO_METHOD(17, UnpremultiplyPacked, CPU, (buffer, width, height))
+PICTAVO_METHOD(18, PremultiplyPitched, CPU, (buffer, width, height, pitch))
+PICTAVO_METHOD(19, PremultiplyPacked, CPU, (buffer, width, height))
+PICTAVO_METHOD(20, ConvertBGRAToYUVA, CPU, (src, width, height, srcPitch, dst, dstPitch))
+PICTAVO_METHOD(21, ConvertBGRAToYUVAPortable, CPU, (src, width, height, srcPitch, dst, dstPitch))
+PICTAVO_RESERVED(22, ())
+PICTAVO_RESERVED(23, ())
+PICTAVO_RESERVED(24, ())
+PICTAVO_RESERVED(25, ())
+PICTAVO_RESERVED(26, ())
+PICTAVO_RESERVED(27, ())
+PICTAVO_RESERVED(28, ())
+PICTAVO_METHOD(29, ResizeBox16AlphaWeighted, CPU,
+               (dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch,
+                forceOpaque))
+PICTAVO_METHOD(30, ResizeBilinear16, CPU,
+               (dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch, forceOpaque,
+                fullSize))
+PICTAVO_METHOD(31, ResizeBilinear7, CPU,
+               (dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch))
+PICTAVO_RESERVED(32, ())
+PICTAVO_RESERVED(33, ())
+PICTAVO_METHOD(34, ConvertRGBToYUV4Pixels, CPU, (pixels, y, u, v))
+PICTAVO_METHOD(35, ConvertRGBToYUVPixels, CPU, (pixels, y, u, v))
+PICTAVO_METHOD(36, BlendOverWithOpacityRampAndAlpha, CPU,
+               (dst, src, width, height, dstPitch, srcPitch, opacity, backdrop, flip, opacityStart,
+                opacityEnd))
+PICTAVO_METHOD(37, BlendOverWithOpacityRampKeepAlpha, CPU,
+               (dst, src, width, height, dstPitch, srcPitch, opacity, backdrop, flip, opacityStart,
+                opacityEnd))
+PICTAVO_RESERVED(38, ())
+PICTAVO_RESERVED(39, ())
+PICTAVO_RESERVED(40, ())
+PICTAVO_RESERVED(41, ())
+PICTAVO_METHOD(42, SetCPULevel, OBJECT, (level))
+PICTAVO_METHOD(43, ComputeHistogram, CPU, (pixels, width, height, pitch, bins, binCount, selector))
+PICTAVO_METHOD(44, ComputeLumaHistogram, CPU,
+               (pixels, width, height, pitch, bins, binCount, selector))
+PICTAVO_RESERVED(45, ())
+PICTAVO_METHOD(46, ConvertBGRAToGray, CPU, (src, width, height, srcPitch, dst, dstPitch))
+PICTAVO_RESERVED(47, ())
+PICTAVO_METHOD(48, DrawRectOutline, CPU, (buffer, width, height, pitch, rect, colour))
+PICTAVO_RESERVED(49, ())
+PICTAVO_RESERVED(50, (src, width, height, srcPitch, dst, dstPitch))
+PICTAVO_RESERVED(51, ())
+PICTAVO_RESERVED(52, ())
+PICTAVO_RESERVED(53, ())
+PICTAVO_RESERVED(54, (src, width, height, dst, option, flags))
+PICTAVO_METHOD(55, ResizeNearest32, CPU,
+               (dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch))
+PICTAVO_RESERVED(56, ())
+PICTAVO_METHOD(57, ResizeBox16, CPU,
+               (dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch))
+PICTAVO_METHOD(58, ResizeBilinear16KeepAlpha, CPU,
+               (dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch, fullSize))
+PICTAVO_RESERVED(59, (first, second, third, fourth))
+PICTAVO_RESERVED(60, ())
+PICTAVO_RESERVED(61, ())
+PICTAVO_RESERVED(62, ())
+PICTAVO_METHOD(63, MotionBlur, CPU, (src, dst, param))
+PICTAVO_METHOD(64, GetMotionBlurDstSize, CPU, (src, dst, param, offsetX, offsetY))
+PICTAVO_RESERVED(65, ())
+PICTAVO_RESERVED(66, ())
+PICTAVO_RESERVED(67, ())
+PICTAVO_RESERVED(68, ())
+PICTAVO_RESERVED(69, ())
+PICTAVO_RESERVED(70, ())
+PICTAVO_METHOD(71, ExtendBoundary, CPU, (image, border))
+PICTAVO_RESERVED(72, ())
+PICTAVO_METHOD(73, BlendLayer, CPU, (dst, src, param))
+PICTAVO_METHOD(74, BlendLayerSubpixel, CPU, (dst, src, param))
+PICTAVO_RESERVED(75, ())
+PICTAVO_RESERVED(76, ())
+PICTAVO_METHOD(77, FillSolidColor, CPU, (buffer, width, height, pitch, blue, green, red, alpha))
+PICTAVO_RESERVED(78, ())
+PICTAVO_RESERVED(79, ())
+PICTAVO_RESERVED(80, ())
+PICTAVO_RESERVED(81, ())
+PICTAVO_METHOD(82, ComputeMean, CPU, (buffer, width, height, mean))
+PICTAVO_RESERVED(83, (values, count, result))
+PICTAVO_RESERVED(84, (buffer, width, height, pitch, option, flags, result))
+PICTAVO_RESERVED(85, (buffer, width, height, first, second, third, result, record))
+PICTAVO_METHOD(86, ApplyChromaKey, CPU, (src, dst, keys, keyCount, format))
+PICTAVO_METHOD(87, GaussianBlurBox3, CPU, (image, width, height, pitch, radius))
+PICTAVO_METHOD(88, ConvertPictureFromRGB, MODULE,
+               (src, width, height, srcPitch, dst, dstPitch, model, matrix, range))
+PICTAVO_METHOD(89, ConvertPictureToRGB, MODULE,
+               (src, width, height, srcPitch, dst, dstPitch, model, matrix, range))
+PICTAVO_METHOD(90, ConvertColorFromRGB, MODULE,
+               (r, g, b, first, second, third, model, matrix, range))
+PICTAVO_METHOD(91, ConvertColorToRGB, MODULE, (first, second, third, r, g, b, model, matrix, range))
+PICTAVO_METHOD(92, ConvertPixelFromRGB, MODULE, (pixel, first, second, third, model, matrix, range))
+PICTAVO_RESERVED(93, ())
+PICTAVO_RESERVED(94, ())
+PICTAVO_METHOD(95, ConvertHSLToRGB, CPU, (hue, saturation, lightness, r, g, b))
+PICTAVO_RESERVED(96, ())
+PICTAVO_RESERVED(97, ())
+PICTAVO_METHOD(98, ExtendBoundaryOpenCL, OPENCL, (dst, border))
+PICTAVO_RESERVED(99, ())
+PICTAVO_METHOD(100, TransformOpenCL, OPENCL, (dst, src, matrix))
+PICTAVO_RESERVED(101, ())
+PICTAVO_METHOD(102, BilinearInterpolationOpenCL, OPENCL, (dst, src))
+PICTAVO_METHOD(103, BoxBlurD3D, D3D11, (device, context, dst, src, radius))
+PICTAVO_METHOD(104, FastBlurOpenCL, OPENCL, (dst, src, radiusX, radiusY))
+PICTAVO_METHOD(105, MemsetColorOpenCL, OPENCL, (dst, colour))
+PICTAVO_RESERVED(106, (dst, src, count, first, second, third, fourth))
+PICTAVO_METHOD(107, ExtendBoundaryTransparent, CPU, (image, border))
+PICTAVO_METHOD(108, D3DComputeOp, D3D11, (opCode, subMode, device, context, dst, src, param))
+PICTAVO_RESERVED(109, ())
+PICTAVO_RESERVED(110, ())
+
+#undef PICTAVO_METHOD
+#undef PICTAVO_RESERVED
