@@ -13,16 +13,7 @@
 namespace host {
 namespace {
 
-using pictavo::BlendParam;
-using pictavo::ImageDesc;
 using pictavo::IPictavo6;
-using I = IPictavo6;  // shortens the table
-
-/// A method that is built refuses null pointers with another code than this.
-template <typename Owner, typename... Arguments>
-bool Probe(IPictavo6* object, u32 (Owner::*method)(Arguments...) noexcept) {
-  return (object->*method)(Arguments{}...) != pictavo::PICTAVO_E_NOTIMPL;
-}
 
 /// Room for what a method without a result gives out: one that is built changes it.
 struct Scratch {
@@ -44,6 +35,12 @@ struct Scratch {
   u32 words[16];
 };
 
+/// A method that is built refuses null pointers with another code than this.
+template <typename Owner, typename... Arguments>
+bool Probe(IPictavo6* object, u32 (Owner::*method)(Arguments...) noexcept) {
+  return (object->*method)(Arguments{}...) != pictavo::PICTAVO_E_NOTIMPL;
+}
+
 template <typename Owner, typename... Arguments>
 bool Probe(IPictavo6* object, void (Owner::*method)(Arguments...) noexcept) {
   Scratch scratch;
@@ -51,23 +48,21 @@ bool Probe(IPictavo6* object, void (Owner::*method)(Arguments...) noexcept) {
   return scratch.touched();
 }
 
-/// Layer methods check their records before they look for the mode, so they are given good ones.
-bool ProbeModes(IPictavo6* object, decltype(&pictavo::IPictavo4::BlendLayer) method) {
-  u32 below = 0, above = 0xFF808080;
-  ImageDesc dst = {};
-  dst.data = &below;
-  dst.bufferWidth = dst.bufferHeight = dst.width = dst.height = 1;
-  dst.pitch = dst.bytesPerPixel = 4;
-  ImageDesc src = dst;
-  src.data = &above;
-  for (u32 mode = 0; mode < 24; ++mode) {
-    const BlendParam param = {mode, 255, 0, 0, 0};
-    if ((object->*method)(&dst, &src, &param) == pictavo::PICTAVO_S_OK) return true;
-  }
-  return false;
+template <auto method>
+bool IsBuilt(IPictavo6* object) {
+  return Probe(object, method);
 }
 
-bool ProbeLevel(IPictavo6* object) {
+template <>
+bool IsBuilt<&IPictavo6::DetectInstructionSet>(IPictavo6* object) {
+  constexpr i32 kNoLevel = -1;
+  object->SetCPULevel(kNoLevel);
+  object->DetectInstructionSet();
+  return object->GetCPULevel() != kNoLevel;
+}
+
+template <>
+bool IsBuilt<&IPictavo6::SetCPULevel>(IPictavo6* object) {
   const i32 level = object->GetCPULevel();
   object->SetCPULevel(level + 1);
   const bool built = object->GetCPULevel() == level + 1;
@@ -75,27 +70,16 @@ bool ProbeLevel(IPictavo6* object) {
   return built;
 }
 
-bool ProbeDetection(IPictavo6* object) {
-  constexpr i32 kNoLevel = -1;
-  object->SetCPULevel(kNoLevel);
-  object->DetectInstructionSet();
-  return object->GetCPULevel() != kNoLevel;
+template <>
+bool IsBuilt<&IPictavo6::GetCPULevel>(IPictavo6* object) {
+  return IsBuilt<&IPictavo6::SetCPULevel>(object);
 }
 
-bool ProbeD3D(IPictavo6* object) {
-  constexpr i32 kAnyOperation = pictavo::PICTAVO_D3D_COPY;
-  return object->D3DComputeOp(kAnyOperation, 0, nullptr, nullptr, nullptr, nullptr, nullptr) !=
-         pictavo::PICTAVO_E_NOTIMPL;
-}
-
-template <auto method>
-bool Is(IPictavo6* object) {
-  return Probe(object, method);
-}
-
-template <auto method>
-bool HasModes(IPictavo6* object) {
-  return ProbeModes(object, method);
+/// Of its operations any will do, but for those that are not built.
+template <>
+bool IsBuilt<&IPictavo6::D3DComputeOp>(IPictavo6* object) {
+  return object->D3DComputeOp(pictavo::PICTAVO_D3D_COPY, 0, nullptr, nullptr, nullptr, nullptr,
+                              nullptr) != pictavo::PICTAVO_E_NOTIMPL;
 }
 
 /// A method of the interface that is not reserved.
@@ -106,64 +90,8 @@ struct Method {
 };
 
 constexpr Method kMethods[] = {
-    {0, "DetectInstructionSet", ProbeDetection},
-    {1, "GetCPULevel", ProbeLevel},
-    {2, "BlendOverWithOpacityRamp", Is<&I::BlendOverWithOpacityRamp>},
-    {3, "BlendOverPacked", Is<&I::BlendOverPacked>},
-    {4, "BlendOverPitched", Is<&I::BlendOverPitched>},
-    {5, "BlendPremultipliedWithOpacityRamp", Is<&I::BlendPremultipliedWithOpacityRamp>},
-    {6, "BlendPremultipliedPacked", Is<&I::BlendPremultipliedPacked>},
-    {7, "BlendPremultipliedPitched", Is<&I::BlendPremultipliedPitched>},
-    {8, "CompositePremultipliedWithOpacityRamp", Is<&I::CompositePremultipliedWithOpacityRamp>},
-    {9, "CompositePremultipliedPitched", Is<&I::CompositePremultipliedPitched>},
-    {10, "CompositePremultipliedPacked", Is<&I::CompositePremultipliedPacked>},
-    {11, "BlendOverWithOpacity", Is<&I::BlendOverWithOpacity>},
-    {14, "ConvertRGBToYUVPixel", Is<&I::ConvertRGBToYUVPixel>},
-    {15, "ConvertYUVToRGBPixel", Is<&I::ConvertYUVToRGBPixel>},
-    {16, "UnpremultiplyPitched", Is<&I::UnpremultiplyPitched>},
-    {17, "UnpremultiplyPacked", Is<&I::UnpremultiplyPacked>},
-    {18, "PremultiplyPitched", Is<&I::PremultiplyPitched>},
-    {19, "PremultiplyPacked", Is<&I::PremultiplyPacked>},
-    {20, "ConvertBGRAToYUVA", Is<&I::ConvertBGRAToYUVA>},
-    {21, "ConvertBGRAToYUVAPortable", Is<&I::ConvertBGRAToYUVAPortable>},
-    {29, "ResizeBox16AlphaWeighted", Is<&I::ResizeBox16AlphaWeighted>},
-    {30, "ResizeBilinear16", Is<&I::ResizeBilinear16>},
-    {31, "ResizeBilinear7", Is<&I::ResizeBilinear7>},
-    {34, "ConvertRGBToYUV4Pixels", Is<&I::ConvertRGBToYUV4Pixels>},
-    {35, "ConvertRGBToYUVPixels", Is<&I::ConvertRGBToYUVPixels>},
-    {36, "BlendOverWithOpacityRampAndAlpha", Is<&I::BlendOverWithOpacityRampAndAlpha>},
-    {37, "BlendOverWithOpacityRampKeepAlpha", Is<&I::BlendOverWithOpacityRampKeepAlpha>},
-    {42, "SetCPULevel", ProbeLevel},
-    {43, "ComputeHistogram", Is<&I::ComputeHistogram>},
-    {44, "ComputeLumaHistogram", Is<&I::ComputeLumaHistogram>},
-    {46, "ConvertBGRAToGray", Is<&I::ConvertBGRAToGray>},
-    {48, "DrawRectOutline", Is<&I::DrawRectOutline>},
-    {55, "ResizeNearest32", Is<&I::ResizeNearest32>},
-    {57, "ResizeBox16", Is<&I::ResizeBox16>},
-    {58, "ResizeBilinear16KeepAlpha", Is<&I::ResizeBilinear16KeepAlpha>},
-    {63, "MotionBlur", Is<&I::MotionBlur>},
-    {64, "GetMotionBlurDstSize", Is<&I::GetMotionBlurDstSize>},
-    {71, "ExtendBoundary", Is<&I::ExtendBoundary>},
-    {73, "BlendLayer, any mode", HasModes<&I::BlendLayer>},
-    {74, "BlendLayerSubpixel, any mode", HasModes<&I::BlendLayerSubpixel>},
-    {77, "FillSolidColor", Is<&I::FillSolidColor>},
-    {82, "ComputeMean", Is<&I::ComputeMean>},
-    {86, "ApplyChromaKey", Is<&I::ApplyChromaKey>},
-    {87, "GaussianBlurBox3", Is<&I::GaussianBlurBox3>},
-    {88, "ConvertPictureFromRGB", Is<&I::ConvertPictureFromRGB>},
-    {89, "ConvertPictureToRGB", Is<&I::ConvertPictureToRGB>},
-    {90, "ConvertColorFromRGB", Is<&I::ConvertColorFromRGB>},
-    {91, "ConvertColorToRGB", Is<&I::ConvertColorToRGB>},
-    {92, "ConvertPixelFromRGB", Is<&I::ConvertPixelFromRGB>},
-    {95, "ConvertHSLToRGB", Is<&I::ConvertHSLToRGB>},
-    {98, "ExtendBoundaryOpenCL", Is<&I::ExtendBoundaryOpenCL>},
-    {100, "TransformOpenCL", Is<&I::TransformOpenCL>},
-    {102, "BilinearInterpolationOpenCL", Is<&I::BilinearInterpolationOpenCL>},
-    {103, "BoxBlurD3D", Is<&I::BoxBlurD3D>},
-    {104, "FastBlurOpenCL", Is<&I::FastBlurOpenCL>},
-    {105, "MemsetColorOpenCL", Is<&I::MemsetColorOpenCL>},
-    {107, "ExtendBoundaryTransparent", Is<&I::ExtendBoundaryTransparent>},
-    {108, "D3DComputeOp", ProbeD3D},
+#define PICTAVO_METHOD(slot, name, where, arguments) {slot, #name, IsBuilt<&IPictavo6::name>},
+#include "pictavo/pictavo_methods.inl"
 };
 
 struct Module {
