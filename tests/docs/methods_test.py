@@ -1,0 +1,86 @@
+#!/usr/bin/env python3
+"""What is told of the methods elsewhere agrees with their list, include/pictavo/pictavo_methods.inl.
+  methods_test.py SOURCE_FOLDER
+Names each slot that was forgotten, or told of twice."""
+import re
+import sys
+from itertools import zip_longest
+from pathlib import Path
+
+ROOT = Path(sys.argv[1])
+# Methods without a row of their own in the table of operations, and what tries them.
+ROWLESS = {
+    21: "row 20", 34: "convert_test", 35: "convert_test", 74: "row 73", 90: "colour_test",
+    91: "colour_test", 92: "colour_test", 95: "convert_test",
+}
+failures = 0
+
+
+def read(path):
+    return (ROOT / path).read_text(encoding="utf-8")
+
+
+def check(what, found, expected):
+    """Both are collections of things that can be sorted; those found may repeat where they must not."""
+    global failures
+    found, expected = list(found), list(expected)
+    for text, items in (("lacks", set(expected) - set(found)), ("has too many", set(found) - set(expected)),
+                        ("repeats", {item for item in found if found.count(item) > 1})):
+        if items:
+            failures += 1
+            print(f"{what} {text}: {', '.join(map(str, sorted(items)))}")
+
+
+def numbers(text):
+    """Of "2 – 4, 11" or "slots 2 to 4 and 11"."""
+    for first, last in re.findall(r"(\d+)(?: (?:–|to) (\d+))?", text):
+        yield from range(int(first), int(last or first) + 1)
+
+
+methods, reserved, written = {}, set(), []  # methods: slot to (name, where)
+for slot, name, where, arguments in re.findall(
+        r"^PICTAVO_(?:METHOD\((\d+), (\w+), (\w+),|RESERVED\((?=\d))\s*((?:\d+, )?\([^()]*\))\)",
+        read("include/pictavo/pictavo_methods.inl"), re.M):
+    if not name:
+        slot = arguments.split(",")[0]
+        name, arguments = f"Reserved{slot}", arguments.partition(", ")[2]
+        reserved.add(int(slot))
+    else:
+        methods[int(slot)] = name, where
+    written.append(f"{slot} {name}{' '.join(arguments.split())}")
+on_processor = {slot for slot in methods if methods[slot][1] in ("CPU", "MODULE")}
+
+header = read("include/pictavo/pictavo.h")
+declared, interfaces = [], []
+for part in re.split(r"(?=^struct IPictavo\d?\b)", header, flags=re.M)[1:]:
+    told = re.findall(r"///<? Slot (\d+)\.", part)
+    code = re.sub(r"//.*", "", part)
+    found = re.findall(r"virtual\s[^;(]*?(\w+)\(([^)]*)\)", code)
+    names = [", ".join(re.sub(r"\[\d*\]", "", a).split()[-1].lstrip("*") for a in arguments.split(",") if a.strip())
+             for _, arguments in found]
+    interfaces.append((re.match(r"struct (\w+)", part)[1], f"{len(declared)} – {len(declared) + len(found) - 1}"))
+    declared += [f"{slot} {name}({names})" for slot, (name, _), names in zip_longest(told, found, names, fillvalue=("?", 0))]
+check("The list", written, declared)
+
+table = re.search(r"^\| slots \| operation .*?\n\n", read("README.md"), re.M | re.S)[0]
+rows = re.findall(r"^\| ([\d –,]+) \|", table, re.M)
+check("README's table", (slot for row in rows for slot in numbers(row)), methods)
+told = re.findall(r"^\| `(IPictavo\d?)` \| (\d+ – \d+) \|", read("docs/versioning.md"), re.M)
+check("docs/versioning.md", told, interfaces)
+changes = re.sub(r"\s+", " ", read("CHANGELOG.md"))
+phrases = re.findall(r"slots? ((?:\d+|, | and | to )+)", changes)
+check("CHANGELOG.md", {slot for phrase in phrases for slot in numbers(phrase)} & set(methods),
+      (slot for slot in methods if methods[slot][1] != "OBJECT"))
+
+tested = read("tests/kernels/operations.cpp")
+check("tests/kernels/operations.cpp",
+      [slot for slot in on_processor if re.search(rf'"{slot} {methods[slot][0]}"|::{methods[slot][0]}\b', tested)],
+      on_processor - set(ROWLESS))
+timed = {int(slot) for path in (ROOT / "bench").glob("*.cpp")
+         for slot in re.findall(r'"(\d+) (?!bits)[a-zA-Z]', path.read_text(encoding="utf-8"))}
+untimed = re.search(r"Not timed: slots ([^.]*)", read("docs/performance.md"))[1]
+untimed = list(numbers(re.sub(r"\([^)]*\)", "", untimed)))
+check("bench, with those that docs/performance.md says are not timed,", list(timed) + untimed, on_processor)
+
+print(f"{len(methods)} methods and {len(reserved)} reserved slots, {failures} faults")
+sys.exit(1 if failures or len(methods) + len(reserved) != 111 else 0)
