@@ -1,7 +1,10 @@
 #include "operations.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <bit>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -10,6 +13,10 @@
 #include "chromakey/chroma_key_fx.h"
 #include "convert_utility/colour.h"
 #include "cpu/operations.h"
+
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 namespace pictavo::test {
 namespace {
@@ -26,8 +33,10 @@ ImageDesc Describe(const u8* data, i32 width, i32 height, i32 pitch) {
   return image;
 }
 
+/// Some modes are there for one of the two groups only.
+template <u32 kFirstMode>
 u32 Layer(const Call& c) {
-  cpu::LayerKernel* const kernel = cpu::kLayerKernels[c.layer.mode].For(c.level);
+  cpu::LayerKernel* const kernel = cpu::kLayerKernels[kFirstMode + c.layer.mode].For(c.level);
   if (kernel == nullptr || c.width < 1 || c.height < 1) return PICTAVO_S_OK;
   return kernel(c.dst, c.src, c.width, c.height, c.dstPitch, c.srcPitch, c.layer);
 }
@@ -78,6 +87,11 @@ u32 Outline(const Call& c) {
                               c.colour);
 }
 
+u32 Yuva(const Call& c, i32 level) {
+  return cpu::ConvertBGRAToYUVA(level, c.src, static_cast<u32>(std::max(c.width, 0)), c.height,
+                                c.srcPitch, c.dst, c.dstPitch);
+}
+
 u32 Mean(const Call& c) {
   f32 mean = 0;
   const u32 result = cpu::ComputeMean(c.src, c.width, c.height, &mean);
@@ -85,16 +99,95 @@ u32 Mean(const Call& c) {
   return result;
 }
 
-/// Each pixel of a picture by itself, to YUV and from it.
-u32 SingleColours(const Call& c) {
+/// What an operation on a single colour makes of it: numbers and a code.
+using Numbers = std::array<u32, 4>;
+
+/// A pixel's bytes as numbers; at some alphas far outside a byte.
+std::array<i32, 3> NumbersAt(const u8* pixel) {
+  std::array<i32, 3> numbers;
+  for (size_t i = 0; i < 3; ++i) {
+    numbers[i] = pixel[2 - i];
+    if (pixel[3] % 4 == 1) numbers[i] = (numbers[i] - 128) * (1 << pixel[3] / 11);
+  }
+  return numbers;
+}
+
+/// Puts into each pixel what tells one result for it from another.
+void StoreNumbers(const Numbers& numbers, u8* pixel) {
+  u32 all = 2166136261;
+  for (const u32 number : numbers) all = (all ^ number ^ number >> 16) * 16777619;
+  std::memcpy(pixel, &all, 4);
+}
+
+/// Each pixel by itself.
+template <auto kConvert>
+u32 Singles(const Call& c) {
   for (i64 i = 0; i < i64{std::max(c.width, 0)} * c.height; ++i) {
-    u8* p = c.dst + 4 * i;
-    u32 yuv[3], rgb[3];
-    cpu::ConvertRGBToYUVPixel(c.level, p[2], p[1], p[0], yuv, yuv + 1, yuv + 2);
-    cpu::ConvertYUVToRGBPixel(c.level, p[2], p[1], p[0], rgb, rgb + 1, rgb + 2);
-    for (int k = 0; k < 3; ++k) p[k] = static_cast<u8>(2 * yuv[k] ^ rgb[k]);
+    Numbers out = {};
+    kConvert(c, c.dst + 4 * i, &out);
+    StoreNumbers(out, c.dst + 4 * i);
   }
   return PICTAVO_S_OK;
+}
+
+void PixelToYuv(const Call& c, const u8* pixel, Numbers* to) {
+  const auto [r, g, b] = NumbersAt(pixel);
+  cpu::ConvertRGBToYUVPixel(c.level, r, g, b, &(*to)[0], &(*to)[1], &(*to)[2]);
+}
+void PixelToRgb(const Call& c, const u8* pixel, Numbers* to) {
+  const auto [y, u, v] = NumbersAt(pixel);
+  cpu::ConvertYUVToRGBPixel(c.level, y, u, v, &(*to)[0], &(*to)[1], &(*to)[2]);
+}
+void HslToRgb(const Call&, const u8* pixel, Numbers* to) {
+  u8 rgb[3] = {};
+  (*to)[3] = cpu::ConvertHSLToRGB(NumbersAt(pixel)[0], pixel[1], pixel[0], rgb, rgb + 1, rgb + 2);
+  std::copy(rgb, rgb + 3, to->begin());
+}
+
+/// Of models that have hues, also in degrees.
+u32 SingleRange(const Call& c, const u8* pixel) {
+  const bool degrees = c.model != PICTAVO_COLOR_YUV && pixel[3] % 8 < 4;
+  return degrees ? u32{PICTAVO_RANGE_DEGREES} : c.range;
+}
+template <auto kConvert>
+void SpaceColour(const Call& c, const u8* pixel, Numbers* to) {
+  const auto [x, y, z] = NumbersAt(pixel);
+  (*to)[3] =
+      kConvert(x, y, z, &(*to)[0], &(*to)[1], &(*to)[2], c.model, c.matrix, SingleRange(c, pixel));
+}
+void SpacePixel(const Call& c, const u8* pixel, Numbers* to) {
+  (*to)[3] = colour::ConvertPixelFromRGB(pixel, &(*to)[0], &(*to)[1], &(*to)[2], c.model, c.matrix,
+                                         SingleRange(c, pixel));
+}
+
+/// Whole fours of pixels.
+template <auto kConvert>
+u32 Fours(const Call& c) {
+  for (i64 i = 0; i + 4 <= i64{std::max(c.width, 0)} * c.height; i += 4) {
+    i32 y[4], u[4], v[4];
+    kConvert(c.level)(c.dst + 4 * i, y, u, v);
+    for (i64 k = 0; k < 4; ++k) {
+      StoreNumbers({static_cast<u32>(y[k]), static_cast<u32>(u[k]), static_cast<u32>(v[k])},
+                   c.dst + 4 * (i + k));
+    }
+  }
+  return PICTAVO_S_OK;
+}
+constexpr auto kFourAtOnce = [](i32) { return cpu::ConvertRGBToYUV4Pixels; };
+constexpr auto kFourByLevel = [](i32 level) {
+  return level < PICTAVO_LEVEL_SSE2 ? cpu::ConvertRGBToYUVPixelsPortable
+                                    : cpu::ConvertRGBToYUV4Pixels;
+};
+
+/// The numbers told, in the first pixels.
+u32 MotionSize(const Call& c) {
+  const ImageDesc src = Describe(nullptr, c.srcWidth, c.srcHeight, 4 * c.srcWidth);
+  ImageDesc told = {};
+  i32 numbers[5] = {};
+  const u32 result = cpu::GetMotionBlurDstSize(&src, &told, &c.motion, numbers, numbers + 1);
+  numbers[2] = told.width, numbers[3] = told.height, numbers[4] = told.pitch;
+  if (c.width >= 5 && c.height > 0) std::memcpy(c.dst, numbers, sizeof numbers);
+  return result;
 }
 
 #define SIZE c.width, c.height
@@ -109,51 +202,53 @@ u32 SingleColours(const Call& c) {
 using C = const Call&;
 constexpr u32 kInPlacePacked = kInPlace | kPacked;
 const Operation kOperations[] = {
-    {"2 BlendOverWithOpacityRamp", 0,
+    {"2 BlendOverWithOpacityRamp", kEachPixel,
      [](C c) { return cpu::BlendOverWithOpacityRamp(PITCHED, RAMP); }, 3},
-    {"3 BlendOverPacked", kPacked, [](C c) { return cpu::BlendOverPacked(PACKED); }, 3},
-    {"4 BlendOverPitched", kOnePitch, [](C c) { return cpu::BlendOverPitched(ONE_PITCH); }, 3},
-    {"5 BlendPremultipliedWithOpacityRamp", 0,
+    {"3 BlendOverPacked", kPacked | kEachPixel, [](C c) { return cpu::BlendOverPacked(PACKED); },
+     3},
+    {"4 BlendOverPitched", kOnePitch | kEachPixel,
+     [](C c) { return cpu::BlendOverPitched(ONE_PITCH); }, 3},
+    {"5 BlendPremultipliedWithOpacityRamp", kEachPixel,
      [](C c) { return cpu::BlendPremultipliedWithOpacityRamp(PITCHED, RAMP); }},
-    {"6 BlendPremultipliedPacked", kPacked,
+    {"6 BlendPremultipliedPacked", kPacked | kEachPixel,
      [](C c) { return cpu::BlendPremultipliedPacked(PACKED); }},
-    {"7 BlendPremultipliedPitched", kOnePitch,
+    {"7 BlendPremultipliedPitched", kOnePitch | kEachPixel,
      [](C c) { return cpu::BlendPremultipliedPitched(ONE_PITCH); }},
-    {"8 CompositePremultipliedWithOpacityRamp", 0,
+    {"8 CompositePremultipliedWithOpacityRamp", kEachPixel,
      [](C c) { return cpu::CompositePremultipliedWithOpacityRamp(PITCHED, RAMP); }},
-    {"9 CompositePremultipliedPitched", kOnePitch,
+    {"9 CompositePremultipliedPitched", kOnePitch | kEachPixel,
      [](C c) { return cpu::CompositePremultipliedPitched(ONE_PITCH); }},
-    {"10 CompositePremultipliedPacked", kPacked,
+    {"10 CompositePremultipliedPacked", kPacked | kEachPixel,
      [](C c) { return cpu::CompositePremultipliedPacked(PACKED); }},
-    {"11 BlendOverWithOpacity", 0,
+    {"11 BlendOverWithOpacity", kEachPixel,
      [](C c) { return cpu::BlendOverWithOpacity(PITCHED, c.opacity, c.colour); }},
-    {"14 ConvertRGBToYUVPixel", kInPlacePacked, SingleColours},
-    {"16 UnpremultiplyPitched", kInPlace,
+    {"14 ConvertRGBToYUVPixel", kInPlacePacked, Singles<PixelToYuv>, 3},
+    {"15 ConvertYUVToRGBPixel", kInPlacePacked, Singles<PixelToRgb>, 3},
+    {"16 UnpremultiplyPitched", kInPlace | kEachPixel,
      [](C c) { return cpu::UnpremultiplyPitched(IN_PLACE, c.dstPitch); }},
     {"17 UnpremultiplyPacked", kInPlacePacked,
      [](C c) { return cpu::UnpremultiplyPacked(IN_PLACE); }},
-    {"18 PremultiplyPitched", kInPlace,
+    {"18 PremultiplyPitched", kInPlace | kEachPixel,
      [](C c) { return cpu::PremultiplyPitched(IN_PLACE, c.dstPitch); }},
     {"19 PremultiplyPacked", kInPlacePacked, [](C c) { return cpu::PremultiplyPacked(IN_PLACE); }},
-    {"20 ConvertBGRAToYUVA", kMayAlias,
-     [](C c) {
-       return cpu::ConvertBGRAToYUVA(c.level, c.src, static_cast<u32>(std::max(c.width, 0)),
-                                     c.height, c.srcPitch, c.dst, c.dstPitch);
-     }},
+    {"20 ConvertBGRAToYUVA", kMayAlias | kEachPixel, [](C c) { return Yuva(c, c.level); }},
+    {"21 ConvertBGRAToYUVAPortable", kMayAlias, [](C c) { return Yuva(c, 0); }},
     {"29 ResizeBox16AlphaWeighted", kOwnSize,
      [](C c) { return cpu::ResizeBox16AlphaWeighted(c.level, SCALED, c.forceOpaque); }},
     {"30 ResizeBilinear16", kOwnSize,
      [](C c) { return cpu::ResizeBilinear16(c.level, SCALED, c.forceOpaque, c.fullSize); }},
     {"31 ResizeBilinear7", kOwnSize, [](C c) { return cpu::ResizeBilinear7(c.level, SCALED); }},
-    {"36 BlendOverWithOpacityRampAndAlpha", 0,
+    {"34 ConvertRGBToYUV4Pixels", kInPlacePacked, Fours<kFourAtOnce>},
+    {"35 ConvertRGBToYUVPixels", kInPlacePacked, Fours<kFourByLevel>},
+    {"36 BlendOverWithOpacityRampAndAlpha", kEachPixel,
      [](C c) { return cpu::BlendOverWithOpacityRampAndAlpha(PITCHED, c.opacity, c.colour, RAMP); }},
-    {"37 BlendOverWithOpacityRampKeepAlpha", 0,
+    {"37 BlendOverWithOpacityRampKeepAlpha", kEachPixel,
      [](C c) {
        return cpu::BlendOverWithOpacityRampKeepAlpha(PITCHED, c.opacity, c.colour, RAMP);
      }},
     {"43 ComputeHistogram", 0, Histogram<cpu::ComputeHistogram>},
     {"44 ComputeLumaHistogram", 0, Histogram<cpu::ComputeLumaHistogram>},
-    {"46 ConvertBGRAToGray", kMayAlias | kWholePitch,
+    {"46 ConvertBGRAToGray", kMayAlias | kWholePitch | kEachPixel,
      [](C c) {
        return cpu::ConvertBGRAToGray(c.level, c.src, SIZE, c.srcPitch,
                                      reinterpret_cast<u32*>(c.dst), c.dstPitch);
@@ -169,18 +264,24 @@ const Operation kOperations[] = {
     {"58 ResizeBilinear16KeepAlpha", kOwnSize,
      [](C c) { return cpu::ResizeBilinear16KeepAlpha(c.level, SCALED, c.fullSize); }},
     {"63 MotionBlur", kOwnSize, Motion},
+    {"64 GetMotionBlurDstSize", kOwnSize | kPacked, MotionSize},
     {"71 ExtendBoundary", kInPlace | kWholePitch, Border<cpu::ExtendBoundary>},
-    {"73 BlendLayer", 0, Layer},
+    {"73 BlendLayer", kEachPixel | kManyRules, Layer<0>},
+    {"74 BlendLayerSubpixel", 0, Layer<cpu::kLayerModes>},
     {"77 FillSolidColor", kInPlace,
      [](C c) { return cpu::FillSolidColor(IN_PLACE, c.dstPitch, c.colour); }},
     {"82 ComputeMean", kPacked, Mean},
-    {"86 ApplyChromaKey", kPacked | kMayAlias, Key},
+    {"86 ApplyChromaKey", kPacked | kMayAlias | kEachPixel, Key},
     {"87 GaussianBlurBox3", kInPlace,
      [](C c) { return cpu::GaussianBlurBox3(IN_PLACE, c.dstPitch, c.radius); }},
-    {"88 ConvertPictureFromRGB", kMayAlias,
+    {"88 ConvertPictureFromRGB", kMayAlias | kEachPixel | kManyRules,
      [](C c) { return colour::ConvertPictureFromRGB(FROM_TO, c.model, c.matrix, c.range); }},
-    {"89 ConvertPictureToRGB", kMayAlias,
+    {"89 ConvertPictureToRGB", kMayAlias | kEachPixel | kManyRules,
      [](C c) { return colour::ConvertPictureToRGB(FROM_TO, c.model, c.matrix, c.range); }},
+    {"90 ConvertColorFromRGB", kInPlacePacked, Singles<SpaceColour<colour::ConvertColorFromRGB>>},
+    {"91 ConvertColorToRGB", kInPlacePacked, Singles<SpaceColour<colour::ConvertColorToRGB>>},
+    {"92 ConvertPixelFromRGB", kInPlacePacked, Singles<SpacePixel>},
+    {"95 ConvertHSLToRGB", kInPlacePacked, Singles<HslToRgb>},
     {"107 ExtendBoundaryTransparent", kInPlace | kWholePitch,
      Border<cpu::ExtendBoundaryTransparent>},
 };
@@ -285,9 +386,6 @@ void PullTowardsKey(const Call& c, Bytes* pixels, Random& random) {
 
 // --- Running them ------------------------------------------------------------------------------
 
-i32 SrcWidth(const Case& c) {
-  return c.operation->traits & kOwnSize ? c.call.srcWidth : c.call.width;
-}
 i32 SrcHeight(const Case& c) {
   return c.operation->traits & kOwnSize ? c.call.srcHeight : c.call.height;
 }
@@ -302,6 +400,65 @@ bool KeepsGaps(const Case& c, const Bytes& after) {
   }
   return true;
 }
+
+std::string Describe(const Operation& operation, const Call& n, i32 level) {
+  std::string text = operation.name;
+  const auto add = [&text](const char* what, auto... numbers) {
+    text += std::string(", ") + what;
+    ((text += ' ', text += std::to_string(numbers)), ...);
+  };
+  add("level", level);
+  add("size", n.width, n.height, n.srcWidth, n.srcHeight);
+  add("pitches", n.dstPitch, n.srcPitch);
+  add("ramp", n.flip, n.start, n.end);
+  add("opacity", n.opacity, n.colour);
+  add("resizing", n.forceOpaque, n.fullSize);
+  add("radius", n.radius);
+  add("layer", n.layer.mode, n.layer.opacity, n.layer.alphaMode);
+  add("motion", n.motion.strength, n.motion.maxSamples, n.motion.dirX, n.motion.dirY, n.motion.zoom,
+      n.motion.angle);
+  for (const ChromaKey& key : n.keys) {
+    add("key", key.keyR, key.keyG, key.keyB, key.angle, key.denoise);
+  }
+  add("format", n.keyCount, n.format);
+  add("counting", n.binCount, n.selector);
+  add("space", n.model, n.matrix, n.range);
+  return text;
+}
+
+// --- What a fault came from --------------------------------------------------------------------
+
+using Text = char[640];
+thread_local Text doing;
+std::atomic<const char*> lastDone = doing;  // by whom threads of the library's own work
+
+void Remember(const std::string& text) {
+  doing[text.copy(doing, sizeof doing - 1)] = 0;
+  lastDone = doing;
+}
+
+#ifndef _WIN32
+
+constexpr int kFaults[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+struct sigaction handlersBefore[NSIG];
+
+void TellAndFault(int signal) {
+  const char* const text = doing[0] != 0 ? doing : lastDone.load();
+  for (const char* part : {"Fault in: ", text, "\n"}) {
+    if (write(STDERR_FILENO, part, std::strlen(part)) < 0) break;
+  }
+  sigaction(signal, &handlersBefore[signal], nullptr);
+  if (signal == SIGABRT) raise(signal);  // the others return to what faults again
+}
+
+[[maybe_unused]] const bool kTells = [] {
+  struct sigaction action = {};
+  action.sa_handler = TellAndFault;
+  for (const int signal : kFaults) sigaction(signal, &action, &handlersBefore[signal]);
+  return true;
+}();
+
+#endif
 
 }  // namespace
 
@@ -381,7 +538,7 @@ Case DrawCase(const Operation& operation, Input* in) {
   c.forceOpaque = in->Below(2);
   c.fullSize = in->Below(4);
   c.radius = in->Real(static_cast<f32>(std::min(c.width, c.height)));
-  c.layer = {static_cast<u32>(in->Below(2 * cpu::kLayerModes)), c.opacity,
+  c.layer = {static_cast<u32>(in->Below(cpu::kLayerModes)), c.opacity,
              static_cast<u32>(in->Below(3)), c.start, c.end};
   c.border = static_cast<u32>(in->Below(8));
   c.selector = static_cast<u32>(in->Below(7));
@@ -390,6 +547,7 @@ Case DrawCase(const Operation& operation, Input* in) {
   c.srcWidth = traits & kOwnSize ? DrawScaled(c.width, in) : c.width;
   c.srcHeight = traits & kOwnSize ? DrawScaled(c.height, in) : c.height;
   bool packed = traits & kPacked;
+  if (operation.run == MotionSize) c.motion = DrawMotion(in);
   if (operation.run == Motion) {
     const MotionBlurParam& m = c.motion = DrawMotion(in);
     const ImageDesc src = Describe(nullptr, c.srcWidth, c.srcHeight, 4 * c.srcWidth);
@@ -462,29 +620,14 @@ std::string Disagreement(const Case& c) {
   return {};
 }
 
-std::string Describe(const Case& c, i32 level) {
-  std::string text = c.operation->name;
-  const auto add = [&text](const char* what, auto... numbers) {
-    text += std::string(", ") + what;
-    ((text += ' ', text += std::to_string(numbers)), ...);
-  };
-  const Call& n = c.call;
-  add("level", level);
-  add("size", n.width, n.height, SrcWidth(c), n.srcHeight);
-  add("pitches", n.dstPitch, n.srcPitch);
-  add("ramp", n.flip, n.start, n.end);
-  add("opacity", n.opacity, n.colour);
-  add("resizing", n.forceOpaque, n.fullSize);
-  add("radius", n.radius);
-  add("layer", n.layer.mode, n.layer.alphaMode);
-  add("motion", n.motion.strength, n.motion.maxSamples, n.motion.dirX, n.motion.dirY, n.motion.zoom,
-      n.motion.angle);
-  for (const ChromaKey& key : n.keys) {
-    add("key", key.keyR, key.keyG, key.keyB, key.angle, key.denoise);
-  }
-  add("format", n.format);
-  add("space", n.model, n.matrix, n.range);
-  return text;
+std::string Describe(const Case& c, i32 level) { return Describe(*c.operation, c.call, level); }
+
+u32 Operation::operator()(i32 level, u8* dst, const u8* src, Call call) const {
+  Remember(Describe(*this, call, level));
+  call.level = level;
+  call.dst = dst;
+  call.src = src;
+  return run(call);
 }
 
 }  // namespace pictavo::test

@@ -37,12 +37,14 @@ struct Call {
 };
 
 enum Traits : u32 {
-  kPacked = 1,      // rows follow each other
-  kOnePitch = 2,    // the destination's is the source's
-  kInPlace = 4,     // the source, if any, is the destination
-  kMayAlias = 8,    // the source may be the destination
-  kOwnSize = 16,    // the source has a size of its own
-  kWholePitch = 32  // pitches count in whole pixels
+  kPacked = 1,       // rows follow each other
+  kOnePitch = 2,     // the destination's is the source's
+  kInPlace = 4,      // the source, if any, is the destination
+  kMayAlias = 8,     // the source may be the destination
+  kOwnSize = 16,     // the source has a size of its own
+  kWholePitch = 32,  // pitches count in whole pixels
+  kEachPixel = 64,   // a pixel's bytes come from the same place of both pictures
+  kManyRules = 128   // … by one of many rules, which the call chooses
 };
 
 struct Operation {
@@ -51,12 +53,8 @@ struct Operation {
   u32 (*run)(const Call&);
   i32 sameFrom = 0;  // the lowest level of those that give the same bytes
 
-  u32 operator()(i32 level, u8* dst, const u8* src, Call call) const {
-    call.level = level;
-    call.dst = dst;
-    call.src = src;
-    return run(call);
-  }
+  /// Should it fault, the program says what it was doing.
+  u32 operator()(i32 level, u8* dst, const u8* src, Call call) const;
 };
 
 std::span<const Operation> Operations();

@@ -22,7 +22,10 @@ inline void FillPixels(u8* bytes, size_t count, int kind, Random& random) {
   for (size_t i = 0; i < count; ++i) {
     bytes[i] = kind == kEdges ? kCorners[random() % 9] : static_cast<u8>(random());
     if (i % 4 != 3) continue;
-    if (random() % 5 == 0) run = static_cast<u8>(random() % 3 * 127 + random() % 2);
+    if (random() % 5 == 0) {
+      run = static_cast<u8>(random() % 3 * 127);
+      run = static_cast<u8>(run + random() % 2);
+    }
     switch (kind) {
       case kOpaque:
         bytes[i] = 255;
