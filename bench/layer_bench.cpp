@@ -25,6 +25,8 @@ const Layer kLayers[] = {
     {"73 colour", 11, 0},
     {"73 normal, over alpha", 0, 2},
     {"73 multiply, over alpha", 2, 2},
+    {"74 normal", 12, 0},
+    {"74 hue", 19, 0},
 };
 
 }  // namespace
@@ -37,9 +39,9 @@ Table Layers() {
         table.lines.push_back(
             {layer.name, size.name() + " " + alpha, size.pixels(), &Pixels(size, alpha),
              &Pixels(size, "soft"), true, AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-               cpu::kLayerKernels[layer.mode].For(level)(dst, src, size.width, size.height,
-                                                         size.width * 4, size.width * 4,
-                                                         {layer.mode, 255, layer.alphaMode, 0, 0});
+               cpu::kLayerKernels[layer.mode].For(level)(
+                   dst, src, size.width, size.height, size.width * 4, size.width * 4,
+                   {layer.mode, 255, layer.alphaMode, 0.3f, 0.6f});
              })});
       }
     }

@@ -192,8 +192,9 @@ TEST(KernelTable, TakesTheBuildsOfALevel) {
   for (const i32 level : {-1, 0, 5, 6, 7, 8, 9, 7, 0}) {  // the last two: nothing newer stays
     table.Fill(level, builds);
     for (u32 entry = 0; entry < 2 * kLayerModes; ++entry) {
-      u32 build = entry < kLayerModes && level >= 6 ? 200 : 100;
-      if (level >= 8 && (entry <= 4 || entry == 6)) build = 300;
+      const u32 mode = entry % kLayerModes;
+      const bool isWide = mode <= 4 || mode == 6 || mode == 8;
+      const u32 build = level >= 8 && isWide ? 300 : level >= 6 ? 200 : 100;
       EXPECT_EQ(table.At(entry), entry == 20 ? nullptr : Marker(build + entry)) << level;
     }
     EXPECT_EQ(table.At(24), nullptr);

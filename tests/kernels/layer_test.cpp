@@ -137,9 +137,26 @@ TEST(Layer, SubPixelSamples) {
   // A clear neighbour takes alpha away and leaves the colour.
   EXPECT_EQ(topLeft(sample({a, {9, 9, 9, 0}, a, {9, 9, 9, 0}}, 0.5f, 0.25f)),
             (Pixel{0, 40, 200, 127}));
+  EXPECT_EQ(topLeft(sample({{255, 254, 1, 2}, {}, {}, {}}, 0.25f, 0)), (Pixel{255, 254, 1, 1}));
   // Beyond the last column and row the last pixel goes on.
   const Bytes edge = sample({a, b, c, d}, 0.5f, 0.5f);
   EXPECT_EQ(Bytes(edge.begin() + 12, edge.end()), PixelBytes({d}));
+}
+
+/// Faint and clear pixels make the quotients that lie nearest to whole numbers.
+TEST(Layer, SubPixelBuildsAgreeOnFaintPixels) {
+  Random random(5);
+  constexpr u8 kAlphas[] = {0, 1, 2, 3, 255};
+  Bytes src(4 * 61 * 61);
+  for (int round = 0; round < 50; ++round) {
+    FillPixels(src.data(), src.size(), kRandom, random);
+    for (size_t i = 3; i < src.size(); i += 4) src[i] = kAlphas[random() % 5];
+    const f32 x = static_cast<f32>(random() % 257) / 256,
+              y = static_cast<f32>(random() % 257) / 256;
+    const Case c = Lay({kLayerModes, 255, 1, x, y}, 61, 61, Bytes(src.size(), 128), src);
+    const Outcome expected = RunCase(c, 0);
+    for (const i32 level : Levels()) EXPECT_EQ(RunCase(c, level), expected) << Describe(c, level);
+  }
 }
 
 TEST(Layer, RefusesWhatItCannotUse) {
@@ -159,8 +176,10 @@ TEST(Layer, RefusesWhatItCannotUse) {
     }
   }
   for (const BlendParam& param : off) {
-    for (u32 mode = 0; mode < kLayerModes; ++mode)
-      expectRefusal(kLayerKernels[kLayerModes + mode].For(0), param);
+    for (const i32 level : Levels()) {
+      for (u32 mode = kLayerModes; mode < 2 * kLayerModes; ++mode)
+        expectRefusal(kLayerKernels[mode].For(level), param);
+    }
   }
 }
 

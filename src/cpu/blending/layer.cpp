@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "cpu/base/sampler.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse41.h"
 
@@ -157,69 +158,51 @@ u32 LayPicture(const LayerRows& rows, u8* dst, const u8* src, i32 width, i32 hei
 // ---------------------------------------------------------------------------------------------
 // The sub-pixel family.
 
-/// Weights of the four pixels around a sampling point; they add up to 65536.
-struct Neighbourhood {
-  std::array<i64, 4> weights;  // here, right, below, below right
+using SampleRowFn = void(u8* out, const RowPair& rows, i64 first, i64 end, SamplePoint point);
 
-  explicit Neighbourhood(const BlendParam& param) {
-    const i64 left = static_cast<i64>((1.0f - param.fractionX) * 256.0f + 0.5f);
-    const i64 top = static_cast<i64>((1.0f - param.fractionY) * 256.0f + 0.5f);
-    weights = {left * top, (256 - left) * top, left * (256 - top), (256 - left) * (256 - top)};
-  }
-};
-
-/// Samples between four pixels. Where one of them is clear, its colour must not show: colours are
-/// then weighted by alpha too, which leaves no fringe.
-void SamplePixel(u8* out, const std::array<const u8*, 4>& pixels, const Neighbourhood& around) {
-  bool anyClear = false;
-  for (const u8* pixel : pixels) anyClear |= pixel[3] == 0;
-  std::array<i64, 4> sums = {};
-  i64 total = 0;
-  for (size_t i = 0; i < 4; ++i) {
-    const i64 alphaSum = around.weights[i] * pixels[i][3];
-    const i64 weight = anyClear ? alphaSum : around.weights[i];
-    for (size_t c = 0; c < 3; ++c) sums[c] += weight * pixels[i][c];
-    sums[3] += alphaSum;
-    total += weight;
-  }
-  for (size_t c = 0; c < 3; ++c) out[c] = static_cast<u8>(total == 0 ? 0 : sums[c] / total);
-  out[3] = static_cast<u8>(sums[3] >> 16);
+SamplePoint PointOf(const BlendParam& param) {
+  const auto place = [](f32 fraction) {
+    return 256 - static_cast<i32>((1.0f - fraction) * 256.0f + 0.5f);
+  };
+  return {place(param.fractionX), place(param.fractionY)};
 }
 
-template <BlendFn* blend, Mixing mixing = Mixing::kMixes>
-u32 LaySampled(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitch,
-               const BlendParam& param) {
-  static constexpr LayerRows kRows = {LayerRow<blend, mixing, 0>, LayerRow<blend, mixing, 1>,
-                                      LayerRow<blend, mixing, 2>};
+/// Lays what `sample` makes of the source, a stretch at a time.
+u32 LaySampledPicture(const LayerRows& rows, SampleRowFn* sample, u8* dst, const u8* src, i32 width,
+                      i32 height, i32 dstPitch, i32 srcPitch, const BlendParam& param) {
   const bool inside =
       param.fractionX >= 0 && param.fractionX <= 1 && param.fractionY >= 0 && param.fractionY <= 1;
   if (!IsUsable(param) || !inside) return PICTAVO_E_INVALIDARG;
-  const Neighbourhood around(param);
-  constexpr i64 kStretch = 256;
+  const SamplePoint point = PointOf(param);
+  constexpr i64 kStretch = 256;  // whole vectors
   u8 sampled[4 * kStretch];
   for (i64 y = 0; y < height; ++y) {
     const u8* row = src + y * srcPitch;
-    const u8* below = y + 1 < height ? row + srcPitch : row;
+    const RowPair pair = {row, y + 1 < height ? row + srcPitch : row, width};
     for (i64 first = 0; first < width; first += kStretch) {
       const i64 end = std::min<i64>(first + kStretch, width);
-      for (i64 x = first; x < end; ++x) {
-        const i64 right = x + 1 < width ? 4 : 0;
-        SamplePixel(sampled + 4 * (x - first),
-                    {row + 4 * x, row + 4 * x + right, below + 4 * x, below + 4 * x + right},
-                    around);
-      }
-      kRows[param.alphaMode](dst + y * dstPitch + 4 * first, sampled, end - first, Factor(param));
+      sample(sampled, pair, first, end, point);
+      rows[param.alphaMode](dst + y * dstPitch + 4 * first, sampled, end - first, Factor(param));
     }
   }
   return PICTAVO_S_OK;
 }
 
+template <BlendFn* blend, Mixing mixing>
+constexpr LayerRows kRows = {LayerRow<blend, mixing, 0>, LayerRow<blend, mixing, 1>,
+                             LayerRow<blend, mixing, 2>};
+
 template <BlendFn* blend, Mixing mixing = Mixing::kMixes>
 u32 Lay(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitch,
         const BlendParam& param) {
-  static constexpr LayerRows kRows = {LayerRow<blend, mixing, 0>, LayerRow<blend, mixing, 1>,
-                                      LayerRow<blend, mixing, 2>};
-  return LayPicture(kRows, dst, src, width, height, dstPitch, srcPitch, param);
+  return LayPicture(kRows<blend, mixing>, dst, src, width, height, dstPitch, srcPitch, param);
+}
+
+template <BlendFn* blend, Mixing mixing = Mixing::kMixes>
+u32 LaySampled(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitch,
+               const BlendParam& param) {
+  return LaySampledPicture(kRows<blend, mixing>, SampleRow<Replicate>, dst, src, width, height,
+                           dstPitch, srcPitch, param);
 }
 
 }  // namespace
@@ -255,22 +238,37 @@ const LayerKernels kLayerKernels = {{
      .avx2 = avx2::VectorLay<avx2::DifferenceMode>},
     {.portable = Lay<HueMode>, .sse41 = sse41::VectorLay<sse41::HueMode>},
     {.portable = Lay<Normal, Mixing::kAdds>,
-     .sse41 = sse41::VectorLay<sse41::NormalMode, Mixing::kAdds>},
+     .sse41 = sse41::VectorLay<sse41::NormalMode, Mixing::kAdds>,
+     .avx2 = avx2::VectorLay<avx2::NormalMode, Mixing::kAdds>},
     {.portable = Lay<SaturationMode>, .sse41 = sse41::VectorLay<sse41::SaturationMode>},
     {.portable = Lay<LuminosityMode>, .sse41 = sse41::VectorLay<sse41::LuminosityMode>},
     {.portable = Lay<ColourMode>, .sse41 = sse41::VectorLay<sse41::ColourMode>},
-    {.portable = LaySampled<Normal, Mixing::kCopies>},
-    {.portable = LaySampled<Darken>},
-    {.portable = LaySampled<Multiply>},
-    {.portable = LaySampled<Lighten>},
-    {.portable = LaySampled<Screen>},
-    {.portable = LaySampled<Overlay>},
-    {.portable = LaySampled<Difference>},
-    {.portable = LaySampled<HueMode>},
+    {.portable = LaySampled<Normal, Mixing::kCopies>,
+     .sse41 = sse41::VectorLaySampled<sse41::NormalMode, Mixing::kCopies>,
+     .avx2 = avx2::VectorLaySampled<avx2::NormalMode, Mixing::kCopies>},
+    {.portable = LaySampled<Darken>,
+     .sse41 = sse41::VectorLaySampled<sse41::DarkenMode>,
+     .avx2 = avx2::VectorLaySampled<avx2::DarkenMode>},
+    {.portable = LaySampled<Multiply>,
+     .sse41 = sse41::VectorLaySampled<sse41::MultiplyMode>,
+     .avx2 = avx2::VectorLaySampled<avx2::MultiplyMode>},
+    {.portable = LaySampled<Lighten>,
+     .sse41 = sse41::VectorLaySampled<sse41::LightenMode>,
+     .avx2 = avx2::VectorLaySampled<avx2::LightenMode>},
+    {.portable = LaySampled<Screen>,
+     .sse41 = sse41::VectorLaySampled<sse41::ScreenMode>,
+     .avx2 = avx2::VectorLaySampled<avx2::ScreenMode>},
+    {.portable = LaySampled<Overlay>, .sse41 = sse41::VectorLaySampled<sse41::OverlayMode>},
+    {.portable = LaySampled<Difference>,
+     .sse41 = sse41::VectorLaySampled<sse41::DifferenceMode>,
+     .avx2 = avx2::VectorLaySampled<avx2::DifferenceMode>},
+    {.portable = LaySampled<HueMode>, .sse41 = sse41::VectorLaySampled<sse41::HueMode>},
     {},
-    {.portable = LaySampled<SaturationMode>},
-    {.portable = LaySampled<LuminosityMode>},
-    {.portable = LaySampled<ColourMode>},
+    {.portable = LaySampled<SaturationMode>,
+     .sse41 = sse41::VectorLaySampled<sse41::SaturationMode>},
+    {.portable = LaySampled<LuminosityMode>,
+     .sse41 = sse41::VectorLaySampled<sse41::LuminosityMode>},
+    {.portable = LaySampled<ColourMode>, .sse41 = sse41::VectorLaySampled<sse41::ColourMode>},
 }};
 
 }  // namespace pictavo::cpu

@@ -1,5 +1,7 @@
 // The vector rows of layer.cpp over V, included once for each instruction set.
 
+#include "cpu/simd/sampler.inl"
+
 /// The channels of pixels as 16-bit numbers.
 struct Halves {
   V even, odd;  // blue and red, green and alpha
@@ -164,11 +166,20 @@ void VectorLayerRow(u8* dst, const u8* src, i64 width, u32 factor) {
   ApplyToRow(Rule(factor), dst, src, width);
 }
 
+template <typename Mode, Mixing mixing>
+constexpr LayerRows kVectorRows = {VectorLayerRow<LayerRule<Mode, mixing, 0>>,
+                                   VectorLayerRow<LayerRule<Mode, mixing, 1>>,
+                                   VectorLayerRow<LayerRule<Mode, mixing, 2>>};
+
 template <typename Mode, Mixing mixing = Mixing::kMixes>
 u32 VectorLay(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitch,
               const BlendParam& param) {
-  static constexpr LayerRows kRows = {VectorLayerRow<LayerRule<Mode, mixing, 0>>,
-                                      VectorLayerRow<LayerRule<Mode, mixing, 1>>,
-                                      VectorLayerRow<LayerRule<Mode, mixing, 2>>};
-  return LayPicture(kRows, dst, src, width, height, dstPitch, srcPitch, param);
+  return LayPicture(kVectorRows<Mode, mixing>, dst, src, width, height, dstPitch, srcPitch, param);
+}
+
+template <typename Mode, Mixing mixing = Mixing::kMixes>
+u32 VectorLaySampled(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch, i32 srcPitch,
+                     const BlendParam& param) {
+  return LaySampledPicture(kVectorRows<Mode, mixing>, SampleRow<Replicate>, dst, src, width, height,
+                           dstPitch, srcPitch, param);
 }

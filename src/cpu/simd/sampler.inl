@@ -1,0 +1,101 @@
+// The sampler of cpu/base/sampler.h over V, from SSE4.1 on; included by a family's vector rows.
+
+/// The four pixels around each point.
+struct Neighbours {
+  V here, right, below, belowRight;
+};
+
+/// The weights of the points of a vector of pixels.
+struct SampleWeights {
+  V across;       // of the right pixels, in both halves of each lane
+  V down;         // of the upper row, and of the lower one in the high half
+  V products[4];  // in the order of SamplePoint::Weights
+
+  explicit SampleWeights(SamplePoint point)
+      : across(V::All16(static_cast<u32>(point.x))),
+        down(V::All32(static_cast<u32>(256 - point.y) | static_cast<u32>(point.y) << 16)) {
+    const auto weights = point.Weights();
+    for (size_t i = 0; i < 4; ++i) products[i] = V::All32(static_cast<u32>(weights[i]));
+  }
+};
+
+/// Each channel by the weights alone. A row's mix has 16 bits unsigned; 0x8000 less, it is the
+/// signed number that a product takes, and 0x8000 * 256 is added to the sum again.
+inline V SamplePlain(const Neighbours& n, const SampleWeights& w) {
+  const auto across = [&](V left, V right) {
+    const V mix = Add16(ShiftLeft16(left, 8), Mul16(Sub16(right, left), w.across));
+    return mix ^ V::All16(0x8000);
+  };
+  const auto down = [&](V pairs) {
+    return Add32(DotProduct32(pairs, w.down), V::All32(0x8000 * 256));
+  };
+  const auto both = [&](V top, V bottom) {
+    return PairHigh16(down(PairLow16(top, bottom)), down(PairHigh16(top, bottom)));
+  };
+  const V even =
+      both(across(Even(n.here), Even(n.right)), across(Even(n.below), Even(n.belowRight)));
+  const V odd = both(across(Odd(n.here), Odd(n.right)), across(Odd(n.below), Odd(n.belowRight)));
+  return even | ShiftLeft16(odd, 8);
+}
+
+/// sum / total for unsigned sums of 32 bits, totals below 2^24 and quotients of a byte. What the
+/// estimate is off by, 1 at most, is put right.
+inline V ByteQuotient(V sum, V total, F inverse) {
+  const V estimate = Truncate(ToF(ShiftRightU32(sum, 1)) * inverse);
+  const V rest = Sub32(sum, Mul32(estimate, total));
+  const V tooMuch = GreaterI32(V::Zero(), rest), tooLittle = GreaterI32(total, rest);
+  return Add32(Add32(estimate, tooMuch), Add32(tooLittle, V::All32(1)));
+}
+
+/// The colours by weights and alphas.
+inline V SampleByAlpha(const Neighbours& n, const SampleWeights& w) {
+  const V pixels[] = {n.here, n.right, n.below, n.belowRight};
+  V sums[3] = {V::Zero(), V::Zero(), V::Zero()}, total = V::Zero();
+  for (size_t i = 0; i < 4; ++i) {
+    const V weight = Mul32(w.products[i], ShiftRightU32(pixels[i], 24));
+    total = Add32(total, weight);
+    for (int c = 0; c < 3; ++c) sums[c] = Add32(sums[c], Mul32(weight, Channel(pixels[i], c)));
+  }
+  total = MaxI32(total, V::All32(1));
+  const F inverse = F::All(2) / ToF(total);
+  const auto quotient = [&](V sum) { return ByteQuotient(sum, total, inverse); };
+  return quotient(sums[0]) | ShiftLeft32(quotient(sums[1]), 8) | ShiftLeft32(quotient(sums[2]), 16);
+}
+
+inline V Sample(const Neighbours& n, const SampleWeights& w) {
+  const V most = MaxU8(MaxU8(n.here, n.right), MaxU8(n.below, n.belowRight));
+  if (AlphasClear(most)) return V::Zero();
+  const V least = MinU8(MinU8(n.here, n.right), MinU8(n.below, n.belowRight));
+  const V anyClear = Equal32(ShiftRightU32(least, 24), V::Zero());
+  const V plain = SamplePlain(n, w);
+  if (IsZero(anyClear)) return plain;
+  return Select(anyClear & V::All32(kColours), SampleByAlpha(n, w), plain);
+}
+
+/// The pixels from p on and the one that is right of the last of them.
+template <typename Edge>
+struct LastPixels {
+  u8 bytes[kVectorBytes + 4] = {};
+
+  LastPixels(const u8* p, i64 count) {
+    std::memcpy(bytes, p, static_cast<size_t>(4 * count));
+    std::memcpy(bytes + 4 * count, Edge::Beyond(p + 4 * (count - 1)), 4);
+  }
+};
+
+/// See SampleRow of the portable sampler; `out` has room for whole vectors.
+template <typename Edge>
+void SampleRow(u8* out, const RowPair& rows, i64 first, i64 end, SamplePoint point) {
+  const SampleWeights weights(point);
+  const auto sample = [&](const u8* top, const u8* bottom) {
+    const Neighbours n = {V::Load(top), V::Load(top + 4), V::Load(bottom), V::Load(bottom + 4)};
+    Sample(n, weights).Store(out);
+    out += kVectorBytes;
+  };
+  i64 x = first;
+  for (; x < end && x + V::kPixels < rows.width; x += V::kPixels)
+    sample(rows.top + 4 * x, rows.bottom + 4 * x);
+  if (x >= end) return;
+  const LastPixels<Edge> top(rows.top + 4 * x, end - x), bottom(rows.bottom + 4 * x, end - x);
+  sample(top.bytes, bottom.bytes);
+}
