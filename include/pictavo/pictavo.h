@@ -1096,7 +1096,15 @@ struct IPictavo6 : IPictavo5 {
                            const void* param) noexcept = 0;
 
   virtual u32 Reserved109() noexcept = 0;  ///< Slot 109. Expands a plane into 32-bit pixels.
-  virtual u32 Reserved110() noexcept = 0;  ///< Slot 110. Expands a plane into 32-bit pixels.
+
+  /// Slot 110. Makes grey, opaque pixels of a plane of bytes: each byte becomes a pixel's blue,
+  /// green and red; alpha is 255. All builds give the same bytes; they change at level 6.
+  /// @param src  rows of `width` bytes, `srcPitch` bytes apart
+  /// @param dst  rows of `width` pixels of 4 bytes, `dstPitch` bytes apart; shares no byte with src
+  /// @return PICTAVO_S_OK, for an empty picture too; PICTAVO_E_POINTER for a null;
+  ///         PICTAVO_E_INVALIDARG for a pitch shorter than its row or pictures that share a byte
+  virtual u32 ExpandPlane(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                          i32 dstPitch) noexcept = 0;
 
  protected:
   ~IPictavo6() = default;

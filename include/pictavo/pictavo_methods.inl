@@ -146,7 +146,7 @@ PICTAVO_RESERVED(106, (dst, src, count, first, second, third, fourth))
 PICTAVO_METHOD(107, ExtendBoundaryTransparent, CPU, (image, border))
 PICTAVO_METHOD(108, D3DComputeOp, D3D11, (opCode, subMode, device, context, dst, src, param))
 PICTAVO_RESERVED(109, ())
-PICTAVO_RESERVED(110, ())
+PICTAVO_METHOD(110, ExpandPlane, CPU, (src, width, height, srcPitch, dst, dstPitch))
 
 #undef PICTAVO_METHOD
 #undef PICTAVO_RESERVED

@@ -4,6 +4,7 @@
 
 #include "cpu/blending/blend.h"
 #include "cpu/blending/layer.h"
+#include "cpu/colour/channels.h"
 #include "cpu/colour/convert.h"
 #include "cpu/drawing/draw.h"
 #include "cpu/filters/blur.h"

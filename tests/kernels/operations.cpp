@@ -284,6 +284,7 @@ const Operation kOperations[] = {
     {"95 ConvertHSLToRGB", kInPlacePacked, Singles<HslToRgb>},
     {"107 ExtendBoundaryTransparent", kInPlace | kWholePitch,
      Border<cpu::ExtendBoundaryTransparent>},
+    {"110 ExpandPlane", 0, [](C c) { return cpu::ExpandPlane(FROM_TO); }, 0, 1},
 };
 
 // --- Drawing calls -----------------------------------------------------------------------------
@@ -312,8 +313,8 @@ i32 DrawScaled(i32 side, Input* in) {
 }
 
 /// Tight, padded, upwards, or so small that rows share bytes.
-i32 DrawPitch(i32 width, Input* in) {
-  const i32 row = 4 * std::max(width, 0);
+i32 DrawPitch(i32 width, Input* in, i32 pixelBytes = 4) {
+  const i32 row = pixelBytes * std::max(width, 0);
   switch (in->Below(8)) {
     case 0:
       return row + 1 + in->Below(32);
@@ -462,9 +463,9 @@ void TellAndFault(int signal) {
 
 }  // namespace
 
-size_t Span(i32 width, i32 height, i32 pitch) {
+size_t Span(i32 width, i32 height, i32 pitch, i32 pixelBytes) {
   if (width < 1 || height < 1) return 0;
-  return static_cast<size_t>(i64{height - 1} * std::abs(pitch) + 4 * i64{width});
+  return static_cast<size_t>(i64{height - 1} * std::abs(pitch) + i64{pixelBytes} * width);
 }
 
 u8* Top(u8* memory, i32 height, i32 pitch) {
@@ -564,7 +565,7 @@ Case DrawCase(const Operation& operation, Input* in) {
   }
 
   c.dstPitch = DrawPitch(c.width, in);
-  c.srcPitch = DrawPitch(c.srcWidth, in);
+  c.srcPitch = DrawPitch(c.srcWidth, in, operation.srcBytes);
   if (traits & kOnePitch) c.srcPitch = c.dstPitch;
   if (packed) {
     c.dstPitch = 4 * c.width;
@@ -578,7 +579,8 @@ Case DrawCase(const Operation& operation, Input* in) {
   if (drawn.aliased) c.srcPitch = c.dstPitch;
 
   drawn.dst.resize(Span(c.width, c.height, c.dstPitch));
-  if (!(traits & kInPlace)) drawn.src.resize(Span(c.srcWidth, c.srcHeight, c.srcPitch));
+  if (!(traits & kInPlace))
+    drawn.src.resize(Span(c.srcWidth, c.srcHeight, c.srcPitch, operation.srcBytes));
   for (Bytes* pixels : {&drawn.dst, &drawn.src}) {
     Random random(in->Bits());
     FillPixels(pixels->data(), pixels->size(), in->Below(kKinds), random);

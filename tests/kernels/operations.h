@@ -52,6 +52,7 @@ struct Operation {
   u32 traits;
   u32 (*run)(const Call&);
   i32 sameFrom = 0;  // the lowest level of those that give the same bytes
+  i32 srcBytes = 4;  // of a pixel of the source
 
   /// Should it fault, the program says what it was doing.
   u32 operator()(i32 level, u8* dst, const u8* src, Call call) const;
@@ -103,7 +104,7 @@ std::string Disagreement(const Case& c);
 std::string Describe(const Case& c, i32 level);
 
 /// Bytes of a picture whose rows are `pitch` apart, and its first row in such memory.
-size_t Span(i32 width, i32 height, i32 pitch);
+size_t Span(i32 width, i32 height, i32 pitch, i32 pixelBytes = 4);
 u8* Top(u8* memory, i32 height, i32 pitch);
 
 }  // namespace pictavo::test

@@ -47,6 +47,23 @@ u32 Check(const Pictures&... pictures) {
   return (... || pictures.IsEmpty()) ? PICTAVO_S_FALSE : PICTAVO_S_OK;
 }
 
+/// Whether two pictures whose rows hold what they should share a byte. Pictures side by side in one
+/// buffer share none.
+template <typename A, typename B>
+bool ShareBytes(const PictureOf<A>& a, const PictureOf<B>& b) {
+  for (i64 i = 0, j = 0; i < a.height && j < b.height;) {
+    const u8 *first = a.Row(i), *second = b.Row(j);
+    if (first + a.width * a.pixelBytes <= second) {
+      ++i;
+    } else if (second + b.width * b.pixelBytes <= first) {
+      ++j;
+    } else {
+      return true;
+    }
+  }
+  return false;
+}
+
 /// Calls row(dst, src, width) for each row of two pictures of the destination's size.
 template <typename Row>
 void ForRows(const Picture& dst, const Source& src, Row row) {
