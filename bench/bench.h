@@ -45,12 +45,20 @@ struct Table {
 /// The columns of a family with a portable, a 128-bit and a 256-bit build.
 const std::vector<std::string>& BuildColumns();
 
-/// One run for each of these columns, of an operation that takes the level.
-std::vector<Run> AtEachBuild(std::function<void(i32 level, u8* dst, const u8* src)> operation);
+/// The levels of these columns.
+inline constexpr i32 kBuildLevels[] = {0, 7, 8};
+
+/// One run for each of these columns, of an operation that takes the level. `builds` has a bit for
+/// each column that the operation has a build for; the others stay empty.
+std::vector<Run> AtEachBuild(std::function<void(i32 level, u8* dst, const u8* src)> operation,
+                             u32 builds = 0b111);
 
 /// Pixels of random colours; alphas are all 255 ("opaque"), all 0 ("clear"), all between ("soft"),
 /// or runs of 50 of each ("mixed"). Made once.
 const Bytes& Pixels(const Size& size, const std::string& alpha);
+
+/// Random bytes, so many a pixel. Made once.
+const Bytes& Samples(const Size& size, i32 pixelBytes);
 
 // The families, each in its own file.
 Table Blends();

@@ -4,6 +4,7 @@
 
 #include "bench.h"
 #include "convert_utility/colour.h"
+#include "cpu/colour/channels.h"
 #include "cpu/colour/convert.h"
 #include "cpu/drawing/draw.h"
 #include "cpu/geometry/border.h"
@@ -22,7 +23,8 @@ struct Conversion {
   std::vector<const char*> alphas;
   void (*run)(i32 level, u8* dst, const u8* src, i32 width, i32 height);
   void (*peer)(u8* dst, const u8* src, i32 width, i32 height);
-  bool oneBuild = false;
+  u32 builds = 0b111;
+  i32 srcBytes = 4;  // a pixel
 };
 
 #ifdef PICTAVO_BENCH_LIBYUV
@@ -37,7 +39,9 @@ void ToGray(u8* d, const u8* s, i32 w, i32 h) { libyuv::ARGBGrayTo(s, w * 4, d, 
 void FillRect(u8* d, const u8*, i32 w, i32 h) {
   libyuv::ARGBRect(d, w * 4, 0, 0, w, h, 0x80FF4020);
 }
+void ExpandJ400(u8* d, const u8* s, i32 w, i32 h) { libyuv::J400ToARGB(s, w, d, w * 4, w, h); }
 #else
+constexpr decltype(Conversion::peer) ExpandJ400 = nullptr;
 constexpr decltype(Conversion::peer) Attenuate = nullptr, Unattenuate = nullptr, ToPlanes = nullptr,
                                      ToGray = nullptr, FillRect = nullptr;
 #endif
@@ -107,14 +111,24 @@ const Conversion kConversions[] = {
        cpu::FillSolidColor(level, d, w, h, w * 4, 0x80FF4020);
      },
      FillRect},
-    {"71 border of 16", false, true, {"soft"}, ExtendBorder, nullptr, true},
-    {"82 mean", true, false, {"soft"}, Mean, nullptr, true},
+    {"71 border of 16", false, true, {"soft"}, ExtendBorder, nullptr, 0b001},
+    {"82 mean", true, false, {"soft"}, Mean, nullptr, 0b001},
     {"88 RGB to YUV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_YUV>, ToPlanes},
     {"88 RGB to HSV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSV>, nullptr},
     {"88 RGB to HSL", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSL>, nullptr},
     {"89 YUV to RGB", true, false, {"soft"}, FromSpace<PICTAVO_COLOR_YUV>, nullptr},
     {"89 HSV to RGB", true, false, {"soft"}, FromSpace<PICTAVO_COLOR_HSV>, nullptr},
     {"89 HSL to RGB", true, false, {"soft"}, FromSpace<PICTAVO_COLOR_HSL>, nullptr},
+    {"110 expand a plane",
+     true,
+     false,
+     {"soft"},
+     [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
+       cpu::ExpandPlane(level, s, w, h, w, d, w * 4);
+     },
+     ExpandJ400,
+     0b011,
+     1},
 };
 
 struct Histogram {
@@ -162,17 +176,18 @@ Table Conversions() {
   for (const Conversion& c : kConversions) {
     for (const Size& size : {kHd, kCached}) {
       for (const char* alpha : c.alphas) {
-        std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-          c.run(level, dst, src, size.width, size.height);
-        });
-        if (c.oneBuild) runs.resize(1);
+        std::vector<Run> runs =
+            AtEachBuild([=](i32 level, u8* dst,
+                            const u8* src) { c.run(level, dst, src, size.width, size.height); },
+                        c.builds);
+        const Bytes& source = c.srcBytes == 4 ? Pixels(size, "opaque") : Samples(size, c.srcBytes);
         if (c.peer != nullptr) {
           runs.push_back(
               [=](u8* dst, const u8* src) { c.peer(dst, src, size.width, size.height); });
         }
         table.lines.push_back({c.name, size.name() + " " + alpha, size.pixels(),
-                               c.readsSrc ? &Pixels(size, "opaque") : nullptr, &Pixels(size, alpha),
-                               c.readsDst, runs});
+                               c.readsSrc ? &source : nullptr, &Pixels(size, alpha), c.readsDst,
+                               runs});
       }
     }
   }

@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <map>
 #include <random>
+#include <regex>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include "bench.h"
@@ -15,8 +17,6 @@
 
 namespace pictavo::bench {
 namespace {
-
-constexpr i32 kLevels[] = {0, 7, 8};  // of BuildColumns
 
 TARGET_REGION("avx2")
 
@@ -96,20 +96,35 @@ void Register(const std::string& name, const Line& line, const Run& run) {
       ->UseRealTime();
 }
 
-void RegisterAll(const std::vector<Table>& tables) {
+/// Registers the runs whose names a filter finds, and the streaming loops that they are compared
+/// with.
+void RegisterAll(const std::vector<Table>& tables, const std::regex& filter) {
   std::set<std::string> streams;
   for (const Table& table : tables) {
     for (const Line& line : table.lines) {
-      if (streams.insert(StreamName(line)).second) {
+      for (size_t i = 0; i < line.runs.size(); ++i) {
+        const std::string name = RunName(line, table.columns[i]);
+        if (!line.runs[i] || !std::regex_search(name, filter)) continue;
+        Register(name, line, line.runs[i]);
+        if (!streams.insert(StreamName(line)).second) continue;
         Register(StreamName(line), line, [&line](u8* dst, const u8* src) {
           Stream(dst, SizeOf(line.dst), line.readsDst, src, SizeOf(line.src));
         });
       }
-      for (size_t i = 0; i < line.runs.size(); ++i) {
-        if (line.runs[i]) Register(RunName(line, table.columns[i]), line, line.runs[i]);
-      }
     }
   }
+}
+
+/// Takes --benchmark_filter out of the arguments: the benchmark itself would leave out the loops.
+std::string TakeFilter(std::vector<char*>* arguments) {
+  const std::string_view option = "--benchmark_filter=";
+  std::string filter;
+  std::erase_if(*arguments, [&](const char* argument) {
+    const bool found = std::string_view(argument).starts_with(option);
+    if (found) filter = argument + option.size();
+    return found;
+  });
+  return filter;
 }
 
 /// Collects the medians and prints the tables of what was run.
@@ -179,8 +194,8 @@ class Printer : public benchmark::BenchmarkReporter {
 int Main(int argc, char** argv) {
   const std::vector<Table> tables = {Blends(),     Blurs(),  ChromaKeys(),  Conversions(),
                                      Histograms(), Layers(), MotionBlurs(), Resizing()};
-  RegisterAll(tables);
   std::vector<char*> arguments(argv, argv + argc);
+  RegisterAll(tables, std::regex(TakeFilter(&arguments)));
   char repetitions[] = "--benchmark_repetitions=7",
        aggregates[] = "--benchmark_report_aggregates_only=true",
        interleave[] = "--benchmark_enable_random_interleaving=true",
@@ -201,11 +216,24 @@ const std::vector<std::string>& BuildColumns() {
   return columns;
 }
 
-std::vector<Run> AtEachBuild(std::function<void(i32, u8*, const u8*)> operation) {
+std::vector<Run> AtEachBuild(std::function<void(i32, u8*, const u8*)> operation, u32 builds) {
   std::vector<Run> runs;
-  for (const i32 level : kLevels)
-    runs.push_back([level, operation](u8* dst, const u8* src) { operation(level, dst, src); });
+  for (const i32 level : kBuildLevels) {
+    const bool has = builds >> runs.size() & 1;
+    runs.push_back(has ? Run([=](u8* dst, const u8* src) { operation(level, dst, src); }) : Run());
+  }
   return runs;
+}
+
+const Bytes& Samples(const Size& size, i32 pixelBytes) {
+  static std::map<std::pair<std::string, i32>, Bytes> made;
+  Bytes& samples = made[{size.name(), pixelBytes}];
+  if (samples.empty()) {
+    std::mt19937 random(2);
+    samples.resize(static_cast<size_t>(size.pixels() * pixelBytes));
+    for (u8& sample : samples) sample = static_cast<u8>(random());
+  }
+  return samples;
 }
 
 const Bytes& Pixels(const Size& size, const std::string& alpha) {
