@@ -13,8 +13,8 @@
 /// - Buffers. A pointer to the first byte of the top row, width and height in pixels, pitch in
 ///   bytes from the start of one row to the start of the next. "Packed" buffers take no pitch:
 ///   their pixels are contiguous. No alignment is asked for. Nothing outside the described rows is
-///   read or written; a pitch may be negative (rows run upwards from the pointer) where no check
-///   refuses it.
+///   read or written, nor are the bytes between two rows that a wider pitch leaves; a pitch may be
+///   negative (rows run upwards from the pointer) where no check refuses it.
 /// - Aliasing. Source and destination may be the same picture at the same place; any other overlap
 ///   gives pixels that depend on the instruction-set level.
 /// - Ownership. Pictures, records and arrays stay the host's. Nothing is kept between calls.
@@ -674,8 +674,9 @@ struct IPictavo3 : IPictavo2 {
   /// - Direction: n places one pixel apart, from the pixel on along the vector, so that the streak
   ///   trails behind. Its n does not limit strength. n = 0 copies W * H packed pixels; where the
   ///   destination's pitch * height bytes are fewer, these are cleared instead, errno becomes
-  ///   ERANGE, the C runtime's invalid-parameter handler is called if one is set, and the result is
-  ///   still PICTAVO_S_OK.
+  ///   ERANGE, the invalid-parameter handler that the host has set in its C runtime (ucrtbase.dll
+  ///   or msvcrt.dll) is called, if any, and the result is still PICTAVO_S_OK. So the destination
+  ///   must have pitch * height bytes, padding after its last row included.
   /// - Zoom: place i is the picture shrunk to fit a frame 2 * i pixels wider; place 0 is scaled by
   ///   65535 / 65536, so that it reads one pixel up and to the left.
   /// - Spin: places lie along the tangent, in steps that grow from 0 at the centre. The only kind
@@ -813,8 +814,8 @@ struct IPictavo4 : IPictavo3 {
                          u32* result, void* record) noexcept = 0;
 
   /// Slot 86. Makes pixels near one or more key colours clear, takes the keys' spill off the pixels
-  /// around them, and writes that to a picture of the same size. Both are packed: the pitch is 4 *
-  /// width.
+  /// around them, and writes that to a picture of the same size. The rows of both are packed: a
+  /// pitch above 4 * width is accepted and not used.
   ///
   /// Colours are worked on in single precision, in the order written here. Y = 0.257 R + 0.504 G +
   /// 0.098 B + 16, U = -0.148 R - 0.291 G + 0.439 B, V = 0.439 R - 0.368 G - 0.071 B, of the pixel
@@ -839,13 +840,13 @@ struct IPictavo4 : IPictavo3 {
   /// Several keys give, byte by byte and alpha included, the least of what each alone gives.
   ///
   /// Of different heights the rows that both have are keyed and the rest of dst is left alone. The
-  /// pictures may overlap in any way: all is as if src were read first. Rows run in parallel on
-  /// threads of the system's pool, or of the Concurrency Runtime. The debugger is told how long
-  /// each key and the whole took.
+  /// pictures may overlap in any way: all is as if src were read first. The rows of large
+  /// pictures run in parallel on threads of the system's pool, or of the Concurrency Runtime. No
+  /// key at all leaves dst alone. The debugger is told how long each key and the whole took.
   /// @param format 1 for BGRA pictures, any other value for AYUV (bytes V, U, Y, A)
   /// @return PICTAVO_S_OK, also for an empty picture; PICTAVO_E_POINTER when a record, its data or
-  /// keys is null; PICTAVO_E_INVALIDARG when keyCount is below 1, a record is a texture, a size is
-  /// negative, widths differ, rows are not packed or a picture has 4 GiB or more;
+  /// keys is null; PICTAVO_E_INVALIDARG when keyCount is negative, a record is a texture, a size is
+  /// negative, widths differ, a pitch is below 4 * width or a picture has 4 GiB or more;
   /// PICTAVO_E_OUTOFMEMORY
   virtual u32 ApplyChromaKey(const ImageDesc* src, ImageDesc* dst, const ChromaKey* keys,
                              i32 keyCount, i32 format) noexcept = 0;

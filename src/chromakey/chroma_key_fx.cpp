@@ -101,7 +101,7 @@ void ChromaKeyFx::KeyPicture(Layout layout, i32 keyIndex) {
   key.colour = ToYuv(key.keyR, key.keyG, key.keyB);
   const PassKey pass(key.colour, key.angle, key.denoise);
   KeyRow* const keyRow = KeyRowFor(level_, layout, pass.IsNearGrey(), keyIndex == 0);
-  ParallelRows(Rows(), [&](int row) {
+  ParallelRows(Rows(), destination_->width, [&](int row) {
     const i64 at = row * RowBytes();
     keyRow(result_ + at, source_->pixels + at, destination_->width, pass);
   });
@@ -126,7 +126,7 @@ u32 ChromaKeyFx::PrepareResult(i32 composite) {
 
 void ChromaKeyFx::FinishResult(i32 composite) {
   if (!resultBuffer_) return;
-  ParallelRows(Rows(), [&](int row) {
+  ParallelRows(Rows(), destination_->width, [&](int row) {
     const i64 at = row * RowBytes();
     if (composite == 0) {
       std::memcpy(destination_->pixels + at, result_ + at, static_cast<size_t>(RowBytes()));
@@ -149,7 +149,7 @@ u32 ApplyChromaKeyAccelerated(const ImageDesc&, ImageDesc&, const ChromaKey*, i3
 
 bool IsUsable(const ImageDesc& image) {
   return image.memoryKind != PICTAVO_MEMORY_D3D11_TEXTURE && image.width >= 0 &&
-         image.height >= 0 && image.pitch == i64{image.width} * 4;
+         image.height >= 0 && image.pitch >= i64{image.width} * 4;
 }
 
 }  // namespace
@@ -160,10 +160,11 @@ u32 ApplyChromaKey(i32 level, const ImageDesc* src, ImageDesc* dst, const Chroma
   if (src->data == nullptr || dst->data == nullptr) return PICTAVO_E_POINTER;
   // Sizes of pictures and of the result buffer are 32-bit numbers.
   const i64 height = std::max(src->height, dst->height);
-  if (!IsUsable(*src) || !IsUsable(*dst) || src->width != dst->width || keyCount < 1 ||
-      height * dst->pitch > UINT32_MAX) {
+  if (!IsUsable(*src) || !IsUsable(*dst) || src->width != dst->width || keyCount < 0 ||
+      height * std::max(src->pitch, dst->pitch) > UINT32_MAX) {
     return PICTAVO_E_INVALIDARG;
   }
+  if (keyCount == 0) return PICTAVO_S_OK;
   if (level >= 8) {
     const u32 status = ApplyChromaKeyAccelerated(*src, *dst, keys, keyCount, format);
     if (static_cast<i32>(status) >= 0) return status;

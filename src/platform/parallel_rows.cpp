@@ -80,12 +80,19 @@ void WorkTogether(SharedRows* shared, int workers) noexcept {
 
 #endif
 
+/// How many threads are worth their waking, which takes some microseconds each.
+int Workers(int rows, int64_t rowCost) noexcept {
+  constexpr int64_t kLeastShare = 30000;
+  const int64_t processors = std::max(1u, std::thread::hardware_concurrency());
+  return static_cast<int>(
+      std::clamp(rows * rowCost / kLeastShare, int64_t{1}, std::min<int64_t>(rows, processors)));
+}
+
 }  // namespace
 
-void ParallelRows(int rows, RowTask* task, const void* context) noexcept {
+void ParallelRows(int rows, int64_t rowCost, RowTask* task, const void* context) noexcept {
   if (rows <= 0) return;
-  const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
-  const int workers = static_cast<int>(std::min<int64_t>(rows, processors));
+  const int workers = Workers(rows, rowCost);
   SharedRows shared(rows, workers, task, context);
   if (workers == 1) return shared.Work();
   WorkTogether(&shared, workers);

@@ -228,7 +228,7 @@ TEST(ChromaKey, RefusesWhatItCannotUse) {
   EXPECT_EQ(apply(nullptr, &to, &key, 1), PICTAVO_E_POINTER);
   EXPECT_EQ(apply(&good, nullptr, &key, 1), PICTAVO_E_POINTER);
   EXPECT_EQ(apply(&good, &to, nullptr, 0), PICTAVO_E_POINTER);
-  for (const i32 count : {0, -1, INT32_MIN}) {
+  for (const i32 count : {-1, INT32_MIN}) {
     EXPECT_EQ(apply(&good, &to, &key, count), PICTAVO_E_INVALIDARG);
   }
   const auto changed = [](ImageDesc image, auto change) {
@@ -250,12 +250,33 @@ TEST(ChromaKey, RefusesWhatItCannotUse) {
   bad([](ImageDesc& i) { i.memoryKind = PICTAVO_MEMORY_D3D11_TEXTURE; });
   bad([](ImageDesc& i) { i.height = -1; });
   bad([](ImageDesc& i) { i.width = i.pitch = -4; });
-  bad([](ImageDesc& i) { i.pitch = 20; });
+  bad([](ImageDesc& i) { i.pitch = 15; });
   bad([](ImageDesc& i) { i.pitch = -16; });
   bad([](ImageDesc& i) { i.width = 1 << 30, i.pitch = 0; });
   bad([](ImageDesc& i) { i.width = 1 << 28, i.pitch = 1 << 30, i.height = 4; });
   bad([](ImageDesc& i) { i.height = 1 << 28; });
-  EXPECT_EQ(dst, Bytes(64, 3));
+  bad([](ImageDesc& i) { i.pitch = 1 << 30; });
+  EXPECT_EQ(apply(&good, &to, &key, 0), PICTAVO_S_OK);
+  EXPECT_EQ(dst, Bytes(64, 3)) << "a call without keys, or refused, wrote";
+}
+
+/// Rows are packed whatever a wider pitch says.
+TEST(ChromaKey, DoesNotUseThePitch) {
+  Random random(4);
+  for (const size_t count : {1u, 2u}) {
+    Drawn drawn = Draw(count, 4 * 7 * 5, random);
+    ImageDesc from = Image(drawn.pixels.data(), 7, 4);
+    Bytes dst(drawn.pixels.size(), 99);
+    ImageDesc to = Image(dst.data(), 7, 4);
+    from.pitch = 35, to.pitch = 29;
+    const Bytes four(drawn.pixels.begin(), drawn.pixels.begin() + 4 * 7 * 4);
+    Bytes expected = Keyed(0, four, 7, 4, drawn.keys, drawn.format);
+    expected.resize(dst.size(), 99);
+    EXPECT_EQ(chromakey::ApplyChromaKey(Levels().back(), &from, &to, drawn.keys.data(),
+                                        static_cast<i32>(count), drawn.format),
+              PICTAVO_S_OK);
+    EXPECT_EQ(dst, expected);
+  }
 }
 
 TEST(ChromaKey, Composites) {
@@ -296,15 +317,18 @@ TEST(ChromaKey, Composites) {
   EXPECT_EQ(effect.Run(1), PICTAVO_S_OK);
 }
 
-TEST(ParallelRows, RunsEachRowOnce) {
+TEST(ParallelRows, RunsEachRowOnceAndLittleWorkOnTheCaller) {
   for (const int rows : {-5, 0, 1, 2, 3, 16, 17, 1000}) {
-    std::vector<int> runs(static_cast<size_t>(std::max(rows, 0)));
-    const auto caller = std::this_thread::get_id();
-    ParallelRows(rows, [&](int row) {
-      ++runs.at(static_cast<size_t>(row));
-      EXPECT_TRUE(rows > 1 || std::this_thread::get_id() == caller);
-    });
-    EXPECT_EQ(runs, std::vector<int>(runs.size(), 1));
+    for (const int64_t cost : {0, 64, 1 << 20}) {
+      std::vector<int> runs(static_cast<size_t>(std::max(rows, 0)));
+      const auto caller = std::this_thread::get_id();
+      const bool alone = rows == 1 || rows * cost <= 64 * 17;
+      ParallelRows(rows, cost, [&](int row) {
+        ++runs.at(static_cast<size_t>(row));
+        EXPECT_TRUE(!alone || std::this_thread::get_id() == caller);
+      });
+      EXPECT_EQ(runs, std::vector<int>(runs.size(), 1));
+    }
   }
 }
 
