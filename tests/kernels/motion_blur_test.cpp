@@ -14,7 +14,10 @@
 #include "operations.h"
 
 #ifdef _WIN32
+#include <windows.h>
+
 #include "debugger_listener.h"
+#include "platform/module.h"
 #endif
 
 namespace pictavo::test {
@@ -311,6 +314,26 @@ TEST(MotionBlur, CopiesWhatDoesNotMove) {
 }
 
 #ifdef _WIN32
+
+int timesHandled = 0;
+void Count(const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) { ++timesHandled; }
+
+/// The handler that a host sets in its own C runtime, whichever the library is built with.
+TEST(MotionBlur, ReportsTheLackOfRoomToTheHostsHandler) {
+  const HMODULE runtime = LoadLibraryW(L"ucrtbase.dll");
+  ASSERT_NE(runtime, nullptr);
+  using Handler = _invalid_parameter_handler;
+  auto* const set = EntryPoint<Handler(Handler)>(runtime, "_set_invalid_parameter_handler");
+  const Handler before = set(Count);
+  Guarded src(5, 3, 20), small(5, 2, 20);
+  const MotionBlurParam still = {1, 0, 0, 0, 1, 0, 0};
+  EXPECT_EQ(cpu::MotionBlur(0, &src.image, &small.image, &still), PICTAVO_S_OK);
+  EXPECT_EQ(timesHandled, 1);
+  set(before);
+  EXPECT_EQ(cpu::MotionBlur(0, &src.image, &small.image, &still), PICTAVO_S_OK);
+  EXPECT_EQ(timesHandled, 1);
+  FreeLibrary(runtime);
+}
 
 TEST(MotionBlur, TellsTheDebuggerOfAnUnexpectedSize) {
   const char kDirection[] =
