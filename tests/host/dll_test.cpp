@@ -9,8 +9,6 @@
 #include <atomic>
 #include <bit>
 #include <cstring>
-#include <functional>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -139,34 +137,10 @@ class Object : public testing::Test {
  protected:
   ~Object() override { EXPECT_EQ(release_(object_), 0); }
 
-  struct Case {
-    u32 slot;
-    std::function<u32()> call;
-    u32 result;
-    std::vector<u32> expected;  // the first pixels afterwards
-  };
-  /// Calls each slot on the same pixels at each level.
-  void Check(const std::vector<Case>& cases, const std::vector<i32>& levels,
-             const std::array<u32, 9>& before) {
-    for (const i32 level : levels) {
-      object_->SetCPULevel(level);
-      for (const Case& c : cases) {
-        pixels_ = before;
-        EXPECT_EQ(c.call(), c.result) << "slot " << c.slot;
-        EXPECT_EQ(std::vector<u32>(pixels_.begin(), pixels_.begin() + std::ssize(c.expected)),
-                  c.expected)
-            << "slot " << c.slot << ", level " << level;
-      }
-    }
-  }
-
   const RealModule module_{L"Pictavo.dll"};
   IPictavo6* (*create_)() = module_.Entry<IPictavo6*()>("GetPictavo6");
   int32_t (*release_)(IPictavo6*) = module_.Entry<int32_t(IPictavo6*)>("ReleasePictavo6");
   IPictavo6* object_ = create_();
-  const std::vector<i32> levels_ = {0, 3, object_->GetCPULevel()};
-  std::array<u32, 9> pixels_;
-  u8* const d_ = reinterpret_cast<u8*>(pixels_.data());
 };
 
 TEST_F(Object, KeepsItsOwnLevel) {
@@ -220,216 +194,6 @@ TEST_F(Object, AnswersWhatItHasNotBuilt) {
   }
 }
 
-TEST_F(Object, BlendsByTheRuleOfEachSlot) {
-  constexpr i32 kDst = 8, kSrc = 4;  // pitches; where there is one for both, it is kDst
-  constexpr f32 kStart = 0.25f, kEnd = 1.0f;
-  constexpr u8 kOpacity = 200;
-  constexpr u32 kBackdrop = 0xFF204060, kBetween = 0x50607080, kBelow = 0x90A0B0C0;
-  using P = IPictavo;
-  const u32 src[] = {0xC8643219, 0x80503C28, 0x60402010, 0xA0907050};
-  const u8* s = reinterpret_cast<const u8*>(src);
-  const auto packed = [&](u32 slot, auto method, u32 first, u32 second) {
-    return Case{
-        slot, [=, this] { return (object_->*method)(d_, s, 1, 2); }, 1, {first, second, kBelow}};
-  };
-  const auto pitched = [&](u32 slot, auto method, u32 top, u32 bottom) {
-    return Case{slot,
-                [=, this] { return (object_->*method)(d_, s, 1, 2, kDst); },
-                1,
-                {top, kBetween, bottom}};
-  };
-  const auto ramp = [&](u32 slot, auto method, u32 top, u32 bottom) {
-    return Case{slot,
-                [=, this] { return (object_->*method)(d_, s, 1, 2, kDst, kSrc, 1, kStart, kEnd); },
-                1,
-                {top, kBetween, bottom}};
-  };
-  const auto both = [&](u32 slot, auto method, u32 top, u32 bottom) {
-    return Case{slot,
-                [=, this] {
-                  return (object_->*method)(d_, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop, 1, kStart,
-                                            kEnd);
-                },
-                1,
-                {top, kBetween, bottom}};
-  };
-  const auto opacity = [=, this] {
-    return object_->BlendOverWithOpacity(d_, s, 1, 2, kDst, kSrc, kOpacity, kBackdrop);
-  };
-  Check({ramp(2, &P::BlendOverWithOpacityRamp, 0xFF18232F, 0xFF82726E),
-         packed(3, &P::BlendOverPacked, 0xC8512E1E, 0x80585654),
-         pitched(4, &P::BlendOverPitched, 0xFF512E1E, 0xFF7C7A7E),
-         ramp(5, &P::BlendPremultipliedWithOpacityRamp, 0xFF222B34, 0xFF8F7971),
-         packed(6, &P::BlendPremultipliedPacked, 0xFF673923, 0xFF807468),
-         pitched(7, &P::BlendPremultipliedPitched, 0xFF673923, 0xFFA48E88),
-         ramp(8, &P::CompositePremultipliedWithOpacityRamp, 0x59212A33, 0xC78F7870),
-         pitched(9, &P::CompositePremultipliedPitched, 0xD6673823, 0xBBA38D87),
-         packed(10, &P::CompositePremultipliedPacked, 0xD6673823, 0xA97F7367),
-         {11, opacity, PICTAVO_S_OK, {0x40493734, kBetween, 0x90323E4A}},
-         both(36, &P::BlendOverWithOpacityRampAndAlpha, 0x19243F5A, 0x623A3A44),
-         both(37, &P::BlendOverWithOpacityRampKeepAlpha, 0x40243F5A, 0x903A3A44)},
-        {0}, {0x40102030, kBetween, kBelow, 0xD0E0F0FF});
-}
-
-TEST_F(Object, ResizesByTheRuleOfEachSlot) {
-  const u32 src[] = {0x00000000, 0x80404040};
-  const u8* s = reinterpret_cast<const u8*>(src);
-  // Three pixels of two, and one that is not touched.
-  const auto resize = [&](auto method, i32 height, auto... more) {
-    return [=, this] { return (object_->*method)(d_, 3, height, 12, s, 2, 1, 8, more...); };
-  };
-  Check({{29,
-          resize(&IPictavo6::ResizeBox16AlphaWeighted, 1, 0),
-          PICTAVO_S_OK,
-          {0, 0x20404040, 0x80404040, 7}},
-         {30,
-          resize(&IPictavo6::ResizeBilinear16, 1, 1, 1),
-          PICTAVO_S_OK,
-          {0xFF000000, 0xFF151515, 0xFF2A2A2A, 7}},
-         {31, resize(&IPictavo6::ResizeBilinear7, 1), PICTAVO_S_OK, {0, 0x552A2A2A, 0x7F3F3F3F, 7}},
-         {55,
-          [&] { return object_->ResizeNearest32(pixels_.data(), 3, 1, 12, src, 2, 1, 8); },
-          PICTAVO_S_OK,
-          {0, 0, 0x80404040, 7}},
-         {57, resize(&IPictavo6::ResizeBox16, 1), PICTAVO_S_OK, {0, 0x20101010, 0x80404040, 7}},
-         {58,
-          resize(&IPictavo6::ResizeBilinear16KeepAlpha, 2, 0),
-          PICTAVO_S_OK,
-          {0, 0x552A2A2A, 7, 7}}},
-        levels_, {7, 7, 7, 7, 7, 7, 7, 7, 7});
-}
-
-TEST_F(Object, KeysInBothFormats) {
-  u32 pixels[] = {0xFF00FF00, 0xC80000FF}, keyed[2];
-  const ImageDesc src = {{}, 2, 1, 0, pixels, 2, 1, 8, 4};
-  ImageDesc dst = {{}, 2, 1, 0, keyed, 2, 1, 8, 4};
-  const ChromaKey green = {0, 255, 0, 0, 30, 20};
-  for (const i32 level : {0, object_->GetCPULevel()}) {
-    object_->SetCPULevel(level);
-    EXPECT_EQ(object_->ApplyChromaKey(&src, &dst, &green, 1, 1), PICTAVO_S_OK);
-    EXPECT_EQ(keyed[0], 0u);
-    EXPECT_EQ(keyed[1], 0xC80000FEu);  // red, to YCbCr and back
-    EXPECT_EQ(object_->ApplyChromaKey(&src, &dst, &green, 1, 0), PICTAVO_S_OK);
-    EXPECT_EQ(keyed[1], 0xC80000FFu);  // as Y 0, U -128, V 127: far from green
-  }
-}
-
-TEST_F(Object, ConvertsByTheRuleOfEachSlot) {
-  const u32 src[] = {0x80FF8040, 0x00030201};
-  const u8* s = reinterpret_cast<const u8*>(src);
-  std::array<u32, 256> bins;
-  const i32 rect[] = {0, 0, 1, 0};
-  f32 mean = 0;
-  ImageDesc image = {{}, 3, 3, 0, &pixels_[4], 1, 1, 12, 4};
-  const std::vector<Case> cases = {
-      {16,
-       [&] { return object_->UnpremultiplyPitched(d_, 1, 2, 8); },
-       1,
-       {0x80FFFF7F, 0x80808080, 0x01FFFFFF}},
-      {17,
-       [&] { return object_->UnpremultiplyPacked(d_, 3, 1); },
-       1,
-       {0x80FFFF7F, 0x80FFFFFF, 0x01FFFFFF}},
-      {18,
-       [&] { return object_->PremultiplyPitched(d_, 1, 2, 8); },
-       1,
-       {0x80804020, 0x80808080, 0x01000000}},
-      {19,
-       [&] { return object_->PremultiplyPacked(d_, 2, 1); },
-       1,
-       {0x80804020, 0x80404040, 0x01040404}},
-      {20,
-       [&] { return object_->ConvertBGRAToYUVA(s, 1, 2, 4, d_, 8); },
-       PICTAVO_S_OK,
-       {0x809851BC, 0x80808080, 0x00127F81}},
-      {21,
-       [&] { return object_->ConvertBGRAToYUVAPortable(s, 2, 1, 8, d_, 12); },
-       PICTAVO_S_OK,
-       {0x809851BC, 0x00127F81, 0x01040404}},
-      {46,
-       [&] { return object_->ConvertBGRAToGray(s, 1, 2, 4, pixels_.data(), 8); },
-       PICTAVO_S_OK,
-       {0x80959595, 0x80808080, 0x01020202}},
-      {48,
-       [&] { return object_->DrawRectOutline(pixels_.data(), 3, 3, 12, rect, 9); },
-       PICTAVO_S_OK,
-       {9, 9, 0x01040404}},
-      {71,
-       [&] { return object_->ExtendBoundary(&image, 1); },
-       PICTAVO_S_OK,
-       {0x11223344, 0x11223344, 0x11223344}},
-      {77,
-       [&] { return object_->FillSolidColor(d_, 1, 2, 8, 4, 3, 2, 1); },
-       PICTAVO_S_OK,
-       {0x01020304, 0x80808080, 0x01020304}},
-      {107,
-       [&] { return object_->ExtendBoundaryTransparent(&image, 1); },
-       PICTAVO_S_OK,
-       {0x00223344, 0x00223344, 0x00223344}},
-  };
-  Check(cases, levels_, {0x80FF8040, 0x80808080, 0x01040404, 0, 0x11223344});
-  for (const i32 level : levels_) {
-    object_->SetCPULevel(level);
-    EXPECT_EQ(object_->ComputeHistogram(s, 1, 2, 4, bins.data(), 256, 2), PICTAVO_S_OK);
-    EXPECT_EQ(bins[255] + bins[3], 2u);
-    EXPECT_EQ(object_->ComputeLumaHistogram(s, 1, 2, 4, bins.data(), 256, 1), PICTAVO_S_OK);
-    EXPECT_EQ(bins[149] + bins[2], 2u);
-    EXPECT_EQ(object_->ComputeMean(s + 4, 2, 1, &mean), PICTAVO_S_OK);
-    EXPECT_EQ(mean, 1.5f);
-    u32 a = 0, b = 0, c = 0;
-    object_->ConvertRGBToYUVPixel(-100, 0, 0, &a, &b, &c);
-    EXPECT_EQ(a, level < 3 ? ~0u - 9 : 255);
-    object_->ConvertYUVToRGBPixel(235, 128, 128, &a, &b, &c);
-    EXPECT_EQ(a + b + c, 3 * 255u);
-    u8 red = 0, green = 0, blue = 0;
-    EXPECT_EQ(object_->ConvertHSLToRGB(30, 255, 127, &red, &green, &blue), PICTAVO_S_OK);
-    EXPECT_TRUE(red == 254 && green == 127 && blue == 0);
-  }
-}
-
-TEST_F(Object, ConvertsColoursWhereItsModuleIs) {
-  constexpr u32 kYuv = PICTAVO_COLOR_YUV, kMatrix = PICTAVO_MATRIX_BT709,
-                kLimited = PICTAVO_RANGE_LIMITED, kHsv = PICTAVO_COLOR_HSV,
-                kFull = PICTAVO_RANGE_FULL, kDegrees = PICTAVO_RANGE_DEGREES;
-  const u32 src[] = {0x80FF8040, 0x00030201};
-  const u8* s = reinterpret_cast<const u8*>(src);
-  u32 *a = &pixels_[0], *b = &pixels_[1], *c = &pixels_[2];
-  using P = IPictavo6;
-  const auto call = [this](auto method, auto... arguments) {
-    return [=, this] { return (object_->*method)(arguments...); };
-  };
-  std::vector<Case> cases = {
-      {88,
-       call(&P::ConvertPictureFromRGB, s, 1, 2, 4, d_, 8, kYuv, kMatrix, kLimited),
-       0,
-       {0x809157BA, 7, 0x00127F80}},
-      {89,
-       call(&P::ConvertPictureToRGB, s, 1, 2, 4, d_, 8, kHsv, 0, kFull),
-       0,
-       {0x80402021, 7, 0x00010101}},
-      {90,
-       call(&P::ConvertColorFromRGB, 255, 128, 64, a, b, c, kHsv, 0, kDegrees),
-       0,
-       {20, 191, 255}},
-      {91,
-       call(&P::ConvertColorToRGB, -340, 191, 255, a, b, c, kHsv, 0, kDegrees),
-       0,
-       {255, 128, 64}},
-      {92,
-       call(&P::ConvertPixelFromRGB, s, a, b, c, kYuv, kMatrix, kLimited),
-       0,
-       {0x91, 0x57, 0xBA}},
-  };
-  const std::vector<Case> good = cases;
-  for (Case& one : cases) one.result = PICTAVO_E_FAIL, one.expected = {7, 7, 7};
-  FindModulesIn(kNoModules);
-  Check(cases, {0}, {7, 7, 7});
-  FindModulesIn(kRealModules);
-  Check(good, levels_, {7, 7, 7});
-  EXPECT_EQ(object_->ConvertPictureFromRGB(nullptr, 1, 2, 4, d_, 8, kYuv, kMatrix, kLimited),
-            PICTAVO_E_POINTER);
-}
-
 TEST_F(Object, CallsOtherSlotsThroughItsTable) {
   // A host exchanges methods by giving the object a changed copy of its table.
   void*** object = reinterpret_cast<void***>(object_);
@@ -461,25 +225,6 @@ TEST_F(Object, CallsOtherSlotsThroughItsTable) {
   EXPECT_EQ(y[0], 99);
   EXPECT_EQ(calls, 1);
   *object = table;
-}
-
-TEST_F(Object, BlursInPlace) {
-  for (const i32 level : {0, object_->GetCPULevel()}) {
-    object_->SetCPULevel(level);
-    std::array<u32, 16> pixels;  // an opaque grey column beside clear ones
-    for (u32 i = 0; i < 16; ++i) pixels[i] = i % 4 == 0 ? 0xFF808080 : 0x00112233;
-    u8* image = reinterpret_cast<u8*>(pixels.data());
-    EXPECT_EQ(object_->GaussianBlurBox3(image, 4, 4, 16, 3), PICTAVO_S_OK);
-    for (u32 i = 0; i < 16; i += 4) {
-      EXPECT_EQ(pixels[i], 0x8D808080);
-      EXPECT_EQ(pixels[i + 1], 0x55808080);
-      EXPECT_EQ(pixels[i + 2], 0x1C808080);
-      EXPECT_EQ(pixels[i + 3], 0x00112233u);
-    }
-    // More than the system can have, so that not a pixel is looked at.
-    EXPECT_EQ(object_->GaussianBlurBox3(image, 0x1FFFFFFF, INT32_MAX, INT32_MAX, 3),
-              PICTAVO_E_OUTOFMEMORY);
-  }
 }
 
 TEST_F(Object, ServesManyThreadsWhileItsLevelChanges) {
@@ -525,40 +270,6 @@ TEST_F(Object, ServesManyThreadsWhileItsLevelChanges) {
     done = true;
     EXPECT_EQ(different, std::vector<int>(count));
   }
-}
-
-TEST_F(Object, ChecksLayers) {
-  u8 pixel[4] = {1, 2, 3, 4};
-  ImageDesc image = {{}, 1, 1, 0, pixel, 1, 1, 4, 4}, empty = image, texture = image;
-  empty.data = nullptr;
-  texture.memoryKind = PICTAVO_MEMORY_D3D11_TEXTURE;
-  texture.data = reinterpret_cast<void*>(0x10);  // never followed
-  const BlendParam normal = {0, 255, 0, 0, 0}, clear = {99, 0, 0, 0, 0};
-  struct Layers {
-    ImageDesc *dst, *src;
-    const BlendParam* param;
-    u32 result;
-  } const cases[] = {
-      {nullptr, &image, &clear, PICTAVO_E_POINTER},
-      {&image, nullptr, &clear, PICTAVO_E_POINTER},
-      {&image, &image, nullptr, PICTAVO_E_POINTER},
-      {&empty, &image, &clear, PICTAVO_E_POINTER},
-      {&image, &empty, &clear, PICTAVO_E_POINTER},
-      {&texture, &image, &clear, PICTAVO_S_OK},
-      {&texture, &image, &normal, PICTAVO_E_INVALIDARG},
-      {&image, &texture, &normal, PICTAVO_E_INVALIDARG},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(object_->BlendLayer(c.dst, c.src, c.param), c.result);
-    EXPECT_EQ(object_->BlendLayerSubpixel(c.dst, c.src, c.param), c.result);
-  }
-  const auto answer = [](bool known) { return known ? PICTAVO_S_OK : PICTAVO_E_INVALIDARG; };
-  for (const u32 mode : {0u, 7u, 8u, 9u, 11u, 12u, 19u, 20u, 21u, 23u, 24u, ~11u, ~0u}) {
-    const BlendParam param = {mode, 1, 0, 0, 0};
-    EXPECT_EQ(object_->BlendLayer(&image, &image, &param), answer(mode <= 23 && mode != 20));
-    EXPECT_EQ(object_->BlendLayerSubpixel(&image, &image, &param), answer(mode <= 11 && mode != 8));
-  }
-  EXPECT_EQ(std::memcmp(pixel, "\1\2\3\4", 4), 0);  // an opacity of 1 weighs nothing here
 }
 
 TEST_F(Object, LaysOverTheCommonRectangle) {
