@@ -38,8 +38,8 @@ u32 Note() {
 }
 
 template <typename Result, typename Owner, typename... Arguments>
-void Call(IPictavo6* object, Result (Owner::*method)(Arguments...) noexcept) {
-  (object->*method)(Arguments{}...);
+Result Call(IPictavo6* object, Result (Owner::*method)(Arguments...) noexcept) {
+  return (object->*method)(Arguments{}...);
 }
 
 template <typename T, T... slots>
@@ -111,14 +111,9 @@ void CheckRecords(IPictavo6* object) {
 }
 
 void CheckUnbuilt(IPictavo6* object) {
-  Pictures p;
-  f32 value = 7;
-  Check(
-      object->Reserved84(p.s(), 1, 2, 4, 3, 0xFFFFFFFF, &value) == PICTAVO_E_NOTIMPL && value == 7,
-      "slot 84, a float pointer");
-  Check(object->Reserved106(p.d(), p.s(), INT64_MIN, 1, 2, 3, 4) == PICTAVO_E_NOTIMPL &&
-            p.Holds(0x40102030, 0x90A0B0C0),
-        "slot 106, a 64-bit number");
+#define PICTAVO_RESERVED(slot, arguments) \
+  Check(Call(object, &IPictavo6::Reserved##slot) == PICTAVO_E_NOTIMPL, "slot " #slot);
+#include "pictavo/pictavo_methods.inl"
 }
 
 }  // namespace
