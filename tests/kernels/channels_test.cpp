@@ -24,30 +24,13 @@ TEST(Channels, ExpandsBytesIntoOpaqueGrey) {
   }
 }
 
-TEST(Channels, RefusesWhatItCannotExpand) {
+TEST(Channels, RefusesPicturesThatShareBytes) {
   Bytes bytes(64, 7);
   u8* const p = bytes.data();
-  struct Refusal {
-    const u8* src;
-    i32 width, height, srcPitch;
-    u8* dst;
-    i32 dstPitch;
-    u32 code;
-  };
-  const Refusal refusals[] = {{nullptr, 0, 2, 0, p, 0, PICTAVO_E_POINTER},
-                              {p, 2, 2, 2, nullptr, 8, PICTAVO_E_POINTER},
-                              {p, 0, 2, -1, p, -1, PICTAVO_S_OK},
-                              {p, 2, -1, 0, p, 0, PICTAVO_S_OK},
-                              {p, 2, 2, 1, p + 16, 8, PICTAVO_E_INVALIDARG},
-                              {p, 2, 2, 2, p + 16, 7, PICTAVO_E_INVALIDARG},
-                              {p, 2, 2, -2, p + 16, 8, PICTAVO_E_INVALIDARG},
-                              {p, 2, 2, 2, p + 3, 8, PICTAVO_E_INVALIDARG},
-                              {p + 20, 2, 2, 10, p + 14, 9, PICTAVO_E_INVALIDARG}};
-  for (const Refusal& r : refusals) {
-    EXPECT_EQ(cpu::ExpandPlane(8, r.src, r.width, r.height, r.srcPitch, r.dst, r.dstPitch), r.code);
-    EXPECT_EQ(bytes, Bytes(64, 7)) << &r - refusals;
-  }
-  // Side by side in rows of ten bytes.
+  EXPECT_EQ(cpu::ExpandPlane(8, p, 2, 2, 2, p + 3, 8), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::ExpandPlane(8, p + 20, 2, 2, 10, p + 14, 9), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(bytes, Bytes(64, 7));
+  // Side by side in rows of ten bytes they share none.
   EXPECT_EQ(cpu::ExpandPlane(8, p, 2, 3, 10, p + 2, 10), PICTAVO_S_OK);
   EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 255), 6);
 }

@@ -57,11 +57,9 @@ struct Drawn {
   Bytes pixels;
 };
 Drawn Draw(size_t keys, size_t size, Random& random) {
-  Bytes bytes(128);
-  for (u8& byte : bytes) byte = static_cast<u8>(random());
-  bytes[0] = 19, bytes[1] = 19;
-  Input input(bytes);
-  const Case c = DrawCase(Slot(86), &input);
+  Case c;
+  do c = DrawCase(Slot(86), random);
+  while (c.src.size() < size);
   Drawn drawn = {Keys(c.call.keys, c.call.keys + keys), c.call.format, c.src};
   drawn.pixels.resize(size);
   return drawn;
@@ -161,20 +159,6 @@ TEST(ChromaKey, ClearsUpToTheDistance) {
   }
 }
 
-TEST(ChromaKey, SeveralKeysGiveTheLeast) {
-  Random random(2);
-  for (int round = 0; round < 100; ++round) {
-    const auto [keys, format, src] = Draw(3, 4 * 41 * 3, random);
-    Bytes expected(src.size(), 255);
-    for (const ChromaKey& key : keys) {
-      const Bytes one = Keyed(0, src, 41, 3, {key}, format);
-      std::transform(one.begin(), one.end(), expected.begin(), expected.begin(),
-                     [](u8 a, u8 b) { return std::min(a, b); });
-    }
-    EXPECT_EQ(Keyed(0, src, 41, 3, keys, format), expected) << "round " << round;
-  }
-}
-
 TEST(ChromaKey, OverlapsAsIfTheSourceWereReadFirst) {
   Random random(3);
   constexpr i32 kWidth = 11, kHeight = 9;
@@ -215,49 +199,6 @@ TEST(ChromaKey, KeysTheRowsThatBothHave) {
       EXPECT_EQ(dst, expected);
     }
   }
-}
-
-TEST(ChromaKey, RefusesWhatItCannotUse) {
-  Bytes src(64, 7), dst(64, 3);
-  const ChromaKey key = {0, 255, 0, 0, 30, 20};
-  const ImageDesc good = Image(src.data(), 4, 4);
-  ImageDesc to = Image(dst.data(), 4, 4);
-  const auto apply = [&](const ImageDesc* from, ImageDesc* into, const ChromaKey* keys, i32 count) {
-    return chromakey::ApplyChromaKey(8, from, into, keys, count, kBgra);
-  };
-  EXPECT_EQ(apply(nullptr, &to, &key, 1), PICTAVO_E_POINTER);
-  EXPECT_EQ(apply(&good, nullptr, &key, 1), PICTAVO_E_POINTER);
-  EXPECT_EQ(apply(&good, &to, nullptr, 0), PICTAVO_E_POINTER);
-  for (const i32 count : {-1, INT32_MIN}) {
-    EXPECT_EQ(apply(&good, &to, &key, count), PICTAVO_E_INVALIDARG);
-  }
-  const auto changed = [](ImageDesc image, auto change) {
-    change(image);
-    return image;
-  };
-  const auto refuses = [&](u32 code, auto change) {
-    const ImageDesc from = changed(good, change);
-    ImageDesc into = changed(to, change);
-    EXPECT_EQ(apply(&from, &to, &key, 1), code);
-    EXPECT_EQ(apply(&good, &into, &key, 1), code);
-    // The same on both sides: what is wrong may be the sizes themselves.
-    return apply(&from, &into, &key, 1);
-  };
-  EXPECT_EQ(refuses(PICTAVO_E_POINTER, [](ImageDesc& i) { i.data = nullptr; }), PICTAVO_E_POINTER);
-  const auto bad = [&](auto change) {
-    EXPECT_EQ(refuses(PICTAVO_E_INVALIDARG, change), PICTAVO_E_INVALIDARG);
-  };
-  bad([](ImageDesc& i) { i.memoryKind = PICTAVO_MEMORY_D3D11_TEXTURE; });
-  bad([](ImageDesc& i) { i.height = -1; });
-  bad([](ImageDesc& i) { i.width = i.pitch = -4; });
-  bad([](ImageDesc& i) { i.pitch = 15; });
-  bad([](ImageDesc& i) { i.pitch = -16; });
-  bad([](ImageDesc& i) { i.width = 1 << 30, i.pitch = 0; });
-  bad([](ImageDesc& i) { i.width = 1 << 28, i.pitch = 1 << 30, i.height = 4; });
-  bad([](ImageDesc& i) { i.height = 1 << 28; });
-  bad([](ImageDesc& i) { i.pitch = 1 << 30; });
-  EXPECT_EQ(apply(&good, &to, &key, 0), PICTAVO_S_OK);
-  EXPECT_EQ(dst, Bytes(64, 3)) << "a call without keys, or refused, wrote";
 }
 
 /// Rows are packed whatever a wider pitch says.

@@ -1,4 +1,4 @@
-// Layer blend modes: every pair of bytes, and the rules' corner cases.
+// Layer blend modes: the rules' corner cases.
 #include "cpu/blending/layer.h"
 
 #include <gtest/gtest.h>
@@ -22,33 +22,6 @@ Case Lay(const BlendParam& param, i32 width, i32 height, const Bytes& dst, const
                      .srcPitch = 4 * width,
                      .layer = param};
   return MakeCase(Slot(73), call, dst, src);
-}
-
-/// All pairs of bytes in all three channels, under every weight and some destination alphas.
-TEST(Layer, EveryPairUnderEveryWeight) {
-  Bytes dst(256 * 1024), src(dst.size());
-  for (u32 mode = 0; mode < kLayerModes; ++mode) {
-    for (u32 a = 0; a < 256 && !HasFailure(); a += mode < 7 || mode == 8 ? 1 : 51) {
-      for (u32 i = 0; i < 65536; ++i) {
-        const u32 s = i & 255, d = i >> 8;
-        const u8 source[4] = {static_cast<u8>(s), static_cast<u8>(255 - s),
-                              static_cast<u8>(s * 7 + d), static_cast<u8>(a)};
-        const u8 destination[4] = {static_cast<u8>(d), static_cast<u8>(d * 3 + s),
-                                   static_cast<u8>(255 - d), static_cast<u8>(s * 5 + d * 11)};
-        std::memcpy(&src[4 * i], source, 4);
-        std::memcpy(&dst[4 * i], destination, 4);
-      }
-      for (const u32 alphaMode : {a % 3, 2u}) {
-        const Case c = Lay({mode, 255, alphaMode, 0, 0}, 256, 256, dst, src);
-        const Outcome expected = RunCase(c, 0);
-        for (const i32 level : Levels()) {
-          EXPECT_TRUE(level < 6 || RunCase(c, level) == expected) << Describe(c, level);
-        }
-        // For every third weight then over an opaque destination.
-        for (size_t alpha = 3; alphaMode == 2 && alpha < dst.size(); alpha += 4) dst[alpha] = 255;
-      }
-    }
-  }
 }
 
 using Pixel = std::array<int, 4>;  // blue, green, red, alpha
@@ -156,30 +129,6 @@ TEST(Layer, SubPixelBuildsAgreeOnFaintPixels) {
     const Case c = Lay({kLayerModes, 255, 1, x, y}, 61, 61, Bytes(src.size(), 128), src);
     const Outcome expected = RunCase(c, 0);
     for (const i32 level : Levels()) EXPECT_EQ(RunCase(c, level), expected) << Describe(c, level);
-  }
-}
-
-TEST(Layer, RefusesWhatItCannotUse) {
-  constexpr f32 kNan = std::numeric_limits<f32>::quiet_NaN();
-  const BlendParam refused[] = {{0, 255, 3, 0, 0}, {0, 256, 0, 0, 0}, {0, 255, 0xFFFFFFFF, 0, 0}};
-  const BlendParam off[] = {{0, 255, 0, kNan, 0}, {0, 255, 0, 0, 1.5f}, {0, 255, 0, -0.1f, 0}};
-  const Bytes src(64, 200);
-  const auto expectRefusal = [&](LayerKernel* kernel, const BlendParam& param) {
-    if (kernel == nullptr) return;
-    Bytes dst(64, 3);
-    EXPECT_EQ(kernel(dst.data(), src.data(), 4, 4, 16, 16, param), PICTAVO_E_INVALIDARG);
-    EXPECT_EQ(dst, Bytes(64, 3));
-  };
-  for (const BlendParam& param : refused) {
-    for (const i32 level : Levels()) {
-      for (const auto& builds : kLayerKernels) expectRefusal(builds.For(level), param);
-    }
-  }
-  for (const BlendParam& param : off) {
-    for (const i32 level : Levels()) {
-      for (u32 mode = kLayerModes; mode < 2 * kLayerModes; ++mode)
-        expectRefusal(kLayerKernels[mode].For(level), param);
-    }
   }
 }
 

@@ -19,6 +19,9 @@
 #endif
 
 namespace pictavo::test {
+
+thread_local bool isInOperation = false;
+
 namespace {
 
 // --- Operations --------------------------------------------------------------------------------
@@ -41,40 +44,65 @@ u32 Layer(const Call& c) {
   return kernel(c.dst, c.src, c.width, c.height, c.dstPitch, c.srcPitch, c.layer);
 }
 
+/// The records of a call; of no memory, none.
+class Records {
+ public:
+  explicit Records(const Call& c)
+      : dst_(Describe(c.dst, c.width, c.height, c.dstPitch)),
+        src_(Describe(c.src, c.srcWidth, c.srcHeight, c.srcPitch)) {
+    if (c.changeDst != nullptr) c.changeDst(dst_);
+    if (c.changeSrc != nullptr) c.changeSrc(src_);
+    hasDst_ = c.dst != nullptr;
+    hasSrc_ = c.src != nullptr;
+  }
+
+  ImageDesc* dst() { return hasDst_ ? &dst_ : nullptr; }
+  const ImageDesc* src() const { return hasSrc_ ? &src_ : nullptr; }
+
+ private:
+  ImageDesc dst_, src_;
+  bool hasDst_, hasSrc_;
+};
+
 u32 Motion(const Call& c) {
-  const ImageDesc src = Describe(c.src, c.srcWidth, c.srcHeight, c.srcPitch);
-  ImageDesc dst = Describe(c.dst, c.width, c.height, c.dstPitch);
-  return cpu::MotionBlur(c.level, &src, &dst, &c.motion);
+  Records records(c);
+  return cpu::MotionBlur(c.level, records.src(), records.dst(), &c.motion);
 }
 
 u32 Key(const Call& c) {
-  const ImageDesc src = Describe(c.src, c.width, c.height, c.srcPitch);
-  ImageDesc dst = Describe(c.dst, c.width, c.height, c.dstPitch);
-  return chromakey::ApplyChromaKey(c.level, &src, &dst, c.keys, c.keyCount, c.format);
+  Records records(c);
+  return chromakey::ApplyChromaKey(c.level, records.src(), records.dst(), c.keys, c.keyCount,
+                                   c.format);
 }
 
-/// The picture lies in the middle of the destination's bytes, with the border around it.
+/// The picture lies in the middle of the destination's bytes, with the border around it; where rows
+/// are tight, it may be one of bytes.
 template <auto kExtend>
 u32 Border(const Call& c) {
   const i32 border = static_cast<i32>(c.border);
-  ImageDesc image = Describe(c.dst + i64{border} * (c.dstPitch + 4), c.width - 2 * border,
+  const bool ofBytes = c.format == 0 && c.dstPitch == 4 * c.width;
+  const i32 pixelBytes = ofBytes ? 1 : 4, columns = c.width * 4 / pixelBytes;
+  ImageDesc image = Describe(c.dst + i64{border} * (c.dstPitch + pixelBytes), columns - 2 * border,
                              c.height - 2 * border, c.dstPitch);
-  image.bufferWidth = c.width;
+  image.bufferWidth = columns;
   image.bufferHeight = c.height;
+  image.bytesPerPixel = pixelBytes;
   if (image.width < 1 || image.height < 1 || c.dstPitch < 4 * c.width) return PICTAVO_S_OK;
-  return kExtend(&image, c.border);
+  if (c.changeDst != nullptr) c.changeDst(image);
+  return kExtend(c.dst != nullptr ? &image : nullptr, c.border);
 }
 
 /// Counts the source, and leaves the first bins in the destination.
 template <auto kCount>
 u32 Histogram(const Call& c) {
   if (c.width < 0 || c.height < 0 || c.srcPitch < 0) return PICTAVO_S_OK;
-  std::vector<u32> bins(static_cast<size_t>(std::clamp(c.binCount, 0, 300)));
+  u32 bins[300];
+  const i32 count = std::min(c.binCount, 300);
   const u32 result =
       kCount(c.src, static_cast<u32>(c.width), static_cast<u32>(c.height),
-             static_cast<u32>(c.srcPitch), bins.data(), static_cast<i32>(bins.size()), c.selector);
-  const size_t row = c.height > 0 ? static_cast<size_t>(c.width) : 0;
-  if (!bins.empty()) std::memcpy(c.dst, bins.data(), 4 * std::min(bins.size(), row));
+             static_cast<u32>(c.srcPitch), c.dst != nullptr ? bins : nullptr, count, c.selector);
+  const i32 row = c.height > 0 ? std::min(c.width, count) : 0;
+  if (result == PICTAVO_S_OK && row > 0) std::memcpy(c.dst, bins, 4 * static_cast<size_t>(row));
   return result;
 }
 
@@ -94,7 +122,7 @@ u32 Yuva(const Call& c, i32 level) {
 
 u32 Mean(const Call& c) {
   f32 mean = 0;
-  const u32 result = cpu::ComputeMean(c.src, c.width, c.height, &mean);
+  const u32 result = cpu::ComputeMean(c.src, c.width, c.height, c.dst != nullptr ? &mean : nullptr);
   if (result == PICTAVO_S_OK) std::memcpy(c.dst, &mean, sizeof(mean));
   return result;
 }
@@ -144,10 +172,9 @@ void HslToRgb(const Call&, const u8* pixel, Numbers* to) {
   std::copy(rgb, rgb + 3, to->begin());
 }
 
-/// Of models that have hues, also in degrees.
+/// Also degrees, which models without a hue do not take.
 u32 SingleRange(const Call& c, const u8* pixel) {
-  const bool degrees = c.model != PICTAVO_COLOR_YUV && pixel[3] % 8 < 4;
-  return degrees ? u32{PICTAVO_RANGE_DEGREES} : c.range;
+  return pixel[3] % 8 < 3 ? u32{PICTAVO_RANGE_DEGREES} : c.range;
 }
 template <auto kConvert>
 void SpaceColour(const Call& c, const u8* pixel, Numbers* to) {
@@ -531,11 +558,12 @@ Case DrawCase(const Operation& operation, Input* in) {
   const u32 traits = operation.traits;
   c.width = DrawSide(in);
   c.height = DrawSide(in);
-  c.flip = in->Below(2);
+  c.flip = in->Below(3) - 1;
   c.start = in->Real(1);
   c.end = in->Below(2) == 0 ? c.start : in->Real(1);
   c.opacity = in->Below(3) == 0 ? u8{255} : in->Byte();
   c.colour = in->Bits();
+  if (c.opacity % 4 == 0) c.colour &= 0xFFFFFF;
   c.forceOpaque = in->Below(2);
   c.fullSize = in->Below(4);
   c.radius = in->Real(static_cast<f32>(std::min(c.width, c.height)));
@@ -590,6 +618,13 @@ Case DrawCase(const Operation& operation, Input* in) {
   return drawn;
 }
 
+Case DrawCase(const Operation& operation, Random& random) {
+  Bytes bytes(128);
+  for (u8& byte : bytes) byte = static_cast<u8>(random());
+  Input input(bytes);
+  return DrawCase(operation, &input);
+}
+
 Outcome RunCase(const Case& c, i32 level) {
   GuardedMemory dst(c.dst.size(), c.side), src(c.src.size(), c.side);
   std::copy(c.dst.begin(), c.dst.end(), dst.data());
@@ -629,7 +664,10 @@ u32 Operation::operator()(i32 level, u8* dst, const u8* src, Call call) const {
   call.level = level;
   call.dst = dst;
   call.src = src;
-  return run(call);
+  isInOperation = true;
+  const u32 result = run(call);
+  isInOperation = false;
+  return result;
 }
 
 }  // namespace pictavo::test

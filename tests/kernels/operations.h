@@ -34,7 +34,12 @@ struct Call {
   i32 level = 0;
   u8* dst = nullptr;
   const u8* src = nullptr;
+  void (*changeDst)(ImageDesc&) = nullptr;  // of operations that take records
+  void (*changeSrc)(ImageDesc&) = nullptr;
 };
+
+/// While the thread runs an operation.
+extern thread_local bool isInOperation;
 
 enum Traits : u32 {
   kPacked = 1,       // rows follow each other
@@ -87,6 +92,7 @@ struct Case {
   GuardedMemory::Side side;
 };
 Case DrawCase(const Operation& operation, Input* input);
+Case DrawCase(const Operation& operation, Random& random);
 /// An operation with arguments of the test's own.
 Case MakeCase(const Operation& operation, const Call& call, Bytes dst, Bytes src,
               GuardedMemory::Side side = GuardedMemory::Side::kAfter);

@@ -21,10 +21,7 @@ void ForCases(int count, const Use& use) {
   for (const Operation& operation : Operations()) {
     Random random(7);
     for (int i = 0; i < count && !testing::Test::HasFailure(); ++i) {
-      Bytes bytes(128);
-      for (u8& byte : bytes) byte = static_cast<u8>(random());
-      Input input(bytes);
-      use(DrawCase(operation, &input));
+      use(DrawCase(operation, random));
     }
   }
 }

@@ -42,19 +42,12 @@ class Hash {
   uint64_t state_ = 1;
 };
 
-Case Drawn(const Operation& operation, Random& random) {
-  Bytes bytes(128);
-  for (u8& byte : bytes) byte = static_cast<u8>(random());
-  Input input(bytes);
-  return DrawCase(operation, &input);
-}
-
 /// The portable build, and from where on others may differ.
 u32 HashOfDrawnCalls(const Operation& operation) {
   Random random(11);
   Hash hash;
   for (int i = 0; i < 250; ++i) {
-    const Case c = Drawn(operation, random);
+    const Case c = DrawCase(operation, random);
     hash.Add(RunCase(c, PICTAVO_LEVEL_PORTABLE));
     if (operation.sameFrom != 0) hash.Add(RunCase(c, operation.sameFrom));
   }
@@ -66,7 +59,7 @@ constexpr i32 kSide = 256;
 /// All pairs of bytes under one alpha or, in every other round, every byte under every alpha;
 /// every fourth round with the strength that was drawn.
 Case Plane(const Operation& operation, int round, Random& random) {
-  Case c = Drawn(operation, random);
+  Case c = DrawCase(operation, random);
   const bool manyAlphas = round % 2 != 0;
   const size_t plane = static_cast<size_t>(round / 2 % 128 * 255 / 127);
   c.call.width = c.call.height = c.call.srcWidth = c.call.srcHeight = kSide;

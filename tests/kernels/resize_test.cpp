@@ -1,10 +1,8 @@
-// Resizing: every pair of pixels, the box against its sibling, and the rules' corner cases.
-#include "cpu/geometry/resize.h"
-
+// Resizing: every pair of pixels, and the rules' corner cases.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
+#include <numeric>
 
 #include "operations.h"
 
@@ -128,90 +126,17 @@ TEST(Resize, Corners) {
   }
 }
 
-Case DrawCase(const Operation& operation, Random& random) {
-  Bytes bytes(128);
-  for (u8& byte : bytes) byte = static_cast<u8>(random());
-  Input input(bytes);
-  return test::DrawCase(operation, &input);
-}
-
-/// The fast box has no slower build; its sibling's portable one is the rule. Where all is opaque
-/// the two agree.
-TEST(Resize, BoxesAgreeOnOpaquePictures) {
-  Random random(12);
-  for (int round = 0; round < 400 && !HasFailure(); ++round) {
-    Case fast = DrawCase(kBox, random);
-    Call& c = fast.call;
-    c.srcPitch = 4 * c.srcWidth;
-    c.forceOpaque = 0;
-    fast.src.resize(Span(c.srcWidth, c.srcHeight, c.srcPitch));
-    FillPixels(fast.src.data(), fast.src.size(), kOpaque, random);
-    Case weighted = fast;
-    weighted.operation = &kBoxWeighted;
-    EXPECT_EQ(RunCase(fast, 0), RunCase(weighted, 0)) << Describe(fast, 0);
+/// Steps of a half, or all but, that are no doubles.
+TEST(Resize, NearestStepsBy65536ths) {
+  for (const auto& [srcWidth, width] : {std::pair{20000, 39999}, {32767, 65535}}) {
+    const Call c{.width = width, .dstPitch = 4 * width, .srcWidth = srcWidth};
+    Pixels src(static_cast<size_t>(srcWidth)), expected;
+    std::iota(src.begin(), src.end(), 0u);
+    for (i64 x = 0; x < width; ++x)
+      expected.push_back(static_cast<u32>(x * (srcWidth * 65536 / width) / 65536));
+    EXPECT_EQ(RunCase(MakeCase(kNearest, c, Bytes(4 * expected.size()), PixelBytes(src)), 0).dst,
+              PixelBytes(expected));
   }
-}
-
-TEST(Resize, NearestTakesTheUpperLeftPixel) {
-  Random random(13);
-  for (int round = 0; round < 400 && !HasFailure(); ++round) {
-    Case drawn = DrawCase(kNearest, random);
-    Call& c = drawn.call;
-    if (round < 2) {  // steps of a half, or all but, that are no doubles
-      c.srcWidth = round == 0 ? 20000 : 32767;
-      c.width = round == 0 ? 39999 : 65535;
-      c.srcHeight = c.height = 1;
-    }
-    if (c.width < 1 || c.height < 1 || c.srcWidth < 1 || c.srcHeight < 1) continue;
-    const i32 srcPitch = 4 * c.srcWidth + 8, dstPitch = 4 * c.width;
-    c.srcPitch = srcPitch + static_cast<i32>(random() % 4);  // less than a pixel is not counted
-    c.dstPitch = dstPitch + static_cast<i32>(random() % 4);
-    Bytes src(Span(c.srcWidth, c.srcHeight, srcPitch)), dst(Span(c.width, c.height, dstPitch));
-    FillPixels(src.data(), src.size(), kRandom, random);
-    EXPECT_EQ(kNearest(0, dst.data(), src.data(), c), PICTAVO_S_OK);
-    for (i32 y = 0; y < c.height; ++y) {
-      for (i32 x = 0; x < c.width; ++x) {
-        const i64 column = i64{x} * (c.srcWidth * 65536 / c.width) / 65536;
-        const i64 row = i64{y} * (c.srcHeight * 65536 / c.height) / 65536;
-        ASSERT_EQ(std::memcmp(&dst[static_cast<size_t>(y * dstPitch + 4 * x)],
-                              &src[static_cast<size_t>(row * srcPitch + 4 * column)], 4),
-                  0)
-            << Describe(drawn, 0);
-      }
-    }
-  }
-}
-
-TEST(Resize, RefusesWhatItCannotUse) {
-  Bytes src(64, 7), dst(64, 3);
-  for (const int slot : {29, 30, 31, 55, 57, 58}) {
-    const Operation& operation = Slot(slot);
-    const bool is7 = slot == 31;
-    const i32 least = is7 ? (1 << 23) + 1 : 32768;
-    struct Refused {
-      i32 Call::*size;
-      i32 value;
-      u32 code;
-    } const refused[] = {
-        {&Call::width, 0, PICTAVO_S_FALSE},
-        {&Call::height, -1, PICTAVO_S_FALSE},
-        {&Call::srcWidth, INT32_MIN, PICTAVO_S_FALSE},
-        {&Call::srcHeight, 0, PICTAVO_S_FALSE},
-        {is7 ? &Call::width : &Call::srcWidth, least, PICTAVO_E_INVALIDARG},
-        {is7 ? &Call::height : &Call::srcHeight, least, PICTAVO_E_INVALIDARG},
-        {is7 ? &Call::height : &Call::srcHeight, INT32_MAX, PICTAVO_E_INVALIDARG},
-    };
-    for (const i32 level : {0, 8}) {
-      for (const auto& [size, value, code] : refused) {
-        Call c;
-        c.*size = value;
-        EXPECT_EQ(operation(level, dst.data(), src.data(), c), code) << operation.name;
-        EXPECT_EQ(operation(level, nullptr, src.data(), c), PICTAVO_E_POINTER);
-        EXPECT_EQ(operation(level, dst.data(), nullptr, c), PICTAVO_E_POINTER);
-      }
-    }
-  }
-  EXPECT_EQ(dst, Bytes(64, 3));
 }
 
 }  // namespace

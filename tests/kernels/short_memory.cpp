@@ -1,15 +1,17 @@
-// The library's allocators, replaced: pages end at memory that may not be touched, and they and
-// arrays that may be refused can be made short.
+// The library's allocators, replaced: pages end at memory that may not be touched, and they, arrays
+// that may be refused and what operations ask for otherwise can be made short.
 #include "short_memory.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
 
-#include "guarded_memory.h"
+#include "operations.h"
 #include "platform/pages.h"
 
 namespace pictavo {
@@ -28,12 +30,15 @@ bool Take() {
 }  // namespace
 
 void* AllocatePages(size_t size) noexcept {
-  if (size == 0 || !Take()) return nullptr;    // as the systems do
+  if (size == 0 || !Take()) return nullptr;  // as the systems do
+  // What the guards take is the test's own.
+  const bool isInside = std::exchange(test::isInOperation, false);
   const size_t whole = (size + 63) / 64 * 64;  // keeps the alignment that vectors count on
   auto pages = std::make_unique<test::GuardedMemory>(whole, test::GuardedMemory::Side::kAfter);
   void* const data = pages->data();
   const std::lock_guard lock(mutex);
   handedOut[data] = std::move(pages);
+  test::isInOperation = isInside;
   return data;
 }
 
@@ -51,5 +56,13 @@ ShortMemory::~ShortMemory() { left = std::numeric_limits<int>::max(); }
 }  // namespace pictavo
 
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-  return pictavo::Take() ? ::operator new[](size) : nullptr;
+  return pictavo::Take() ? std::malloc(size) : nullptr;
 }
+
+void* operator new(size_t size) {
+  void* const memory =
+      !pictavo::test::isInOperation || pictavo::Take() ? std::malloc(size) : nullptr;
+  return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }

@@ -3,8 +3,8 @@
 
 namespace pictavo::test {
 
-/// While it lives, only so many more allocations succeed: of pages, and of arrays that may be
-/// refused.
+/// While it lives, only so many more allocations succeed: of pages, of arrays that may be refused,
+/// and by operations of anything.
 class ShortMemory {
  public:
   explicit ShortMemory(int allocations);

@@ -1,0 +1,209 @@
+// What every operation refuses: with which code, and that it then writes nothing.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "operations.h"
+
+namespace pictavo::test {
+namespace {
+
+using C = Call&;
+using Change = void (*)(C);
+
+struct Refusals {
+  std::vector<int> slots;
+  u32 code;
+  std::vector<Change> changes;
+};
+
+constexpr u32 P = PICTAVO_E_POINTER, I = PICTAVO_E_INVALIDARG, F = PICTAVO_E_FAIL,
+              E = PICTAVO_S_FALSE, S = PICTAVO_S_OK;
+constexpr i32 kMost = std::numeric_limits<i32>::max(), kLeast = std::numeric_limits<i32>::min();
+constexpr f32 kNan = std::numeric_limits<f32>::quiet_NaN(),
+              kInfinite = std::numeric_limits<f32>::infinity();
+
+constexpr Change kNoDst = [](C c) { c.dst = nullptr; }, kNoSrc = [](C c) { c.src = nullptr; },
+                 kNoPixels = [](C c) { c.dst = nullptr, c.width = c.height = 0; },
+                 kNoWidth = [](C c) { c.width = 0; }, kNoHeight = [](C c) { c.height = 0; },
+                 kNegative = [](C c) { c.width = -2, c.height = -2; },
+                 kLeastSize = [](C c) { c.width = c.height = kLeast; },
+                 kHuge = [](C c) { c.width = c.height = kMost; };
+
+/// A change of the records alone: of one, of the other, of both.
+#define RECORDS(change)                                        \
+  [](C c) { c.changeDst = [](ImageDesc& i) { change; }; },     \
+      [](C c) { c.changeSrc = [](ImageDesc& i) { change; }; }, \
+      [](C c) { c.changeDst = c.changeSrc = [](ImageDesc& i) { change; }; }
+#define RECORD(change) [](C c) { c.changeDst = [](ImageDesc& i) { change; }; }
+
+const std::vector<int> kBlends = {2, 3, 4, 5, 6, 7, 8, 9, 10, 36, 37},
+                       kInPlaceConversions = {16, 17, 18, 19}, kResizers = {29, 30, 31, 55, 57, 58},
+                       kSpaces = {88, 89};
+
+const Refusals kRefusals[] = {
+    {kBlends, 0, {kNoDst, kNoSrc}},
+    {{2, 3, 4, 5, 7, 36, 37}, 1, {kNoWidth, kNoHeight, kNegative, kLeastSize}},
+    {{6, 8, 9, 10}, 0, {kNoWidth, kNoHeight, kNegative, kLeastSize}},
+    {{11}, F, {kNoDst, kNoSrc, kNoWidth, kNoHeight, kNegative, kLeastSize}},
+    {{7}, 1, {[](C c) { c.dstPitch = 0; }, [](C c) { c.dstPitch = -16; }}},
+    {{8, 9}, 0, {[](C c) { c.dstPitch = 0; }, [](C c) { c.dstPitch = -16; }}},
+    {{8}, 0, {[](C c) { c.srcPitch = 0; }, [](C c) { c.srcPitch = -16; }}},
+    {{3, 6, 10}, 0, {kHuge}},
+
+    {kInPlaceConversions, 1, {kNoDst, kNoPixels, kNoWidth, kNoHeight, kNegative}},
+    {{17, 19}, 1, {kHuge}},
+    {{20, 21}, I, {kNoDst, kNoSrc, kNoPixels}},
+    {{20, 21}, E, {kNoWidth, kNoHeight}},
+    {{20, 21}, S, {[](C c) { c.height = -1; }}},
+    {{46}, F, {kNoDst, kNoSrc, kNoPixels}},
+    {{46}, S, {kNoWidth, kNoHeight, kNegative}},
+
+    {kResizers, P, {kNoDst, kNoSrc, kNoPixels}},
+    {kResizers,
+     E,
+     {kNoWidth, [](C c) { c.height = -1; }, [](C c) { c.srcWidth = kLeast; },
+      [](C c) { c.srcHeight = 0; }}},
+    {{29, 30, 55, 57, 58},
+     I,
+     {[](C c) { c.srcWidth = 32768; }, [](C c) { c.srcHeight = 32768; },
+      [](C c) { c.srcHeight = kMost; }}},
+    {{31},
+     I,
+     {[](C c) { c.width = (1 << 23) + 1; }, [](C c) { c.height = (1 << 23) + 1; },
+      [](C c) { c.height = kMost; }}},
+
+    {{43, 44}, F, {kNoDst, kNoSrc, [](C c) { c.binCount = 0; }, [](C c) { c.binCount = -1; }}},
+    {{48}, F, {kNoDst}},
+    {{77}, P, {kNoDst, kNoPixels}},
+    {{77}, E, {kNoWidth, kNoHeight, [](C c) { c.height = -1; }}},
+    {{82}, P, {kNoDst, kNoSrc}},
+    {{82}, I, {kNoWidth, kNegative}},
+
+    {{71, 107},
+     I,
+     {kNoDst, RECORD(i.data = nullptr), RECORD(i.width = 0), RECORD(i.height = -1),
+      RECORD(i.bufferWidth = 3), RECORD(i.bufferHeight = 3), RECORD(i.bytesPerPixel = 3),
+      RECORD(i.memoryKind = 3), RECORD((i.bytesPerPixel = 1, i.pitch = 3)),
+      RECORD((i.bytesPerPixel = 1, i.pitch = -16))}},
+    {{107}, I, {RECORD(i.bytesPerPixel = 1)}},
+
+    {{73, 74},
+     I,
+     {[](C c) { c.layer.alphaMode = 3; }, [](C c) { c.layer.alphaMode = ~0u; },
+      [](C c) { c.layer.opacity = 256; }}},
+    {{74},
+     I,
+     {[](C c) { c.layer.fractionX = kNan; }, [](C c) { c.layer.fractionX = -0.1f; },
+      [](C c) { c.layer.fractionY = 1.5f; }, [](C c) { c.layer.fractionY = -0.1f; }}},
+
+    {{63},
+     I,
+     {kNoDst, kNoSrc, RECORDS(i.data = nullptr), RECORDS(i.memoryKind = 3),
+      [](C c) { c.srcWidth = -8; }, [](C c) { c.srcHeight = kLeast; }, kHuge,
+      [](C c) { c.motion.maxSamples = 1; }, [](C c) { c.motion.maxSamples = 0; },
+      [](C c) { c.motion.maxSamples = kLeast; }, [](C c) { c.motion.strength = kNan; },
+      [](C c) { c.motion.strength = kInfinite; }, [](C c) { c.motion.strength = -1; },
+      [](C c) { c.motion.strength = 1e30f; }, [](C c) { c.motion.dirX = kInfinite; },
+      [](C c) { c.motion.dirX = 150000, c.motion.maxSamples = 65537; },
+      [](C c) { c.motion.zoom = 1e8f; }, [](C c) { c.motion.angle = 1e9f; },
+      // The first ring is 65536 pixels wide, and its height wraps to 0.
+      [](C c) {
+        c.srcWidth = 65534, c.srcHeight = 65536;
+        c.motion.zoom = 1.0002f, c.motion.dirX = 0;
+      }}},
+    // An empty destination takes neither time nor memory, however long its other side is.
+    {{63},
+     S,
+     {[](C c) { c.width = kMost, c.height = kLeast; }, [](C c) { c.width = 0, c.height = kMost; },
+      [](C c) { c.motion = {1, 30, 0, 0, 9, 0, 0}, c.width = kMost, c.height = 0; },
+      [](C c) { c.motion = {1, 30, 0, 0, 1, 0, 90}, c.width = -1, c.height = kMost; }}},
+
+    {{86}, P, {kNoDst, kNoSrc, RECORDS(i.data = nullptr)}},
+    {{86},
+     I,
+     {[](C c) { c.keyCount = -1; }, [](C c) { c.keyCount = kLeast; }, RECORDS(i.memoryKind = 3),
+      RECORDS(i.height = -1), RECORDS(i.width = i.pitch = -4), RECORDS(i.pitch = 15),
+      RECORDS(i.pitch = -16), RECORDS((i.width = 1 << 30, i.pitch = 0)),
+      RECORDS((i.width = 1 << 28, i.pitch = 1 << 30, i.height = 4)), RECORDS(i.height = 1 << 28)}},
+    {{86}, S, {[](C c) { c.keyCount = 0; }}},
+
+    {{87}, P, {kNoDst, kNoPixels}},
+    {{87},
+     E,
+     {kNoWidth, kNoHeight, kNegative, [](C c) { c.height = -kMost; }, [](C c) { c.radius = 0; },
+      [](C c) { c.radius = -1; }, [](C c) { c.radius = kNan; }, [](C c) { c.radius = kInfinite; },
+      [](C c) { c.height = 2, c.radius = 2.001f; }, [](C c) { c.width = 2, c.radius = 2.001f; }}},
+    {{87},
+     I,
+     {[](C c) { c.dstPitch = 15; }, [](C c) { c.dstPitch = -15; }, [](C c) { c.dstPitch = 0; },
+      [](C c) { c.width = c.height = c.dstPitch = kMost; }}},
+
+    {kSpaces, P, {kNoSrc, kNoPixels, [](C c) { c.dst = nullptr, c.model = 9; }}},
+    {kSpaces, E, {kNoWidth, [](C c) { c.height = c.dstPitch = c.srcPitch = 0; }}},
+    {kSpaces,
+     I,
+     {[](C c) { c.width = -1; }, [](C c) { c.width = 0, c.height = -1; },
+      [](C c) { c.height = 0, c.model = PICTAVO_COLOR_HSV, c.range = 0; },
+      [](C c) { c.dstPitch = 15; }, [](C c) { c.srcPitch = -15; },
+      [](C c) { c.width = c.height = c.srcPitch = kMost, c.dstPitch = kLeast; },
+      [](C c) { c.matrix = 3; }, [](C c) { c.range = 2; }, [](C c) { c.matrix = c.range = ~0u; },
+      [](C c) { c.model = PICTAVO_COLOR_HSV, c.matrix = 1, c.range = PICTAVO_RANGE_FULL; },
+      [](C c) { c.model = PICTAVO_COLOR_HSL; },
+      [](C c) { c.model = PICTAVO_COLOR_HSL, c.range = PICTAVO_RANGE_DEGREES; },
+      [](C c) { c.model = 3, c.range = PICTAVO_RANGE_FULL; }}},
+
+    {{110}, P, {kNoDst, kNoSrc, kNoPixels}},
+    {{110}, S, {kNoWidth, kNegative, [](C c) { c.height = c.dstPitch = c.srcPitch = 0; }}},
+    {{110},
+     I,
+     {[](C c) { c.dstPitch = 15; }, [](C c) { c.dstPitch = -16; }, [](C c) { c.srcPitch = 3; },
+      [](C c) { c.srcPitch = -4; }}},
+};
+
+#undef RECORDS
+#undef RECORD
+
+/// A call that every operation takes.
+Call GoodCall() {
+  Call c{.width = 4, .height = 4, .dstPitch = 16, .srcWidth = 4, .srcHeight = 4, .srcPitch = 16};
+  c.radius = 2;
+  c.border = 1;
+  c.motion = {1, 30, 9, 3, 1, 0, 0};
+  c.keys[0] = {0, 255, 0, 0, 30, 20};
+  return c;
+}
+
+/// What it makes of a destination after a change.
+Outcome RunChanged(const Operation& operation, i32 level, const Bytes& before, Change change) {
+  Outcome outcome = {0, before};
+  const Bytes src(64, 99);
+  Call c = GoodCall();
+  c.dst = outcome.dst.data();
+  c.src = src.data();
+  change(c);
+  outcome.result = operation(level, c.dst, c.src, c);
+  return outcome;
+}
+
+TEST(Operations, RefuseWithTheStatedCodeAndWriteNothing) {
+  Random random(1);
+  Bytes before(64);
+  FillPixels(before.data(), before.size(), kSoft, random);
+  for (const auto& [slots, code, changes] : kRefusals) {
+    for (const int slot : slots) {
+      const Operation& operation = Slot(slot);
+      for (const i32 level : Levels()) {
+        EXPECT_NE(RunChanged(operation, level, before, [](C) {}).dst, before) << operation.name;
+        for (const Change& change : changes) {
+          EXPECT_EQ(RunChanged(operation, level, before, change), (Outcome{code, before}))
+              << operation.name << ", level " << level << ", code " << code << ", change "
+              << &change - &changes[0];
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace pictavo::test
