@@ -14,6 +14,7 @@
 #include "opencl/ocl_base.h"
 #include "pictavo/pictavo.h"
 #include "platform/critical_section.h"
+#include "platform/parallel_rows.h"
 
 namespace pictavo {
 
@@ -57,6 +58,7 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
   HMODULE renderModule = nullptr;
   void* renderHost = nullptr;
   KernelTable kernelTable;
+  const RowHelpers rowHelpers;
   std::uint64_t openclReady = 0;
   CriticalSection moduleLock;  // cpuDetect, memoryClient, convertUtility, dilation
   CriticalSection openclLock;  // OpenCL bring-up and every OpenCL-backed operation

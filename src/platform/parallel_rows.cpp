@@ -2,17 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdint>
 #include <exception>
 #include <thread>
 #include <vector>
 
-#if __has_include(<ppl.h>)
-#include <ppl.h>
-#define PICTAVO_CONCURRENCY_RUNTIME
-#elif defined(_WIN32)
-#include <windows.h>
-#endif
+#include "platform/threads.h"
 
 namespace pictavo {
 namespace {
@@ -40,45 +34,94 @@ class SharedRows {
   std::atomic<int64_t> next_{0};
 };
 
-#if defined(PICTAVO_CONCURRENCY_RUNTIME)
-
-void WorkTogether(SharedRows* shared, int workers) noexcept {
-  try {
-    concurrency::parallel_for(0, workers, [=](int) { shared->Work(); });
-  } catch (const std::exception&) {
-    shared->Work();  // what the runtime left
+/// The helping threads of the process.
+class Pool {
+ public:
+  /// Works on the rows with so many helpers, or as many as the system gives.
+  void Run(SharedRows* rows, int helpers) noexcept {
+    Job job = {rows, helpers};
+    {
+      const std::lock_guard guard(lock_);
+      Start(static_cast<size_t>(helpers));
+      job.next = jobs_;
+      jobs_ = &job;
+    }
+    work_.notify_all();
+    rows->Work();
+    Finish(&job);
   }
-}
 
-#elif defined(_WIN32)
-
-void CALLBACK Help(PTP_CALLBACK_INSTANCE, void* shared, PTP_WORK) {
-  static_cast<SharedRows*>(shared)->Work();
-}
-
-void WorkTogether(SharedRows* shared, int workers) noexcept {
-  const PTP_WORK work = CreateThreadpoolWork(Help, shared, nullptr);
-  if (work == nullptr) return shared->Work();
-  for (int helper = 1; helper < workers; ++helper) SubmitThreadpoolWork(work);
-  shared->Work();
-  // Helpers that the pool has not started by now would find nothing to do.
-  WaitForThreadpoolWorkCallbacks(work, TRUE);
-  CloseThreadpoolWork(work);
-}
-
-#else
-
-void WorkTogether(SharedRows* shared, int workers) noexcept {
-  std::vector<std::jthread> helpers;
-  try {
-    for (int helper = 1; helper < workers; ++helper) helpers.emplace_back([=] { shared->Work(); });
-  } catch (const std::exception&) {
-    // Those that there are, and the caller, do the work.
+  /// Ends all threads. Nobody may run rows meanwhile.
+  void End() noexcept {
+    {
+      const std::lock_guard guard(lock_);
+      ending_ = true;
+    }
+    work_.notify_all();
+    for (auto& thread : threads_) thread.Join();
+    std::vector<Helper>().swap(threads_);
+    ending_ = false;
   }
-  shared->Work();
-}
 
-#endif
+ private:
+  /// Lives on the stack of the call that it belongs to.
+  struct Job {
+    SharedRows* rows;
+    int wanted;  // helpers that may still come
+    int working = 0;
+    Job* next = nullptr;
+  };
+
+  /// Makes sure of so many threads, as far as the system has them.
+  void Start(size_t count) noexcept {
+    try {
+      threads_.reserve(count);
+    } catch (const std::exception&) {
+      return;  // those that there are, and the caller, do the work
+    }
+    while (threads_.size() < count) {
+      if (!threads_.emplace_back().Start(this)) return threads_.pop_back();
+    }
+  }
+
+  void Help() {
+    std::unique_lock guard(lock_);
+    for (;;) {
+      work_.wait(guard, [this] { return jobs_ != nullptr || ending_; });
+      if (jobs_ == nullptr) return;
+      Job* const job = jobs_;
+      if (--job->wanted == 0) jobs_ = job->next;
+      ++job->working;
+      guard.unlock();
+      job->rows->Work();
+      guard.lock();
+      if (--job->working == 0) done_.notify_all();
+    }
+  }
+
+  /// Helpers that have not come by now would find nothing to do; waits for those that have.
+  void Finish(Job* job) noexcept {
+    std::unique_lock guard(lock_);
+    for (Job** place = &jobs_; *place != nullptr; place = &(*place)->next) {
+      if (*place != job) continue;
+      *place = job->next;
+      break;
+    }
+    done_.wait(guard, [job] { return job->working == 0; });
+  }
+
+  using Helper = Thread<Pool, &Pool::Help>;
+
+  Mutex lock_;  // all below
+  Condition work_, done_;
+  std::vector<Helper> threads_;
+  Job* jobs_ = nullptr;  // those that want more helpers
+  bool ending_ = false;
+};
+
+Pool pool;
+Mutex usersLock;  // held while the pool ends
+int users = 0;
 
 /// How many threads are worth their waking, which takes some microseconds each.
 int Workers(int rows, int64_t rowCost) noexcept {
@@ -90,12 +133,23 @@ int Workers(int rows, int64_t rowCost) noexcept {
 
 }  // namespace
 
+RowHelpers::RowHelpers() noexcept {
+  const std::lock_guard guard(usersLock);
+  ++users;
+}
+
+RowHelpers::~RowHelpers() {
+  const std::lock_guard guard(usersLock);
+  if (--users == 0) pool.End();
+}
+
 void ParallelRows(int rows, int64_t rowCost, RowTask* task, const void* context) noexcept {
   if (rows <= 0) return;
   const int workers = Workers(rows, rowCost);
   SharedRows shared(rows, workers, task, context);
   if (workers == 1) return shared.Work();
-  WorkTogether(&shared, workers);
+  const RowHelpers helpers;
+  pool.Run(&shared, workers - 1);
 }
 
 }  // namespace pictavo

@@ -3,6 +3,7 @@
 #include <windows.h>
 // After windows.h.
 #include <psapi.h>
+#include <tlhelp32.h>
 
 #include <algorithm>
 #include <array>
@@ -106,6 +107,7 @@ TEST(Files, LeaveNothingBehindWhenUnloaded) {
   struct Use {
     DWORD handles = 0;
     SIZE_T bytes = 0;
+    size_t threads = 0;
   };
   const auto measure = [] {
     Use use;
@@ -113,15 +115,26 @@ TEST(Files, LeaveNothingBehindWhenUnloaded) {
     GetProcessHandleCount(GetCurrentProcess(), &use.handles);
     K32GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
     use.bytes = memory.PagefileUsage;
+    THREADENTRY32 thread = {};
+    thread.dwSize = sizeof(thread);
+    const HANDLE threads = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    for (BOOL more = Thread32First(threads, &thread); more; more = Thread32Next(threads, &thread))
+      use.threads += thread.th32OwnerProcessID == GetCurrentProcessId();
+    CloseHandle(threads);
     return use;
   };
+  const Use before = measure();
   Use first;
   for (int round = 0; round < 1000; ++round) {
     if (round == 100) first = measure();
     const RealModule module(L"Pictavo.dll");
     IPictavo6* object = module.Entry<IPictavo6*()>("GetPictavo6")();
-    std::vector<u8> pixels(4 * 64 * 64, 200);
+    std::vector<u8> pixels(4 * 256 * 256, 200), keyed(4 * 256 * 256);  // enough to share out
     u32 out[3];
+    ImageDesc src = {{}, 256, 256, 0, pixels.data(), 256, 256, 1024, 4}, dst = src;
+    dst.data = keyed.data();
+    const ChromaKey green = {0, 200, 0, 0, 30, 20};
+    EXPECT_EQ(object->ApplyChromaKey(&src, &dst, &green, 1, 1), PICTAVO_S_OK);
     EXPECT_EQ(object->GaussianBlurBox3(pixels.data(), 64, 64, 256, 9), PICTAVO_S_OK);
     EXPECT_EQ(object->ConvertPixelFromRGB(pixels.data(), out, out + 1, out + 2, PICTAVO_COLOR_HSV,
                                           0, PICTAVO_RANGE_FULL),
@@ -129,6 +142,7 @@ TEST(Files, LeaveNothingBehindWhenUnloaded) {
     module.Entry<int32_t(IPictavo6*)>("ReleasePictavo6")(object);
   }
   const Use last = measure();
+  EXPECT_EQ(last.threads, before.threads);
   EXPECT_EQ(last.handles, first.handles);
   EXPECT_LT(last.bytes, first.bytes + 1000 * 900);  // the loader itself may keep a little
 }
