@@ -11,7 +11,7 @@ for file in "$@"; do
   [ -f "$file" ] || { echo "demo.sh: there is no file $file" >&2; exit 2; }
   pictures+=("$(realpath "$file")")
 done
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd "$(dirname "$(realpath "${BASH_SOURCE[0]}")")/.."
 
 scripts/setup.sh
 cmake --preset windows >/dev/null

@@ -3,6 +3,10 @@
 # that names packages.
 set -euo pipefail
 
+case $PWD in
+  *[\'\"]*) echo "setup.sh: the resource compiler takes no path with a quote: $PWD" >&2; exit 1 ;;
+esac
+
 packages=(
   cmake ninja-build g++                  # build
   g++-mingw-w64-x86-64-posix             # … for Windows
@@ -29,7 +33,10 @@ done
 if [ ${#missing[@]} -gt 0 ]; then
   echo "Installing: ${missing[*]}"
   as_root=
-  if [ "$(id -u)" -ne 0 ]; then as_root=sudo; fi
+  if [ "$(id -u)" -ne 0 ]; then
+    as_root=sudo
+    command -v sudo >/dev/null || { echo "setup.sh: only root can install them, and there is no sudo" >&2; exit 1; }
+  fi
   $as_root apt-get update -qq
   DEBIAN_FRONTEND=noninteractive $as_root apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
