@@ -3,7 +3,7 @@
 ///
 ///   pictavo::Library library;  // or Library(LR"(C:\Program Files\Editor\Pictavo.dll)")
 ///   if (!library) return Report(library.errorText(), library.systemError());
-///   library->BlendOverPitched(frame, title, width, height, pitch);
+///   if (!library.Call<&IPictavo6::BlendOverPitched>(frame, title, width, height, pitch)) …
 ///
 /// Header only; compiles as C++17 or later and needs no import library.
 #ifndef PICTAVO_PICTAVO_HOST_H_
@@ -12,6 +12,9 @@
 #include <windows.h>
 
 #include <cstring>
+#include <cwchar>
+#include <new>
+#include <type_traits>
 #include <utility>
 
 #include "pictavo/pictavo.h"
@@ -33,6 +36,77 @@ struct LibraryVersion {
   unsigned patch;  ///< changes with what is mended
 };
 
+/// How a Library is loaded.
+struct LoadSettings {
+  /// Sets the level from what the system says of the processor when the library found none, for
+  /// want of its module: without a level it runs its portable code.
+  bool setLevel = true;
+  /// Calls SearchSafely() first.
+  bool searchSafely = true;
+};
+
+/// From now on DLLs that this process asks for by their plain names come from the program's own
+/// folder, from those that the host has named by AddDllDirectory or SetDllDirectory, and from the
+/// system's; no more from the current folder and the PATH. Modules that nobody ships could be put
+/// there by anybody who can write to them. Holds for the whole process and cannot be undone.
+inline void SearchSafely() noexcept {
+  if (!SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_DEFAULT_DIRS)) SetDllDirectoryW(L"");
+}
+
+/// The level of this processor, as far as the system tells.
+inline i32 ProcessorLevel() noexcept {
+  constexpr struct {
+    DWORD feature;  // PF_AVX2_INSTRUCTIONS_AVAILABLE and so on, which older headers lack
+    i32 level;
+  } kFeatures[] = {{40, PICTAVO_LEVEL_AVX2},
+                   {38, 7},
+                   {37, PICTAVO_LEVEL_SSE4_1},
+                   {36, PICTAVO_LEVEL_SSSE3},
+                   {13, 4}};
+  for (const auto& known : kFeatures) {
+    if (IsProcessorFeaturePresent(known.feature)) return known.level;
+  }
+  return PICTAVO_LEVEL_SSE2;  // every 64-bit processor's
+}
+
+template <auto method>
+struct Named;  // a type a method, since types can be compared
+template <auto method, auto... methods>
+inline constexpr bool kIsAmong = (std::is_same_v<Named<method>, Named<methods>> || ...);
+
+/// Whether a method's result is what its comment calls a status: 1 for success.
+template <auto method>
+inline constexpr bool kReturnsStatus = kIsAmong<
+    method, &IPictavo6::BlendOverWithOpacityRamp, &IPictavo6::BlendOverPacked,
+    &IPictavo6::BlendOverPitched, &IPictavo6::BlendPremultipliedWithOpacityRamp,
+    &IPictavo6::BlendPremultipliedPacked, &IPictavo6::BlendPremultipliedPitched,
+    &IPictavo6::CompositePremultipliedWithOpacityRamp, &IPictavo6::CompositePremultipliedPitched,
+    &IPictavo6::CompositePremultipliedPacked, &IPictavo6::UnpremultiplyPitched,
+    &IPictavo6::UnpremultiplyPacked, &IPictavo6::PremultiplyPitched, &IPictavo6::PremultiplyPacked,
+    &IPictavo6::BlendOverWithOpacityRampAndAlpha, &IPictavo6::BlendOverWithOpacityRampKeepAlpha>;
+
+/// Whether a method's result says that it did its work, or that there was nothing to do.
+template <auto method>
+constexpr bool Succeeded(u32 result) noexcept {
+  return kReturnsStatus<method> ? result == 1 : static_cast<i32>(result) >= 0;
+}
+
+/// What a method answered.
+struct Outcome {
+  u32 result;      ///< as the method's comment says
+  bool succeeded;  ///< Succeeded() of it
+  explicit operator bool() const noexcept { return succeeded; }
+};
+
+/// The modules that this project makes for the library.
+enum class Module {
+  cpuDetect,       ///< CPUIstructionSetDetect.dll: the processor's level
+  convertUtility,  ///< ConvertUtility.dll: slots 88 to 92
+  memoryManager,   ///< VKTMemMgr.dll: buffers for OpenCL
+};
+inline constexpr const wchar_t* kModuleFiles[] = {L"CPUIstructionSetDetect.dll",
+                                                  L"ConvertUtility.dll", L"VKTMemMgr.dll"};
+
 /// Pictavo.dll, loaded, and one object of it. Gives the object back and unloads the DLL when it
 /// goes out of scope; pointers to the object do not outlive that.
 ///
@@ -42,15 +116,19 @@ struct LibraryVersion {
 /// DllMain.
 class Library {
  public:
-  /// Loads the DLL and makes an object.
+  /// Loads the DLL, the modules that lie beside it, and makes an object. A module that does not is
+  /// looked for as the system looks for DLLs.
   /// @param path full path of the DLL, or its plain name to look for it in the system's order, the
-  /// program's own folder first. The DLL looks for its sibling modules in that order too, wherever
-  /// it lies itself.
-  explicit Library(const wchar_t* path = L"Pictavo.dll") noexcept : error_(Open(path)) {}
+  /// program's own folder first
+  explicit Library(const wchar_t* path = L"Pictavo.dll", LoadSettings settings = {}) noexcept
+      : error_(Open(path, settings)) {}
 
   ~Library() {
     if (object_ != nullptr) release_(object_);
     if (module_ != nullptr) FreeLibrary(module_);
+    for (const HMODULE sibling : siblings_) {
+      if (sibling != nullptr) FreeLibrary(sibling);
+    }
   }
 
   Library(const Library&) = delete;
@@ -62,7 +140,9 @@ class Library {
         object_(std::exchange(other.object_, nullptr)),
         release_(other.release_),
         systemError_(std::exchange(other.systemError_, ERROR_SUCCESS)),
-        error_(std::exchange(other.error_, LoadError::none)) {}
+        error_(std::exchange(other.error_, LoadError::none)) {
+    std::swap(siblings_, other.siblings_);
+  }
 
   /// Gives back its own object and takes the other's.
   Library& operator=(Library&& other) noexcept {
@@ -72,6 +152,7 @@ class Library {
     std::swap(release_, taken.release_);
     std::swap(systemError_, taken.systemError_);
     std::swap(error_, taken.error_);
+    std::swap(siblings_, taken.siblings_);
     return *this;
   }
 
@@ -83,6 +164,17 @@ class Library {
 
   /// The object's methods. There must be an object.
   IPictavo6* operator->() const noexcept { return object_; }
+
+  /// Calls a method of the object's and tells whether it succeeded, whatever kind of result it has:
+  /// Call<&IPictavo6::BlendOverPitched>(…). There must be an object.
+  template <auto method, typename... Arguments>
+  Outcome Call(Arguments&&... arguments) const noexcept {
+    const u32 result = (object_->*method)(std::forward<Arguments>(arguments)...);
+    return {result, Succeeded<method>(result)};
+  }
+
+  /// Whether a module was found. Without one the library does what pictavo.h says.
+  bool has(Module module) const noexcept { return siblings_[static_cast<int>(module)] != nullptr; }
 
   /// The loaded DLL, for example to ask for its path; null when it was not found. It stays this
   /// Library's.
@@ -128,15 +220,39 @@ class Library {
   }
 
  private:
-  LoadError Open(const wchar_t* path) noexcept {
+  LoadError Open(const wchar_t* path, const LoadSettings& settings) noexcept {
+    if (settings.searchSafely) SearchSafely();
     module_ = LoadLibraryW(path);
     if (module_ == nullptr) return Failed(LoadError::moduleNotFound);
+    for (int i = 0; i < kModules; ++i) siblings_[i] = LoadSibling(kModuleFiles[i]);
     const auto create = Entry<decltype(&GetPictavo6)>("GetPictavo6");
     if (create == nullptr) return Failed(LoadError::entryMissing);
     release_ = Entry<decltype(&ReleasePictavo6)>("ReleasePictavo6");
     if (release_ == nullptr) return Failed(LoadError::entryMissing);
     object_ = create();
-    return object_ != nullptr ? LoadError::none : LoadError::objectNull;
+    if (object_ == nullptr) return LoadError::objectNull;
+    if (settings.setLevel && object_->GetCPULevel() == PICTAVO_LEVEL_PORTABLE) {
+      object_->SetCPULevel(ProcessorLevel());
+    }
+    return LoadError::none;
+  }
+
+  /// A module beside the DLL, or the one that the system finds. The library asks for it by its
+  /// plain name, which finds what is loaded.
+  HMODULE LoadSibling(const wchar_t* file) const noexcept {
+    constexpr DWORD kLongest = 32768;                                 // the system's longest path
+    wchar_t* const path = new (std::nothrow) wchar_t[kLongest + 32];  // and a name
+    HMODULE sibling = nullptr;
+    if (path != nullptr) {
+      const DWORD length = GetModuleFileNameW(module_, path, kLongest);
+      wchar_t* const slash = length > 0 && length < kLongest ? std::wcsrchr(path, L'\\') : nullptr;
+      if (slash != nullptr) {
+        std::wcscpy(slash + 1, file);
+        sibling = LoadLibraryW(path);
+      }
+    }
+    delete[] path;
+    return sibling != nullptr ? sibling : LoadLibraryW(file);
   }
 
   LoadError Failed(LoadError error) noexcept {
@@ -150,7 +266,10 @@ class Library {
     return reinterpret_cast<Fn>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
   }
 
+  static constexpr int kModules = 3;
+
   HMODULE module_ = nullptr;
+  HMODULE siblings_[kModules] = {};  // in the order of Module
   IPictavo6* object_ = nullptr;
   decltype(&ReleasePictavo6) release_ = nullptr;
   DWORD systemError_ = ERROR_SUCCESS;

@@ -48,6 +48,7 @@ beside() {  # runs a built program beside the DLLs
 cp -r "$source/tests/package/consumer" "$work/consumer"
 build "$work/consumer" consumer "-DEXPECTED_VERSION=$version" -DCMAKE_EXE_LINKER_FLAGS=-static
 beside consumer/linked.exe
+ls "$work/build/consumer" | grep -c '\.dll$' | grep -qx 4 || fail "the DLLs are not beside the built program"
 loaded=$(beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll" | tr -d '\r')
 [[ $loaded == *", version $version" ]] || fail "the loader: $loaded"
 
