@@ -51,6 +51,7 @@ Pictavo::~Pictavo() {
   ReleaseToModule(cpuDetectModule, cpuDetect, "ReleaseCPUISDetectUtility");
   ReleaseToModule(convertModule, convertUtility, "ReleaseConvertUtility4");
   ReleaseToModule(renderModule, renderHost, "ReleaseVKT3DRender4Host");
+  ReleaseBuffers();  // of which some are the client's
   delete memoryClient;
   delete dilation;
 }

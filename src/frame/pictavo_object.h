@@ -34,6 +34,9 @@ class Pictavo final : public IPictavo6, public CPictavo_D3D, public COCLBase {
   // COCLBase
   CriticalSection& OpenCLLock() noexcept override { return openclLock; }
   bool EnsureOpenCL() override;
+  CCommonUtility* EnsureClientBetween() noexcept override {
+    return EnsureMemoryClient() ? memoryClient : nullptr;
+  }
 
   // Bring up a lazy part; true, or the part, when it is there afterwards.
   bool EnsureMemoryClient() noexcept;

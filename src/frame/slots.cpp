@@ -126,8 +126,7 @@ u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, cons
 
 u32 Pictavo::FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                             u32 radiusY) noexcept {
-  CCommonUtility* client = EnsureMemoryClient() ? memoryClient : nullptr;
-  return opencl::FastBlur(*this, client, dst, src, radiusX, radiusY);
+  return opencl::FastBlur(*this, dst, src, radiusX, radiusY);
 }
 
 u32 Pictavo::MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept {

@@ -23,7 +23,14 @@ using Kernel = struct KernelTag*;
 using Event = struct EventTag*;
 
 inline constexpr i32 kSuccess = 0;
+inline constexpr i32 kMemObjectAllocationFailure = -4;
+inline constexpr i32 kOutOfResources = -5;
+inline constexpr i32 kOutOfHostMemory = -6;
+inline constexpr i32 kInvalidMemObject = -38;
+inline constexpr i32 kInvalidWorkGroupSize = -54;
+inline constexpr i32 kInvalidWorkItemSize = -55;
 inline constexpr i32 kInvalidOperation = -59;
+inline constexpr i32 kInvalidBufferSize = -61;
 
 inline constexpr u32 kPlatformVersion = 0x0901;
 inline constexpr u32 kPlatformName = 0x0902;
@@ -38,8 +45,9 @@ inline constexpr u32 kProgramBinaries = 0x1166;
 inline constexpr u64 kTypeGpu = 1 << 2;
 inline constexpr u64 kTypeAll = 0xFFFFFFFF;
 inline constexpr u64 kMemReadWrite = 1 << 0;
+inline constexpr u64 kMemWriteOnly = 1 << 1;
+inline constexpr u64 kMemReadOnly = 1 << 2;
 inline constexpr u64 kMemUseHostPointer = 1 << 3;
-inline constexpr u64 kMapRead = 1 << 0;
 
 using GetPlatformIDs = i32(u32 capacity, Platform* platforms, u32* count);
 using GetPlatformInfo = i32(Platform, u32 what, size_t capacity, void* value, size_t* size);
@@ -65,10 +73,10 @@ using CreateKernel = Kernel(Program, const char* name, i32* result);
 using ReleaseKernel = i32(Kernel);
 using SetKernelArg = i32(Kernel, u32 index, size_t size, const void* value);
 using Finish = i32(Queue);
-using EnqueueMapBuffer = void*(Queue, Memory, u32 blocking, u64 flags, size_t offset, size_t size,
-                               u32 waitCount, const Event* waits, Event* done, i32* result);
-using EnqueueUnmapMemObject = i32(Queue, Memory, void* mapped, u32 waitCount, const Event* waits,
-                                  Event* done);
+using EnqueueReadBuffer = i32(Queue, Memory, u32 blocking, size_t offset, size_t size, void* to,
+                              u32 waitCount, const Event* waits, Event* done);
+using EnqueueWriteBuffer = i32(Queue, Memory, u32 blocking, size_t offset, size_t size,
+                               const void* from, u32 waitCount, const Event* waits, Event* done);
 using EnqueueNDRangeKernel = i32(Queue, Kernel, u32 dimensions, const size_t* offset,
                                  const size_t* global, const size_t* local, u32 waitCount,
                                  const Event* waits, Event* done);

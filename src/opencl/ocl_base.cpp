@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <mutex>
 #include <new>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "platform/debugger.h"
 
@@ -14,17 +15,23 @@ namespace {
 
 constexpr size_t kMostDeviceText = 64 * 1024;
 constexpr const char* kBuildOptions = "";
+constexpr DWORD kPathRoom = 260;
 
-/// `folder`\`name`, or nothing when that does not fit.
-template <size_t size>
-void JoinPath(const wchar_t* folder, const wchar_t* name, wchar_t (&path)[size]) noexcept {
-  std::wstring_view stem(folder);
-  while (stem.ends_with(L'\\')) stem.remove_suffix(1);
-  const std::wstring_view last(name);
-  path[0] = L'\0';
-  if (stem.empty() || stem.size() + 1 + last.size() >= size) return;
-  *std::copy(last.begin(), last.end(),
-             std::copy_n(L"\\", 1, std::copy(stem.begin(), stem.end(), path))) = L'\0';
+/// One for the process: runtimes do not all bear two threads that bring them up or down at once.
+class BringUpLock {
+ public:
+  void lock() noexcept { AcquireSRWLockExclusive(&lock_); }
+  void unlock() noexcept { ReleaseSRWLockExclusive(&lock_); }
+
+ private:
+  SRWLOCK lock_ = SRWLOCK_INIT;
+};
+BringUpLock bringUpLock;
+
+/// `folder`\`name`, where a folder is named.
+void AddPath(std::wstring_view folder, const wchar_t* name, std::vector<std::wstring>* paths) {
+  while (folder.ends_with(L'\\')) folder.remove_suffix(1);
+  if (!folder.empty()) paths->push_back(std::wstring(folder) + L'\\' + name);
 }
 
 }  // namespace
@@ -32,14 +39,16 @@ void JoinPath(const wchar_t* folder, const wchar_t* name, wchar_t (&path)[size])
 COCLBase::COCLBase() noexcept : memoryClient_(CCommonUtility::Create("VKTMask_COCLBase", this)) {}
 
 COCLBase::~COCLBase() {
-  for (Built& built : programs_) Release(&built);
-  if (queue_ != nullptr) cl().clReleaseCommandQueue(queue_);
-  if (context_ != nullptr) cl().clReleaseContext(context_);
-  util_.reset();
+  CloseDevice();
+  {
+    const std::lock_guard guard(bringUpLock);
+    util_.reset();
+  }
   delete memoryClient_;
 }
 
 bool COCLBase::LoadOpenCL() noexcept {
+  const std::lock_guard guard(bringUpLock);
   util_.reset(new (std::nothrow) OpenCLUtil);
   if (util_ == nullptr) return false;
   util_->Init();
@@ -51,61 +60,122 @@ bool COCLBase::LoadOpenCL() noexcept {
 void COCLBase::SetCacheFolder() {
   std::swprintf(cacheFolder_, std::size(cacheFolder_), L"OpenCLFolder_Pictavo_%.200ls",
                 ProductVersion().c_str());
-  PathText folder;
-  DWORD length = GetTempPathW(std::size(folder), folder);
-  if (length > 0 && length < std::size(folder)) JoinPath(folder, cacheFolder_, basePath_);
-  length = GetEnvironmentVariableW(L"LOCALAPPDATA", folder, std::size(folder));
-  if (length > 0 && length < std::size(folder)) JoinPath(folder, cacheFolder_, secondBasePath_);
+  basePaths_.clear();
+  wchar_t folder[kPathRoom];
+  const DWORD temporary = GetTempPathW(kPathRoom, folder);
+  if (temporary < kPathRoom) AddPath({folder, temporary}, cacheFolder_, &basePaths_);
+  const DWORD local = GetEnvironmentVariableW(L"LOCALAPPDATA", folder, kPathRoom);
+  if (local < kPathRoom) AddPath({folder, local}, cacheFolder_, &basePaths_);
+  // Not for a folder that is only too long: anyone may have left a program in the current one.
+  if (temporary == 0) basePaths_.emplace_back();
 }
 
-bool COCLBase::EnsureDevice() noexcept {
-  if (queue_ != nullptr) return true;
-  if (!util_->CanRun()) return false;
-  for (const cl::u64 type : {cl::kTypeGpu, cl::kTypeAll}) {
-    for (const cl::Platform platform : util_->Platforms()) {
-      for (const cl::Device device : util_->Devices(platform, type)) {
-        if (OpenDevice(platform, device)) return true;
-      }
-    }
+const COCLBase::Kernels* COCLBase::GetKernels(const char* programFile) {
+  size_t index = 0;
+  while (std::strcmp(kOpenCLPrograms[index].file, programFile) != 0) ++index;
+  const Kernels* kernels = &programs_[index].kernels;
+  if (queue_ != nullptr && MakeKernels(index)) return kernels;
+  const cl::Device unfit = device_;
+  for (const Candidate& candidate : Candidates()) {
+    if (candidate.device != unfit && OpenDevice(candidate) && MakeKernels(index)) return kernels;
   }
-  return false;
+  CloseDevice();
+  return nullptr;
 }
 
-bool COCLBase::OpenDevice(cl::Platform platform, cl::Device device) noexcept {
-  constexpr intptr_t kContextPlatform = 0x1084;
-  const intptr_t properties[] = {kContextPlatform, reinterpret_cast<intptr_t>(platform), 0};
-  i32 result = cl::kSuccess;
-  const cl::Context context =
-      cl().clCreateContext(properties, 1, &device, nullptr, nullptr, &result);
-  if (context == nullptr) return false;
-  const cl::Queue queue = cl().clCreateCommandQueue(context, device, 0, &result);
-  if (queue == nullptr) {
-    cl().clReleaseContext(context);
+bool COCLBase::MakeKernels(size_t index) {
+  const OpenCLProgram& wanted = kOpenCLPrograms[index];
+  if (GetProgram(index) != 0) {
+    PrintToDebugger("error creating program %s\n", wanted.file);
     return false;
   }
-  device_ = device;
-  context_ = context;
-  queue_ = queue;
+  Built& built = programs_[index];
+  for (size_t k = 0; k < wanted.kernels.size() && wanted.kernels[k] != nullptr; ++k) {
+    if (built.kernels[k] == nullptr)
+      built.kernels[k] = MakeKernel(built.program, wanted.kernels[k]);
+    if (built.kernels[k] != nullptr) continue;
+    PrintToDebugger("error creating kernel %s\n", wanted.kernels[k]);
+    return false;
+  }
   return true;
 }
 
-cl::Kernel COCLBase::GetKernel(const char* programFile, const char* kernelName) {
-  for (size_t i = 0; i < kOpenCLPrograms.size(); ++i) {
-    const OpenCLProgram& wanted = kOpenCLPrograms[i];
-    if (std::strcmp(wanted.file, programFile) != 0) continue;
-    if (GetProgram(i) != 0) {
-      PrintToDebugger("error creating program %s\n", programFile);
-      return nullptr;
-    }
-    for (size_t k = 0; k < wanted.kernels.size() && wanted.kernels[k] != nullptr; ++k) {
-      if (std::strcmp(wanted.kernels[k], kernelName) != 0) continue;
-      cl::Kernel& kernel = programs_[i].kernels[k];
-      if (kernel == nullptr) kernel = MakeKernel(programs_[i].program, kernelName);
-      if (kernel != nullptr) return kernel;
+/// Every device, GPUs first.
+std::vector<COCLBase::Candidate> COCLBase::Candidates() const {
+  std::vector<Candidate> candidates;
+  if (!util_->CanRun()) return candidates;
+  const std::lock_guard guard(bringUpLock);
+  for (const cl::u64 type : {cl::kTypeGpu, cl::kTypeAll}) {
+    for (const cl::Platform platform : util_->Platforms()) {
+      for (const cl::Device device : util_->Devices(platform, type)) {
+        const bool known = std::ranges::count(candidates, device, &Candidate::device) != 0;
+        if (!known) candidates.push_back({platform, device});
+      }
     }
   }
-  PrintToDebugger("error creating kernel %s\n", kernelName);
-  return nullptr;
+  return candidates;
+}
+
+/// In place of the device that is open, if it works out.
+bool COCLBase::OpenDevice(const Candidate& candidate) noexcept {
+  constexpr intptr_t kContextPlatform = 0x1084;
+  const intptr_t properties[] = {kContextPlatform, reinterpret_cast<intptr_t>(candidate.platform),
+                                 0};
+  i32 result = cl::kSuccess;
+  CloseDevice();
+  const std::lock_guard guard(bringUpLock);
+  context_ = Made(cl().clCreateContext(properties, 1, &candidate.device, nullptr, nullptr, &result),
+                  &result);
+  if (context_ == nullptr) return false;
+  queue_ = Made(cl().clCreateCommandQueue(context_, candidate.device, 0, &result), &result);
+  if (queue_ == nullptr) {
+    cl().clReleaseContext(std::exchange(context_, nullptr));
+    return false;
+  }
+  device_ = candidate.device;
+  return true;
+}
+
+/// Gives back everything that was made on the device, when it has come to rest.
+void COCLBase::CloseDevice() noexcept {
+  deviceFailed_ = false;
+  if (queue_ == nullptr) return;
+  ReleaseBuffers();
+  for (Built& built : programs_) Release(&built);
+  const std::lock_guard guard(bringUpLock);
+  cl().clReleaseCommandQueue(std::exchange(queue_, nullptr));
+  cl().clReleaseContext(std::exchange(context_, nullptr));
+  device_ = nullptr;
+}
+
+void COCLBase::ReleaseBuffers() noexcept {
+  if (queue_ == nullptr) return;
+  cl().clFinish(queue_);
+  for (DeviceBuffer* buffer : {&buffers.source, &buffers.between, &buffers.result}) {
+    buffer->Release(cl());
+  }
+}
+
+u32 COCLBase::Check(i32 code) noexcept {
+  switch (code) {
+    case cl::kSuccess:
+      return PICTAVO_S_OK;
+    case cl::kMemObjectAllocationFailure:
+    case cl::kOutOfHostMemory:
+    case cl::kInvalidBufferSize:
+      return PICTAVO_E_OUTOFMEMORY;
+    default:
+      deviceFailed_ = true;
+      return PICTAVO_E_FAIL;
+  }
+}
+
+void COCLBase::Recover() noexcept {
+  if (deviceFailed_) {
+    CloseDevice();
+  } else {
+    ReleaseBuffers();
+  }
 }
 
 /// What the device says of itself, however long; empty when it does not.
@@ -143,8 +213,8 @@ i32 COCLBase::GetProgram(size_t index) {
   const std::string source = ProgramText(wanted.resource);
   const cl::u64 key = CacheKey(source);
   const std::string deviceName = DeviceText(cl::kDeviceName);
-  std::vector<ProgramCache> caches = {ProgramCache(basePath_)};
-  if (secondBasePath_[0] != L'\0') caches.emplace_back(secondBasePath_);
+  std::vector<ProgramCache> caches;
+  for (const std::wstring& basePath : basePaths_) caches.emplace_back(basePath.c_str());
   for (const ProgramCache& cache : caches) {
     if (LoadProgram(cache, wanted, key, deviceName, &built) == 0) return 0;
   }
@@ -165,7 +235,8 @@ i32 COCLBase::LoadProgram(const ProgramCache& cache, const OpenCLProgram& wanted
   const u8* bytes = binary.data();
   i32 status = cl::kSuccess, result = cl::kSuccess;
   const cl::Program program =
-      cl().clCreateProgramWithBinary(context_, 1, &device_, &size, &bytes, &status, &result);
+      Made(cl().clCreateProgramWithBinary(context_, 1, &device_, &size, &bytes, &status, &result),
+           &result);
   if (!Finish(program, wanted, built)) return -1;
   // A binary that lacks a kernel is not this program's.
   for (size_t k = 0; k < wanted.kernels.size() && wanted.kernels[k] != nullptr; ++k) {
@@ -182,7 +253,8 @@ i32 COCLBase::BuildProgram(const OpenCLProgram& wanted, const std::string& sourc
   const char* text = source.c_str();
   const size_t length = source.size();
   i32 result = cl::kSuccess;
-  const cl::Program program = cl().clCreateProgramWithSource(context_, 1, &text, &length, &result);
+  const cl::Program program =
+      Made(cl().clCreateProgramWithSource(context_, 1, &text, &length, &result), &result);
   return Finish(program, wanted, built) ? 0 : -1;
 }
 
@@ -203,7 +275,7 @@ bool COCLBase::Finish(cl::Program program, const OpenCLProgram& wanted,
 
 cl::Kernel COCLBase::MakeKernel(cl::Program program, const char* name) const noexcept {
   i32 result = cl::kSuccess;
-  return cl().clCreateKernel(program, name, &result);
+  return Made(cl().clCreateKernel(program, name, &result), &result);
 }
 
 Binary COCLBase::ProgramBinary(cl::Program program) const {

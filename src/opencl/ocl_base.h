@@ -4,8 +4,10 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "frame/common_utility.h"
+#include "opencl/device_buffer.h"
 #include "opencl/opencl_util.h"
 #include "opencl/own_resources.h"
 #include "opencl/program_cache.h"
@@ -13,13 +15,15 @@
 
 namespace pictavo {
 
-/// The OpenCL part of the library object: its runtime, device and programs. Attaches its
+/// The OpenCL part of the library object: its runtime, device, programs and buffers. Attaches its
 /// memory-manager client at construction; everything else comes with the first operation and stays.
 /// What failed to come is tried again by the next operation.
 ///
 /// All of it is guarded by the lock that OpenCLLock() gives.
 class COCLBase {
  public:
+  using Kernels = std::array<cl::Kernel, OpenCLProgram::kMostKernels>;
+
   COCLBase() noexcept;
   virtual ~COCLBase();
   COCLBase(const COCLBase&) = delete;
@@ -30,12 +34,21 @@ class COCLBase {
   /// Brings the runtime up, once. @throws std::bad_alloc
   virtual bool EnsureOpenCL() = 0;
 
-  /// Chooses a device, once: a GPU before any other. OpenCL is up.
-  bool EnsureDevice() noexcept;
+  /// The memory-manager client for pictures between two passes; null when memory is short. Called
+  /// without the lock.
+  virtual CCommonUtility* EnsureClientBetween() noexcept = 0;
 
-  /// A kernel, ready for its arguments; it stays this object's. Null, and a line in the debugger
-  /// output, when its program or itself cannot be made. There is a device. @throws std::bad_alloc
-  cl::Kernel GetKernel(const char* programFile, const char* kernelName);
+  /// A program's kernels in the order of kOpenCLPrograms, ready for their arguments; they stay this
+  /// object's. They are of the device at hand if they can be made there, else of the first one, a
+  /// GPU before any other, on which they can. Null, and lines in the debugger output, when there is
+  /// none. OpenCL is up. @throws std::bad_alloc
+  const Kernels* GetKernels(const char* programFile);
+
+  /// What a code of the runtime means to the host. Other failures than of memory are of the device.
+  u32 Check(i32 code) noexcept;
+
+  /// After a call that failed: lets go of the device, if that failed, or else of the buffers.
+  void Recover() noexcept;
 
   const OpenCLEntryPoints& cl() const noexcept { return util_->cl; }
   cl::Context context() const noexcept { return context_; }
@@ -47,6 +60,13 @@ class COCLBase {
   /// How many programs this object has compiled, rather than loaded from the cache.
   u32 programsCompiled() const noexcept { return programsCompiled_; }
 
+  /// What operations work in; given back with the device.
+  struct Buffers {
+    DeviceBuffer source{cl::kMemReadOnly};
+    DeviceBuffer between{cl::kMemReadWrite};  // of EnsureClientBetween
+    DeviceBuffer result{cl::kMemWriteOnly};
+  } buffers;
+
  protected:
   /// Loads the runtime. False, and nothing kept, when there is none.
   bool LoadOpenCL() noexcept;
@@ -55,16 +75,24 @@ class COCLBase {
   /// @throws std::bad_alloc
   void SetCacheFolder();
 
- private:
-  using PathText = wchar_t[260];
+  /// Waits for the device and gives the buffers back.
+  void ReleaseBuffers() noexcept;
 
-  /// A program that is ready to run. Its kernels are in the order of kOpenCLPrograms.
+ private:
+  /// A program that is ready to run.
   struct Built {
     cl::Program program = nullptr;
-    std::array<cl::Kernel, OpenCLProgram::kMostKernels> kernels = {};
+    Kernels kernels = {};
+  };
+  struct Candidate {
+    cl::Platform platform;
+    cl::Device device;
   };
 
-  bool OpenDevice(cl::Platform platform, cl::Device device) noexcept;
+  std::vector<Candidate> Candidates() const;
+  bool OpenDevice(const Candidate& candidate) noexcept;
+  void CloseDevice() noexcept;
+  bool MakeKernels(size_t index);
   std::string DeviceText(u32 what) const;
   cl::u64 CacheKey(const std::string& source) const;
   i32 GetProgram(size_t index);
@@ -78,14 +106,14 @@ class COCLBase {
 
   CCommonUtility* memoryClient_;
   std::unique_ptr<OpenCLUtil> util_;
-  PathText cacheFolder_ = {};
-  PathText basePath_ = {};        // of the cache; empty for the current folder
-  PathText secondBasePath_ = {};  // read after the first, written when that cannot be; or empty
+  wchar_t cacheFolder_[260] = {};
+  std::vector<std::wstring> basePaths_;  // of the cache, in order; an empty one: the current folder
   cl::Device device_ = nullptr;
   cl::Context context_ = nullptr;
   cl::Queue queue_ = nullptr;
   std::array<Built, kOpenCLPrograms.size()> programs_ = {};
   u32 programsCompiled_ = 0;
+  bool deviceFailed_ = false;
 };
 
 }  // namespace pictavo

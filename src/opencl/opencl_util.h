@@ -17,6 +17,13 @@ struct OpenCLEntryPoints {
 #include "opencl/entry_points.inl"
 };
 
+/// What a runtime made: a handle counts only with success, and success only with a handle.
+template <typename Handle>
+Handle Made(Handle handle, i32* result) noexcept {
+  if (*result == cl::kSuccess && handle == nullptr) *result = cl::kInvalidMemObject;
+  return *result == cl::kSuccess ? handle : nullptr;
+}
+
 /// Platforms or devices as a runtime lists them. `count` is what it says it has; those beyond the
 /// list's room are left out, and so is all from the first null on.
 template <typename Handle>

@@ -10,10 +10,8 @@ u32 ExtendBoundary(COCLBase& ocl, IPictavoSurface* dst, u32 border) noexcept;
 u32 Transform(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src,
               const f32 matrix[6]) noexcept;
 u32 BilinearInterpolation(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src) noexcept;
-
-/// @param client makes the picture between the two passes; null when memory is short
-u32 FastBlur(COCLBase& ocl, CCommonUtility* client, IPictavoSurface* dst, IPictavoSurface* src,
-             u32 radiusX, u32 radiusY) noexcept;
+u32 FastBlur(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
+             u32 radiusY) noexcept;
 u32 MemsetColor(COCLBase& ocl, IPictavoSurface* dst, u32 colour) noexcept;
 
 }  // namespace pictavo::opencl

@@ -5,7 +5,12 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <utility>
 
 #include "platform/module.h"
 
@@ -23,19 +28,49 @@ FakeOpenCL& Control() {
 const std::string kMark = "BINARY";
 
 struct Object {
-  Object() { ++Control().live; }
-  ~Object() { --Control().live; }
-  std::string text;     // of a program
-  bool binary = false;  // how the program came
-  void* host = nullptr;
+  std::string text;                // of a program
+  bool binary = false;             // how the program came
+  u8* host = nullptr;              // of a buffer
+  size_t size = 0;                 // of a buffer
+  bool onCard = false;             // whether a buffer's bytes are there
+  bool bringUp = false;            // whether it comes and goes with a device
+  std::map<u32, Object*> buffers;  // of a kernel's arguments
 };
 
-bool Fails(const std::string& function) { return !function.empty() && Control().fails == function; }
+std::mutex lock;    // of everything here and in Control()
+bool busy = false;  // whether the card may be at work
+std::atomic<int> bringingUp = 0;
+Object noObject;  // what a handle that comes with an error points at
+
+void Expect(bool right) { Control().faults += !right; }
+
+/// A call that brings the runtime up or down: it must be alone in the process.
+struct Alone {
+  Alone() {
+    const bool alone = ++bringingUp == 1;
+    Sleep(1);
+    const std::lock_guard guard(lock);
+    Expect(alone);
+  }
+  ~Alone() { --bringingUp; }
+};
+
+/// A function's code, which is `code` when it has to fail.
+i32 Result(const std::string& function, i32 code) {
+  const FakeOpenCL& control = Control();
+  if (function.empty() || control.fails != function) return cl::kSuccess;
+  return control.failsWith != 0 ? control.failsWith : code;
+}
+bool Fails(const std::string& function) { return Result(function, -1) != cl::kSuccess; }
 
 /// Makes an object, or says that it cannot.
-Object* Make(const char* function, i32* result) {
-  *result = Fails(function) ? -6 : cl::kSuccess;
-  return *result == cl::kSuccess ? new Object : nullptr;
+Object* Make(const char* function, i32* result, bool bringUp = false) {
+  *result = Result(function, -6);
+  if (*result != cl::kSuccess) return Control().failsWithHandle ? &noObject : nullptr;
+  ++Control().live;
+  Object* made = new Object;
+  made->bringUp = bringUp;
+  return made;
 }
 
 template <typename Items>
@@ -68,6 +103,7 @@ i32 Answer(const std::string& text, size_t capacity, void* to, size_t* written) 
 extern "C" {
 
 i32 clGetPlatformIDs(u32 capacity, void** platforms, u32* count) {
+  const Alone alone;
   std::vector<void*> all;
   for (auto& platform : Control().platforms) all.push_back(&platform);
   return List("clGetPlatformIDs", all, capacity, platforms, count);
@@ -105,42 +141,55 @@ i32 clGetDeviceInfo(FakeDevice* device, u32 what, size_t capacity, void* value, 
 }
 
 void* clCreateContext(const intptr_t*, u32, FakeDevice** devices, void*, void*, i32* result) {
+  const Alone alone;
+  const std::lock_guard guard(lock);
   Control().calls.push_back("context " + devices[0]->name);
   if (Fails(devices[0]->name)) return nullptr;
-  return Make("clCreateContext", result);
+  return Make("clCreateContext", result, true);
 }
 
 void* clCreateCommandQueue(void*, void*, u64, i32* result) {
-  return Make("clCreateCommandQueue", result);
+  const Alone alone;
+  const std::lock_guard guard(lock);
+  return Make("clCreateCommandQueue", result, true);
 }
 
-void* clCreateBuffer(void*, u64, size_t, void* host, i32* result) {
+void* clCreateBuffer(void*, u64 flags, size_t size, u8* host, i32* result) {
+  const std::lock_guard guard(lock);
+  Control().buffers.push_back(flags);
+  // A device shares whole pages only.
+  Expect(reinterpret_cast<uintptr_t>(host) % 4096 == 0 && size % 4096 == 0);
   Object* object = Make("clCreateBuffer", result);
-  if (object != nullptr) object->host = host;
+  if (*result != cl::kSuccess) return object;
+  object->host = host;
+  object->size = size;
+  object->onCard = (flags & cl::kMemWriteOnly) != 0;
   return object;
 }
 
 void* clCreateProgramWithSource(void*, u32, const char** texts, const size_t* lengths,
                                 i32* result) {
+  const std::lock_guard guard(lock);
   Control().calls.emplace_back("source");
   Object* object = Make("clCreateProgramWithSource", result);
-  if (object != nullptr) object->text.assign(texts[0], lengths[0]);
+  if (*result == cl::kSuccess) object->text.assign(texts[0], lengths[0]);
   return object;
 }
 
 void* clCreateProgramWithBinary(void*, u32, void*, const size_t* lengths, const u8** binaries, i32*,
                                 i32* result) {
+  const std::lock_guard guard(lock);
   const std::string binary(reinterpret_cast<const char*>(binaries[0]), lengths[0]);
   Control().calls.emplace_back(binary.starts_with(kMark) ? "binary" : "strange binary");
   Object* object = Make("clCreateProgramWithBinary", result);
-  if (object == nullptr) return nullptr;
+  if (*result != cl::kSuccess) return object;
   object->text = binary.substr(kMark.size());
   object->binary = true;
   return object;
 }
 
-i32 clBuildProgram(Object*, u32, void*, const char*, void*, void*) {
-  return Fails("clBuildProgram") ? -11 : cl::kSuccess;
+i32 clBuildProgram(void*, u32, FakeDevice** devices, const char*, void*, void*) {
+  return Fails("build " + devices[0]->name) ? -11 : Result("clBuildProgram", -11);
 }
 
 i32 clGetProgramInfo(Object* program, u32 what, size_t capacity, void* value, size_t* size) {
@@ -154,31 +203,62 @@ i32 clGetProgramInfo(Object* program, u32 what, size_t capacity, void* value, si
 }
 
 void* clCreateKernel(Object* program, const char* name, i32* result) {
+  const std::lock_guard guard(lock);
   const bool known =
       program->text.find(std::string("__kernel void ") + name + "(") != std::string::npos &&
       !(program->binary && Control().lacksKernel == name);
   return known ? Make("clCreateKernel", result) : nullptr;
 }
 
-i32 clEnqueueUnmapMemObject(void*, void*, void*, u32, void*, void*) { return cl::kSuccess; }
-
-i32 clSetKernelArg(void*, u32, size_t, const void*) { return Fails("clSetKernelArg") ? -50 : 0; }
-
-i32 clEnqueueNDRangeKernel(void*, void*, u32, const size_t*, const size_t*, const size_t*, u32,
-                           void*, void*) {
-  return Fails("clEnqueueNDRangeKernel") ? -5 : 0;
+i32 clSetKernelArg(Object* kernel, u32 index, size_t size, void* const* value) {
+  if (size == sizeof(void*)) kernel->buffers[index] = static_cast<Object*>(*value);
+  return Result("clSetKernelArg", -50);
 }
 
-void* clEnqueueMapBuffer(void*, Object* memory, u32, u64, size_t, size_t, u32, void*, void*,
-                         i32* result) {
-  *result = Fails("clEnqueueMapBuffer") ? -12 : 0;
-  return Fails("clEnqueueMapBuffer") ? nullptr : memory->host;
+i32 clEnqueueNDRangeKernel(void*, Object* kernel, u32, const size_t*, const size_t*,
+                           const size_t* local, u32, void*, void*) {
+  const std::lock_guard guard(lock);
+  ++Control().launches;
+  busy = true;
+  for (const auto& [index, buffer] : kernel->buffers) {
+    if (!std::exchange(buffer->onCard, true)) Control().uploaded += buffer->size;
+  }
+  const i32 result = local != nullptr ? Result("group", -54) : cl::kSuccess;
+  return result != cl::kSuccess ? result : Result("clEnqueueNDRangeKernel", -5);
 }
 
-i32 clFinish(void*) { return cl::kSuccess; }
+i32 clEnqueueWriteBuffer(void*, Object* buffer, u32, size_t, size_t size, const void* from, u32,
+                         void*, void*) {
+  const std::lock_guard guard(lock);
+  Expect(from == buffer->host && size <= buffer->size);
+  busy = buffer->onCard = true;
+  Control().uploaded += size;
+  return Result("clEnqueueWriteBuffer", -36);
+}
+
+i32 clEnqueueReadBuffer(void*, Object* buffer, u32 blocking, size_t, size_t size, void* to, u32,
+                        void*, void*) {
+  const std::lock_guard guard(lock);
+  Expect(blocking != 0 && to == buffer->host && size <= buffer->size);
+  Control().downloaded += size;
+  const i32 result = Result("clEnqueueReadBuffer", -36);
+  if (result == cl::kSuccess) busy = false;
+  return result;
+}
+
+i32 clFinish(void*) {
+  busy = false;
+  return cl::kSuccess;
+}
 
 // The exports' other names: for what lets an object go, and for what the library never calls.
 i32 FakeRelease(Object* object) {
+  const std::unique_ptr<Alone> alone(object->bringUp ? new Alone : nullptr);
+  const std::lock_guard guard(lock);
+  MEMORY_BASIC_INFORMATION host = {};
+  if (object->host != nullptr) VirtualQuery(object->host, &host, sizeof(host));
+  Expect(!busy && host.State != MEM_FREE && object != &noObject);
+  --Control().live;
   delete object;
   return cl::kSuccess;
 }

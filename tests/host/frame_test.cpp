@@ -124,6 +124,7 @@ TEST(Parts, ComeOnDemandAndGoInOrder) {
     EXPECT_EQ(TakeEvents(), expected);
     EXPECT_EQ(LoadedModules(), (std::vector<std::wstring>{kModules[0], kModules[3]}));
 
+    EXPECT_EQ(object.FastBlurOpenCL(nullptr, nullptr, 1, 1), PICTAVO_E_POINTER);
     for (int attempt = 0; attempt < 2; ++attempt) {
       EXPECT_TRUE(object.EnsureRenderHost());
       EXPECT_TRUE(object.EnsureDilation());

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <fstream>
 #include <set>
+#include <thread>
 
 #include "debugger_listener.h"
 #include "fake_opencl.h"
@@ -35,6 +37,7 @@ class Programs : public testing::Test {
   }
   ~Programs() override {
     EXPECT_EQ(fakeOpenCL.live, 0);
+    EXPECT_EQ(fakeOpenCL.faults, 0);
     fs::current_path(before_);
     fs::remove_all(root_);
   }
@@ -134,7 +137,10 @@ TEST_F(Programs, AreCompiledAgainWhenTheirFileOrTheRuntimeWillNotDo) {
   EXPECT_EQ(Calls(), kLoaded);
   EXPECT_EQ(OnlyFile(), path);
   fakeOpenCL.fails = "clCreateProgramWithBinary";
-  EXPECT_EQ(Calls(), kBoth);
+  for (const bool handle : {false, true}) {
+    fakeOpenCL.failsWithHandle = handle;
+    EXPECT_EQ(Calls(), kBoth);
+  }
   fakeOpenCL.fails = "";
   fakeOpenCL.lacksKernel = "MemsetColor_ALL";
   EXPECT_EQ(Calls(), kBoth);
@@ -168,6 +174,28 @@ TEST_F(Programs, UseTheSecondPathAndThenNone) {
   EXPECT_EQ(Calls(), kCompiled);
   EXPECT_EQ(Calls(), kLoaded);
   EXPECT_TRUE(Files().begin()->starts_with("local/"));
+}
+
+TEST_F(Programs, AreNotInTheCurrentFolderForATemporaryOneThatIsTooLong) {
+  const fs::path bad = root_ / "file";
+  Write(bad, "no folder");
+  fs::current_path(root_);
+  for (const size_t length : {238, 259, 300}) {
+    const std::wstring temporary =
+        (root_ / std::wstring(length - root_.native().size() - 1, 'x')).native();
+    SetFolders(temporary, local_);
+    EXPECT_EQ(Calls(), kCompiled) << length;
+    EXPECT_EQ(Calls(), kLoaded) << length;
+    EXPECT_TRUE(Files().contains("file") && Files().rbegin()->starts_with("local/")) << length;
+    fs::remove(root_ / *Files().rbegin());
+    SetFolders(temporary, bad);
+    wchar_t folder[MAX_PATH];
+    const bool named = GetTempPathW(MAX_PATH, folder) != 0;  // some systems drop what is too long
+    EXPECT_EQ(Calls(), kCompiled) << length;
+    EXPECT_EQ(Calls(), named ? kCompiled : kLoaded) << length;
+    EXPECT_EQ(Files().size(), named ? 1u : 2u) << length;
+    fs::remove_all(root_ / "OpenCLFolder");
+  }
 }
 
 TEST_F(Programs, KeepToTheirFolderWhateverADeviceIsCalled) {
@@ -216,39 +244,130 @@ TEST_F(Programs, FailWithTheirFunctionAndComeWithTheNextCall) {
   fakeOpenCL.platforms = platforms;
   for (const char* function :
        {"clGetPlatformIDs", "clGetDeviceIDs", "clCreateContext", "clCreateCommandQueue"}) {
-    fakeOpenCL.fails = function;
-    EXPECT_EQ(fill(), PICTAVO_E_FAIL) << function;
+    for (const bool handle : {false, true}) {
+      fakeOpenCL.fails = function;
+      fakeOpenCL.failsWithHandle = handle;
+      EXPECT_EQ(fill(), PICTAVO_E_FAIL) << function;
+    }
   }
   for (const Method& method : kMethods) {
     const std::string noProgram = std::string("error creating program ") + method.program + '\n';
     const std::string noKernel = std::string("error creating kernel ") + method.kernel + '\n';
+    constexpr u32 kFail = PICTAVO_E_FAIL, kMemory = PICTAVO_E_OUTOFMEMORY;
     const struct {
       const char* fails;
+      i32 with;
       u32 result;
-      Lines lines;
-    } cases[] = {{"clCreateProgramWithSource", PICTAVO_E_FAIL, {noProgram}},
-                 {"clBuildProgram", PICTAVO_E_FAIL, {noProgram}},
-                 {"clCreateKernel", PICTAVO_E_FAIL, {noKernel}},
-                 {"clCreateBuffer", PICTAVO_E_OUTOFMEMORY, {}},
-                 {"clSetKernelArg", PICTAVO_E_FAIL, {}},
-                 {"clEnqueueNDRangeKernel", PICTAVO_E_FAIL, {}},
-                 {"clEnqueueMapBuffer", PICTAVO_E_FAIL, {}}};
-    for (const auto& c : cases) {
-      fakeOpenCL.fails = c.fails;
-      DebuggerListener lines;
-      EXPECT_EQ(method.call(object, &dst, &src), c.result) << method.program << ": " << c.fails;
-      EXPECT_EQ(lines.Take(), c.lines) << method.program << ": " << c.fails;
-      EXPECT_TRUE(dst.memory() == before) << method.program << ": " << c.fails;
-    }
-    fakeOpenCL.fails = "";
-    const int live = fakeOpenCL.live;
+      bool lost;  // whether the device has to be brought up anew
+      Lines lines = {};
+    } cases[] = {{"clCreateProgramWithSource", 0, kFail, true, {noProgram}},
+                 {"clBuildProgram", 0, kFail, true, {noProgram}},
+                 {"clCreateKernel", 0, kFail, true, {noKernel}},
+                 {"clCreateBuffer", -4, kMemory, false},
+                 {"clCreateBuffer", -5, kMemory, true},
+                 {"clCreateBuffer", -6, kMemory, false},
+                 {"clCreateBuffer", -61, kMemory, false},
+                 {"clCreateBuffer", -34, kFail, true},
+                 {"clSetKernelArg", 0, kFail, true},
+                 {"clEnqueueNDRangeKernel", -5, kFail, true},
+                 {"clEnqueueNDRangeKernel", -4, kMemory, false},
+                 {"clEnqueueReadBuffer", 0, kFail, true}};
     Surface written = dst;
-    EXPECT_EQ(method.call(object, &written, &src), PICTAVO_S_OK) << method.program;
-    EXPECT_EQ(fakeOpenCL.live, live) << method.program;
+    const auto contexts = [&] { return std::ranges::count(fakeOpenCL.calls, "context Device 1"); };
+    for (const auto& c : cases) {
+      for (const bool handle : {false, true}) {
+        const std::string name = std::string(method.program) + ": " + c.fails;
+        const auto call = [&](const char* fails, i32 with, Surface* to) {
+          fakeOpenCL.fails = fails;
+          fakeOpenCL.failsWith = with;
+          fakeOpenCL.failsWithHandle = handle;
+          return method.call(object, to, &src);
+        };
+        if (c.lines.empty()) {  // the device without its buffers
+          EXPECT_EQ(call("", 0, &written), PICTAVO_S_OK) << name;
+          EXPECT_EQ(call("clEnqueueNDRangeKernel", -4, &dst), kMemory) << name;
+        }
+        DebuggerListener lines;
+        EXPECT_EQ(call(c.fails, c.with, &dst), c.result) << name << c.with;
+        EXPECT_EQ(lines.Take(), c.lines) << name;
+        EXPECT_TRUE(dst.memory() == before) << name;
+        if (!c.lines.empty()) continue;
+        const auto made = contexts();
+        EXPECT_EQ(call("", 0, &written), PICTAVO_S_OK) << name;
+        EXPECT_EQ(contexts() - made, c.lost) << name << c.with;
+      }
+    }
     const auto files = Files();
     EXPECT_TRUE(std::any_of(files.begin(), files.end(), [&](const std::string& file) {
       return file.find(std::string("/") + method.program + "Device 1") != std::string::npos;
     })) << method.program;
+  }
+}
+
+TEST_F(Programs, ChooseTheGroupThatADeviceCannotRun) {
+  const DllObject object;
+  FindModulesIn(L"opencl1");
+  Surface dst(64, 1);
+  fakeOpenCL.fails = "group";
+  for (const auto& [code, launches] : {std::pair{-54, 2}, {-55, 2}, {-36, 1}}) {
+    fakeOpenCL.failsWith = code;
+    fakeOpenCL.launches = 0;
+    EXPECT_EQ(object->MemsetColorOpenCL(&dst, 0) == PICTAVO_S_OK, launches == 2) << code;
+    EXPECT_EQ(fakeOpenCL.launches, launches) << code;
+  }
+}
+
+TEST_F(Programs, ComeUpForSeveralObjectsAtOnce) {
+  const DllObject objects[4];
+  FindModulesIn(L"opencl1");
+  std::vector<std::jthread> threads;
+  for (const DllObject& object : objects) {
+    threads.emplace_back([&] {
+      Surface pixel(1, 1);
+      EXPECT_EQ(object->MemsetColorOpenCL(&pixel, 0), PICTAVO_S_OK);
+    });
+  }
+}
+
+TEST_F(Programs, MoveNoMoreThanTheyMustAndKeepTheirBuffers) {
+  constexpr cl::u64 kRead = cl::kMemReadOnly | cl::kMemUseHostPointer,
+                    kWritten = cl::kMemWriteOnly | cl::kMemUseHostPointer,
+                    kBetween = cl::kMemReadWrite | cl::kMemUseHostPointer;
+  constexpr cl::u64 kPicture = 1000 * 700 * 4, kEdges = 2 * (1000 + 700) * 4,
+                    kBorder = 1002 * 702 * 4 - kPicture;
+  const auto blur = [](u32 x, u32 y) {
+    return [=](auto* o, auto* dst, auto* src) { return o->FastBlurOpenCL(dst, src, x, y); };
+  };
+  struct {
+    std::function<u32(IPictavo6*, IPictavoSurface*, IPictavoSurface*)> call;
+    cl::u64 uploaded, downloaded;
+    int launches;
+    std::vector<cl::u64> buffers;
+  } cases[] = {{kMethods[0].call, kEdges, kBorder, 3, {kRead, kWritten}},
+               {kMethods[1].call, kPicture, kPicture, 1, {kRead, kWritten}},
+               {kMethods[2].call, kPicture, kPicture, 1, {kRead, kWritten}},
+               {blur(1, 1), kPicture, kPicture, 2, {kRead, kWritten, kBetween}},
+               {blur(1, 0), kPicture, kPicture, 1, {kRead, kWritten}},
+               {blur(0, 1), kPicture, kPicture, 1, {kRead, kWritten}},
+               {blur(0, 0), kPicture, kPicture, 0, {kRead, kWritten}},
+               {kMethods[4].call, 0, kPicture, 1, {kWritten}}};
+  for (auto& c : cases) {
+    const DllObject object;
+    FindModulesIn(L"opencl1");
+    Surface dst(1000, 700, 4, 1), src(1000, 700), small(999, 1, 4, 1), tall(1000, 2000, 4, 1);
+    for (Surface* surface : {&dst, &dst, &small, &dst}) {
+      fakeOpenCL.uploaded = fakeOpenCL.downloaded = fakeOpenCL.launches = 0;
+      EXPECT_EQ(c.call(object, surface, surface == &dst ? &src : surface), PICTAVO_S_OK);
+      EXPECT_EQ(std::exchange(fakeOpenCL.buffers, {}), c.buffers) << &c - cases;
+      c.buffers.clear();
+    }
+    EXPECT_EQ(fakeOpenCL.uploaded, c.uploaded) << &c - cases;
+    EXPECT_EQ(fakeOpenCL.downloaded, c.downloaded) << &c - cases;
+    EXPECT_EQ(fakeOpenCL.launches, c.launches) << &c - cases;
+    const int live = fakeOpenCL.live;
+    EXPECT_EQ(c.call(object, &tall, &tall), PICTAVO_S_OK);  // grows what is there
+    EXPECT_FALSE(std::exchange(fakeOpenCL.buffers, {}).empty());
+    EXPECT_EQ(fakeOpenCL.live, live) << &c - cases;
   }
 }
 
@@ -262,6 +381,7 @@ TEST_F(Programs, RunOnAGpuBeforeAnyOtherDevice) {
       {{{"A", "", {cpu}}, {"B", "", {cpu, gpu}}}, "", {"context gpu"}},
       {{{"A", "", {}}, {"B", "", {cpu}}}, "", {"context cpu"}},
       {{{"A", "", {cpu, gpu}}}, "gpu", {"context gpu", "context cpu"}},
+      {{{"A", "", {cpu}}, {"B", "", {gpu}}}, "build gpu", {"context gpu", "context cpu"}},
   };
   for (const auto& c : cases) {
     fakeOpenCL.platforms = c.platforms;

@@ -17,10 +17,11 @@ using Bytes = std::vector<u8>;
 class Surface final : public IPictavoSurface {
  public:
   /// @param border pixels around the picture that a method may write
-  Surface(i32 width, i32 height, i32 bytes = 4, i32 border = 0, bool bottomUp = false)
+  /// @param wider bytes that rows of byte planes are longer, which else lie tight
+  Surface(i32 width, i32 height, i32 bytes = 4, i32 border = 0, bool bottomUp = false,
+          i32 wider = 0)
       : width_(width), height_(height), bytes_(bytes), border_(border) {
-    const i32 padding = bytes == 4 ? 12 : 0;  // border operations take byte planes tight
-    pitch_ = RowBytes() + padding;
+    pitch_ = RowBytes() + (bytes == 4 ? 12 : wider);
     memory_.resize(static_cast<size_t>(pitch_ * FullHeight() + 2 * first_));
     for (u8& byte : memory_) byte = static_cast<u8>(random_());
     if (!bottomUp) return;

@@ -76,14 +76,19 @@ TEST_F(OpenCL, ExtendsBoundariesAsTheProcessorDoes) {
   for (const auto& [width, height] : kSizes) {
     for (const i32 bytes : {1, 4}) {
       for (const u32 border : {0u, 1u, 3u, 70u}) {
-        for (const i32 off : {0, 1}) {  // a pitch that is not whole pixels; of bytes, too short
-          Surface dst(width, height, bytes, static_cast<i32>(border), bytes == 4 && border == 3);
-          dst.change = [=](ImageDesc* image) { image->pitch -= off; };
+        // Pitches of no whole pixels, of rows that overlap (refused of bytes), and, of bytes, of
+        // rows farther apart than the border puts them.
+        for (const i32 off : {0, 1, 13, -1, -40}) {
+          Surface dst(width, height, bytes, static_cast<i32>(border), bytes == 4 && border == 3,
+                      std::max(-off, 0));
+          dst.change = [=](ImageDesc* image) {
+            image->pitch += (image->pitch < 0 ? 1 : -1) * std::max(off, 0);
+          };
           Surface expected = dst;
           ImageDesc image;
           expected.Query(&image);
           const u32 result = object_->ExtendBoundary(&image, border);
-          EXPECT_EQ(result == PICTAVO_S_OK, bytes == 4 || border == 0 || off == 0);
+          EXPECT_EQ(result == PICTAVO_S_OK, bytes == 4 || border == 0 || off <= 0);
           EXPECT_EQ(object_->ExtendBoundaryOpenCL(&dst, border), result);
           EXPECT_TRUE(dst.memory() == expected.memory())
               << width << " x " << height << " pixels of " << bytes << ", border " << border;

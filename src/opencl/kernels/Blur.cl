@@ -4,9 +4,8 @@
 #define kStretch 64
 
 // The window's mean, rounded. `reciprocal` is 2^32 over the window, rounded up, which divides
-// exactly up to windows of 4096; 0 stands for a window of one pixel.
+// exactly for windows of 3 to 4096.
 uchar4 Mean(uint4 sum, uint window, uint reciprocal) {
-  if (reciprocal == 0) return convert_uchar4(sum);
   return convert_uchar4(mul_hi(sum + window / 2, (uint4)(reciprocal)));
 }
 
