@@ -961,23 +961,25 @@ struct IPictavo5 : IPictavo4 {
 /// Slots 98 to 110: OpenCL and Direct3D 11.
 ///
 /// The OpenCL methods load the system's OpenCL runtime at the first call and run on its first GPU,
-/// or on its first device of another kind when it has none. They read and write plain memory
-/// through surfaces. One object runs one of them at a time; calls from other threads wait. Their
-/// compiled programs are kept on disk (docs/architecture.md). Source and destination may be the
-/// same surface: the source is read whole before the destination is written. Levels do not matter.
+/// or on its first device of another kind when it has none; a device that cannot have a method's
+/// program is left for the next one. They read and write plain memory through surfaces. One object
+/// runs one of them at a time; calls from other threads wait. Their compiled programs are kept on
+/// disk (docs/architecture.md). Buffers for the largest pictures so far stay with the object.
+/// Source and destination may be the same surface: the source is read whole before the destination
+/// is written. Levels do not matter.
 ///
 /// Results of every OpenCL method: PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or other pointer
 /// is null; PICTAVO_E_FAIL when a surface's query does not answer 1; PICTAVO_E_INVALIDARG for a
 /// picture whose data is null, that holds a texture, that has a size below 1 or from 2^29 on, or
 /// whose bytesPerPixel the method does not take; PICTAVO_E_FAIL without a runtime, device, compiled
-/// program or memory manager, or when the device fails; PICTAVO_E_OUTOFMEMORY when a buffer cannot
-/// be had
+/// program or memory manager, or when the device fails, which the next call then brings up anew;
+/// PICTAVO_E_OUTOFMEMORY when a buffer cannot be had. A call that fails writes nothing
 struct IPictavo6 : IPictavo5 {
   /// Slot 98. ExtendBoundary (slot 71) on OpenCL: copies a picture's edge pixels, alpha included,
   /// into a border of that many pixels around it, in place. The border lies inside the allocation
   /// around the picture; the picture's own pixels are not written. A border of 0 writes nothing.
-  /// Pixels of 4 bytes lie pitch / 4 pixels from row to row; planes of bytes lie width + 2 * border
-  /// bytes from row to row, from the origin data - border * pitch - border on.
+  /// Rows lie as slot 71 takes them, and the same bytes are written; where that puts rows of the
+  /// border into the picture or into each other, it is the processor that writes them.
   /// @return PICTAVO_E_INVALIDARG also when the picture and its border are wider than bufferWidth
   /// or higher than bufferHeight, or rows of bytes with a border are shorter than the two
   virtual u32 ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept = 0;
@@ -1021,7 +1023,7 @@ struct IPictavo6 : IPictavo5 {
   /// n = 2 * radius + 1 around it, (sum + n / 2) / n in whole numbers; the edge pixels go on
   /// outside the picture.
   /// @param radiusX 0 … 2047; 0 leaves the pass along rows out
-  /// @param radiusY 0 … 2047; 0 leaves the pass down columns out
+  /// @param radiusY 0 … 2047; 0 leaves the pass down columns out; 0 for both copies the picture
   /// @return PICTAVO_E_INVALIDARG also for surfaces of two sizes and larger radii
   virtual u32 FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                              u32 radiusY) noexcept = 0;
