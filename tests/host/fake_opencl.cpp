@@ -57,8 +57,9 @@ struct Alone {
 
 /// A function's code, which is `code` when it has to fail.
 i32 Result(const std::string& function, i32 code) {
-  const FakeOpenCL& control = Control();
+  FakeOpenCL& control = Control();
   if (function.empty() || control.fails != function) return cl::kSuccess;
+  if (control.failsTimes != 0 && --control.failsTimes == 0) control.fails = "";
   return control.failsWith != 0 ? control.failsWith : code;
 }
 bool Fails(const std::string& function) { return Result(function, -1) != cl::kSuccess; }

@@ -27,6 +27,7 @@ struct FakeOpenCL {
   bool endlessTexts = false;  // texts fill all the room they are given and do not end
   std::string fails;          // what always fails: a function, "group", a device, "build " a device
   i32 failsWith = 0;          // its code, when not 0
+  i32 failsTimes = 0;         // how often it fails, when not 0
   bool failsWithHandle = false;    // and hands out a handle all the same
   std::string lacksKernel;         // a kernel that binaries do not have
   std::vector<std::string> calls;  // of those that make something
