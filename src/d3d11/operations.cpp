@@ -1,6 +1,7 @@
 // The compute operations: check, choose the shader and its parameters, run. Each rule stands in its
 // shader.
 #include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <new>
 
@@ -178,6 +179,10 @@ u32 CPictavo_D3D::AffineCopy(const D3DCall& call, const D3DAffineParam* param) n
 
 namespace {
 
+bool AreChannels(std::initializer_list<f32> values) {
+  return std::ranges::all_of(values, [](f32 value) { return value >= 0 && value <= 1; });
+}
+
 /// Fills from a place to the edges, as the shaders do.
 u32 FillFrom(Computation* computation, const Picture& dst, i32 left, i32 top,
              const D3DFillParam& p) {
@@ -207,6 +212,9 @@ u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept 
   Pictures pictures;
   u32 code = OpenPictures(call, param, &pictures, false);
   if (code != PICTAVO_S_OK) return code;
+  if (!AreChannels({param->red, param->green, param->blue, param->alpha})) {
+    return PICTAVO_E_INVALIDARG;
+  }
   const Picture& dst = pictures.dst;
   const i32 left = std::max(param->left, 0), right = std::min(param->right, dst.width);
   const i32 top = std::max(param->top, 0), bottom = std::min(param->bottom, dst.height);
@@ -238,7 +246,9 @@ u32 CPictavo_D3D::ColourFromSource(const D3DCall& call, const D3DTintParam* para
   Pictures pictures;
   const u32 code = OpenPictures(call, param, &pictures);
   if (code != PICTAVO_S_OK) return code;
-  if (AnyPlane(pictures)) return PICTAVO_E_INVALIDARG;
+  if (AnyPlane(pictures) || !AreChannels({param->red, param->green, param->blue})) {
+    return PICTAVO_E_INVALIDARG;
+  }
   const Picture& src = pictures.src;
   const Region part =
       Region({param->dstX, param->dstY, 0, 0, src.width, src.height}).InDestination(pictures.dst);

@@ -205,14 +205,20 @@ TEST_F(Failures, ValuesOutOfRange) {
   }
   Expect<D3DBlurParam>(kInvalid, PICTAVO_D3D_BOX_BLUR,
                        {{-1, 1, 1}, {1, kNaN, 1}, {1, 1, kNaN}, {1, 1, -1}});
-  for (const D3DGrowParam& p : {D3DGrowParam{33, 0, 0, 1},
-                                {0, 33, 0, 1},
-                                {1, 1, 4, 1},
-                                {1, 1, 0, -0.5f},
-                                {1, 1, 0, 1.5f},
-                                {1, 1, 0, kNaN}}) {
+  for (const D3DGrowParam& p : {D3DGrowParam{33, 0, 0, 1}, {0, 33, 0, 1}, {1, 1, 4, 1}}) {
     Expect(kInvalid, PICTAVO_D3D_GROW, {p});
     Expect<D3DGrowRegionParam>(kInvalid, PICTAVO_D3D_GROW_REGION, {{kRegion, p, 0}});
+  }
+  for (const f32 bad : {-0.01f, 1.01f, kNaN}) {
+    Expect<D3DGrowParam>(kInvalid, PICTAVO_D3D_GROW, {{1, 1, 0, bad}});
+    Expect<D3DGrowRegionParam>(kInvalid, PICTAVO_D3D_GROW_REGION, {{kRegion, {1, 1, 0, bad}, 0}});
+    Expect<D3DFillParam>(kInvalid, PICTAVO_D3D_FILL,
+                         {{1, 1, 5, 5, bad, 0, 0, 1},
+                          {1, 1, 5, 5, 0, bad, 0, 1},
+                          {1, 1, 5, 5, 0, 0, bad, 1},
+                          {1, 1, 5, 5, 0, 0, 0, bad}});
+    Expect<D3DTintParam>(kInvalid, PICTAVO_D3D_TINT,
+                         {{0, 0, bad, 0, 0}, {0, 0, 0, bad, 0}, {0, 0, 0, 0, bad}});
   }
   Expect<D3DRegionFilterParam>(kInvalid, PICTAVO_D3D_FILTER_REGION,
                                {{kRegion, -1}, {kRegion, 129}});
