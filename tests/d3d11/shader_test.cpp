@@ -56,6 +56,18 @@ std::string Layout(const u8* rdef, const std::string& bufferName) {
   return text;
 }
 
+/// What a shader declares an output to hold, as a D3D_RESOURCE_RETURN_TYPE.
+u32 ReturnType(const u8* rdef, const char* output) {
+  constexpr u32 kBindingSize = 32;
+  for (u32 i = 0; i < Word(rdef + 8); ++i) {
+    const u8* binding = rdef + Word(rdef + 12) + kBindingSize * i;
+    if (std::strcmp(reinterpret_cast<const char*>(rdef + Word(binding)), output) == 0) {
+      return Word(binding + 8);
+    }
+  }
+  return 0;
+}
+
 const std::string kRegion =
     " u uSrcColorFormat u uDstColorFormat i nDstOriX i nDstOriY i nSrcRgnSx i nSrcRgnSy"
     " i nSrcRgnW i nSrcRgnH";
@@ -98,6 +110,7 @@ const std::pair<Shader, std::string> kBlocks[] = {
     {Shader::kFilterWeights, kWeights},
     {Shader::kFilterApply, kGrown},
     {Shader::kFilterApplyToRegion, kGrownRegion},
+    {Shader::kClipGrown, "32" + kRegion},
 };
 static_assert(std::size(kBlocks) == kShaderCount);
 
@@ -106,6 +119,11 @@ TEST(Shaders, HaveTheirParametersInTheirPlaces) {
     const u8* rdef = Chunk(kBytecode[static_cast<size_t>(shader)], "RDEF");
     EXPECT_EQ(Layout(rdef, "CSParam"), block) << "shader " << static_cast<int>(shader);
     EXPECT_EQ(Layout(rdef, "ColorKeys"), shader == Shader::kChromaKey ? kKeys : "");
+    constexpr u32 kUnorm = 1, kUint = 4, kFloat = 5;  // as the views that are bound
+    EXPECT_EQ(ReturnType(rdef, "txDst"), shader == Shader::kBoxBlurRows     ? kUint
+                                         : shader == Shader::kFilterWeights ? kFloat
+                                                                            : kUnorm)
+        << "shader " << static_cast<int>(shader);
   }
 }
 

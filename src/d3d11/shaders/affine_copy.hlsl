@@ -3,7 +3,7 @@
 #include "common.hlsli"
 
 Texture2D<float4> txMaterial0 : register(t0);
-RWTexture2D<float4> txDst : register(u0);
+RWTexture2D<unorm float4> txDst : register(u0);
 cbuffer CSParam : register(b0) {
   REGION_COPY_BLOCK
   int nFxSrcXStart, nFxSrcYStart;

@@ -4,7 +4,7 @@
 Texture2D<uint4> txSrc : register(t0);
 Texture2D<uint4> txRemainder : register(t1);
 Texture2D<uint4> txDivisor : register(t2);
-RWTexture2D<float4> txDst : register(u0);
+RWTexture2D<unorm float4> txDst : register(u0);
 
 struct Sum {
   uint4 whole, remainder;

@@ -1,7 +1,8 @@
 // What the shaders share.
 //
 // A view shows the pixels of either channel order as red, green, blue, alpha. A plane (format 2)
-// shows its byte as red; it stands for alpha, that of white pixels where a colour is wanted.
+// shows its byte as red; it stands for alpha, that of white pixels where a colour is wanted. Pictures
+// that are written are declared as the views of their formats are, unorm.
 
 static const uint kPlane = 2;
 

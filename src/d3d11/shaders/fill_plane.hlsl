@@ -1,5 +1,5 @@
 // Fills a plane from a place to its right and lower edges.
-RWTexture2D<float4> txDst : register(u0);
+RWTexture2D<unorm float4> txDst : register(u0);
 cbuffer CSParam : register(b0) {
   int nDstSx, nDstSy;
   float fColorA;

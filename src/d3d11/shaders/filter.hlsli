@@ -3,7 +3,9 @@
 
 Texture2D<float4> txMaterial0 : register(t0);
 Texture2D<float4> txFilter : register(t1);
-RWTexture2D<float4> txDst : register(u0);
+RWTexture2D<unorm float4> txDst : register(u0);
+
+uint WeightAt(int2 place) { return uint(txFilter.Load(int3(place, 0)).r * 256.0 + 0.5); }
 
 // The pixel with the most alpha around a place, alphas weighted by the middle of the filter that
 // the radii leave; the first in reading order where several have it. Clear pixels surround the
@@ -16,12 +18,13 @@ uint4 Grown(int2 place, int2 radius, uint format) {
   uint most = 0;
   uint4 grown = 0;
   for (int y = from.y; y <= to.y; ++y) {
-    for (int x = from.x; x <= to.x; ++x) {
+    const uint limit = 255 * WeightAt(middle + int2(0, y));  // a row weighs most in its middle
+    for (int x = from.x; x <= to.x && most < limit; ++x) {
       const int2 offset = int2(x, y);
       const uint4 pixel = LoadBytes(txMaterial0, place + offset, format);
-      const uint weight = uint(txFilter.Load(int3(middle + offset, 0)).r * 256.0 + 0.5);
-      if (pixel.a * weight > most) {
-        most = pixel.a * weight;
+      const uint weighted = pixel.a * WeightAt(middle + offset);
+      if (weighted > most) {
+        most = weighted;
         grown = uint4(pixel.rgb, (most + 128) / 256);
       }
     }

@@ -2,7 +2,7 @@
 #include "common.hlsli"
 
 Texture2D<float4> txMaterial0 : register(t0);
-RWTexture2D<float4> txDst : register(u0);
+RWTexture2D<unorm float4> txDst : register(u0);
 
 [numthreads(32, 32, 1)]
 void PlainCopy(uint3 id : SV_DispatchThreadID) {

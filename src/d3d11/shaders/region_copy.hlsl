@@ -2,7 +2,7 @@
 #include "common.hlsli"
 
 Texture2D<float4> txSrc : register(t0);
-RWTexture2D<float4> txDst : register(u0);
+RWTexture2D<unorm float4> txDst : register(u0);
 cbuffer CSParam : register(b0) { REGION_COPY_BLOCK };
 
 [numthreads(32, 32, 1)]
