@@ -38,8 +38,8 @@ UINT GroupsOf32(i64 length) {
 
 Pass PassOver(Shader shader, const Pictures& pictures, i64 width, i64 height) {
   return {.shader = shader,
-          .inputs = {pictures.src.texture},
-          .outputs = {pictures.dst.texture},
+          .inputs = {pictures.src.in.Get()},
+          .outputs = {pictures.dst.out.Get()},
           .groupsX = GroupsOf32(width),
           .groupsY = GroupsOf32(height)};
 }
@@ -63,32 +63,14 @@ u32 Computation::Run(const Pass& pass, const void* block, u32 blockSize) noexcep
 
 u32 Computation::Bind(const Pass& pass) noexcept {
   constexpr UINT kSlots = SavedState::kSlots;
-  std::array<ComPtr<ID3D11ShaderResourceView>, kSlots> inputs;
-  std::array<ComPtr<ID3D11UnorderedAccessView>, kSlots> outputs;
-  std::array<ID3D11ShaderResourceView*, kSlots> inputViews = {};
-  std::array<ID3D11UnorderedAccessView*, kSlots> outputViews = {};
-  for (size_t i = 0; i < kSlots; ++i) {
-    HRESULT result = S_OK;
-    if (pass.inputs[i] != nullptr) {
-      result = device_->CreateShaderResourceView(pass.inputs[i], nullptr,
-                                                 inputs[i].ReleaseAndGetAddressOf());
-    }
-    if (SUCCEEDED(result) && pass.outputs[i] != nullptr) {
-      result = device_->CreateUnorderedAccessView(pass.outputs[i], nullptr,
-                                                  outputs[i].ReleaseAndGetAddressOf());
-    }
-    if (FAILED(result)) return Code(result);
-    inputViews[i] = inputs[i].Get();
-    outputViews[i] = outputs[i].Get();
-  }
   // Outputs first: Direct3D takes inputs away that become outputs.
-  context_->CSSetUnorderedAccessViews(0, kSlots, outputViews.data(), nullptr);
-  context_->CSSetShaderResources(0, kSlots, inputViews.data());
+  context_->CSSetUnorderedAccessViews(0, kSlots, pass.outputs.data(), nullptr);
+  context_->CSSetShaderResources(0, kSlots, pass.inputs.data());
 
   // A source that the host still has bound for output elsewhere is silently not bound.
   std::array<ID3D11ShaderResourceView*, kSlots> bound = {};
   context_->CSGetShaderResources(0, kSlots, bound.data());
-  const bool complete = bound == inputViews;
+  const bool complete = bound == pass.inputs;
   for (ID3D11ShaderResourceView* view : bound) {
     if (view != nullptr) view->Release();
   }

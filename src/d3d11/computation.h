@@ -35,8 +35,8 @@ class SavedState {
 /// One run of a shader: what it reads and writes, in the order of the registers.
 struct Pass {
   Shader shader;
-  std::array<ID3D11Resource*, SavedState::kSlots> inputs;
-  std::array<ID3D11Resource*, SavedState::kSlots> outputs;
+  std::array<ID3D11ShaderResourceView*, SavedState::kSlots> inputs;
+  std::array<ID3D11UnorderedAccessView*, SavedState::kSlots> outputs;
   UINT groupsX, groupsY;
 };
 
@@ -50,7 +50,9 @@ Pass PassOver(Shader shader, const Pictures& pictures, i64 width, i64 height);
 class Computation {
  public:
   Computation(CPictavo_D3D* owner, const D3DCall& call) noexcept
-      : owner_(owner), device_(call.device), context_(call.context), saved_(call.context) {}
+      : owner_(owner), device_(call.device), context_(call.context), saved_(call.context) {
+    owner->UseDevice(call.device);
+  }
 
   /// A pass without parameters.
   u32 Run(const Pass& pass) noexcept { return Run(pass, nullptr, 0); }

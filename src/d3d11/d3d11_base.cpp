@@ -1,9 +1,10 @@
 #include "d3d11/d3d11_base.h"
 
 #include <mutex>
+#include <utility>
 
 #include "d3d11/code.h"
-#include "d3d11/shader_blocks.h"
+#include "d3d11/pictures.h"
 
 namespace pictavo {
 
@@ -47,6 +48,10 @@ void CD3D11Base::GetTextureSize(ID3D11Texture2D* texture, u32* width, u32* heigh
   *height = desc.Height;
 }
 
+CPictavo_D3D::CPictavo_D3D(CPictavo_D3D* partner) noexcept : partner_(partner) {
+  partner->partner_ = this;
+}
+
 CPictavo_D3D::~CPictavo_D3D() { ReleaseResources(); }
 
 void CPictavo_D3D::ReleaseResources() noexcept {
@@ -55,7 +60,19 @@ void CPictavo_D3D::ReleaseResources() noexcept {
     if (resource != nullptr) resource->Release();
     resource = nullptr;
   }
+  scratch_ = {};
   resourceDevice_ = nullptr;
+}
+
+void CPictavo_D3D::UseDevice(ID3D11Device* device) noexcept {
+  KeepOnly(device);
+  if (CPictavo_D3D* partner = partner_) partner->KeepOnly(device);
+}
+
+void CPictavo_D3D::KeepOnly(ID3D11Device* device) noexcept {
+  const std::lock_guard guard(resourceLock_);  // which ReleaseResources may take again
+  if (device != resourceDevice_) ReleaseResources();
+  resourceDevice_ = device;
 }
 
 ID3D11Texture2D* CPictavo_D3D::GetTexture(const ImageDesc* picture) noexcept {
@@ -88,14 +105,13 @@ template <typename T, typename Create>
 u32 CPictavo_D3D::GetResource(ID3D11Device* device, size_t index, T** result,
                               Create create) noexcept {
   const std::lock_guard guard(resourceLock_);
-  if (device != resourceDevice_) ReleaseResources();  // the lock may be taken twice
+  KeepOnly(device);
   IUnknown*& entry = resources_[index];
   if (entry == nullptr) {
     T* created = nullptr;
     const HRESULT code = create(&created);
     if (FAILED(code)) return d3d11::Code(code);
     entry = created;
-    resourceDevice_ = device;
   }
   entry->AddRef();
   *result = static_cast<T*>(entry);
@@ -123,6 +139,62 @@ u32 CPictavo_D3D::GetConstantBuffer(ID3D11Device* device, u32 size,
                                     .StructureByteStride = 0};
     return device->CreateBuffer(&desc, nullptr, created);
   });
+}
+
+u32 CPictavo_D3D::GetKeys(ID3D11Device* device, ID3D11Buffer** buffer,
+                          ID3D11ShaderResourceView** view) noexcept {
+  const u32 code = GetResource(device, kKeys, buffer, [&](ID3D11Buffer** created) {
+    const D3D11_BUFFER_DESC desc = {.ByteWidth = d3d11::kMostKeys * sizeof(d3d11::ColorKey),
+                                    .Usage = D3D11_USAGE_DEFAULT,
+                                    .BindFlags = D3D11_BIND_SHADER_RESOURCE,
+                                    .CPUAccessFlags = 0,
+                                    .MiscFlags = D3D11_RESOURCE_MISC_BUFFER_STRUCTURED,
+                                    .StructureByteStride = sizeof(d3d11::ColorKey)};
+    return device->CreateBuffer(&desc, nullptr, created);
+  });
+  if (code != PICTAVO_S_OK) return code;
+  return GetResource(device, kKeysView, view, [&](ID3D11ShaderResourceView** created) {
+    return device->CreateShaderResourceView(*buffer, nullptr, created);
+  });
+}
+
+namespace {
+
+bool Fits(const d3d11::Picture& picture, u32 width, u32 height, DXGI_FORMAT format) {
+  if (!picture.texture) return false;
+  D3D11_TEXTURE2D_DESC desc;
+  picture.texture->GetDesc(&desc);
+  return desc.Width == width && desc.Height == height && desc.Format == format;
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::GetScratch(ID3D11Device* device, d3d11::Scratch which, u32 width, u32 height,
+                             DXGI_FORMAT format, d3d11::Picture* picture) noexcept {
+  *picture = ExchangeScratch(device, which, {});
+  if (!Fits(*picture, width, height, format)) {
+    *picture = {.texture = {},
+                .width = static_cast<i32>(width),
+                .height = static_cast<i32>(height),
+                .format = d3d11::kRgba,
+                .in = {},
+                .out = {}};
+    u32 code = CreateTexture2D(device, width, height, format, d3d11::kInAndOut,
+                               picture->texture.GetAddressOf());
+    if (code == PICTAVO_S_OK) code = d3d11::CreateInput(device, picture);
+    if (code == PICTAVO_S_OK) code = d3d11::CreateOutput(device, picture);
+    if (code != PICTAVO_S_OK) return code;
+  }
+  ExchangeScratch(device, which, *picture);
+  return PICTAVO_S_OK;
+}
+
+d3d11::Picture CPictavo_D3D::ExchangeScratch(ID3D11Device* device, d3d11::Scratch which,
+                                             d3d11::Picture picture) noexcept {
+  const std::lock_guard guard(resourceLock_);
+  KeepOnly(device);
+  std::swap(scratch_[static_cast<size_t>(which)], picture);
+  return picture;
 }
 
 }  // namespace pictavo

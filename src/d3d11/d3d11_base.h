@@ -5,6 +5,7 @@
 #include <wrl/client.h>
 
 #include <array>
+#include <atomic>
 
 #include "d3d11/shader_bytecode.h"
 #include "frame/common_utility.h"
@@ -16,8 +17,24 @@ namespace pictavo {
 using Microsoft::WRL::ComPtr;
 
 namespace d3d11 {
-struct Pass;
-}
+
+class Computation;
+
+/// A picture of a call, or one in between, and views of it to bind.
+struct Picture {
+  ComPtr<ID3D11Texture2D> texture;
+  i32 width = 0;
+  i32 height = 0;
+  u32 format = 0;  // a ColorFormat
+  ComPtr<ID3D11ShaderResourceView> in;
+  ComPtr<ID3D11UnorderedAccessView> out;
+};
+
+/// The pictures in between. One is kept for the next call that wants its size.
+enum class Scratch : size_t { kSums, kRemainders, kDivisors, kFirst, kSecond, kPatch, kWeights };
+inline constexpr size_t kScratchCount = 7;
+
+}  // namespace d3d11
 
 /// What every Direct3D 11 part owns: a memory-manager client, made by the first operation that
 /// creates a texture.
@@ -53,14 +70,18 @@ struct D3DCall {
   const ImageDesc* src;  // not read by operations without a source
 };
 
-/// The compute operations, and the objects of the device that they share: shaders and constant
-/// buffers, made on demand and kept for the next call on that device.
+/// The compute operations, and the objects of the device that they share: shaders, buffers and
+/// pictures in between, made on demand and kept for the next call on that device.
 class CPictavo_D3D : public CD3D11Base {
  public:
+  CPictavo_D3D() = default;
   ~CPictavo_D3D() override;
 
-  /// Releases every object of the resource table, in its order.
+  /// Releases every object of the resource table, in its order, and the pictures in between.
   void ReleaseResources() noexcept;
+
+  /// Releases what this object and its partner keep of other devices.
+  void UseDevice(ID3D11Device* device) noexcept;
 
   /// A picture's texture, which stays the host's; null when the record has none.
   static ID3D11Texture2D* GetTexture(const ImageDesc* picture) noexcept;
@@ -75,6 +96,15 @@ class CPictavo_D3D : public CD3D11Base {
   u32 GetShader(ID3D11Device* device, d3d11::Shader shader, ID3D11ComputeShader** result) noexcept;
   u32 GetConstantBuffer(ID3D11Device* device, u32 size, ID3D11Buffer** result) noexcept;
 
+  /// The table's buffer for keys, and a view of it.
+  u32 GetKeys(ID3D11Device* device, ID3D11Buffer** buffer,
+              ID3D11ShaderResourceView** view) noexcept;
+
+  /// A picture in between, of any content. The one that is kept serves when it has that size and
+  /// format. @return PICTAVO_S_OK or the failure of CreateTexture2D or the device
+  u32 GetScratch(ID3D11Device* device, d3d11::Scratch which, u32 width, u32 height,
+                 DXGI_FORMAT format, d3d11::Picture* picture) noexcept;
+
   // The operations of D3DComputeOp and BoxBlurD3D, as pictavo.h states them.
   u32 PlainCopy(const D3DCall& call) noexcept;
   u32 BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexcept;
@@ -87,39 +117,49 @@ class CPictavo_D3D : public CD3D11Base {
   u32 ColourFromSource(const D3DCall& call, const D3DTintParam* param) noexcept;
   u32 ApplyKeys(const D3DCall& call, const D3DKeyParam* param) noexcept;
 
+ protected:
+  /// Leaves devices together with another object from now on; both go at one time.
+  explicit CPictavo_D3D(CPictavo_D3D* partner) noexcept;
+
  private:
-  // The table: the shaders, then constant buffers of one to four units.
+  // The table: the shaders, then constant buffers of one to four units, the keys and their view.
   static constexpr size_t kConstantUnit = 16, kConstantBuffers = 4;
-  static_assert(d3d11::kShaderCount + kConstantBuffers <= 25);
+  static constexpr size_t kKeys = d3d11::kShaderCount + kConstantBuffers, kKeysView = kKeys + 1;
+  static_assert(kKeysView < 25);
 
   template <typename T, typename Create>
   u32 GetResource(ID3D11Device* device, size_t index, T** result, Create create) noexcept;
+  d3d11::Picture ExchangeScratch(ID3D11Device* device, d3d11::Scratch which,
+                                 d3d11::Picture picture) noexcept;
+  void KeepOnly(ID3D11Device* device) noexcept;
 
-  CriticalSection resourceLock_;  // guards resources_ and resourceDevice_
+  CriticalSection resourceLock_;  // guards all below but partner_
   std::array<IUnknown*, 25> resources_ = {};
-  ID3D11Device* resourceDevice_ = nullptr;  // kept alive by the resources
+  std::array<d3d11::Picture, d3d11::kScratchCount> scratch_;
+  ID3D11Device* resourceDevice_ = nullptr;  // kept alive by what is kept of it
+  std::atomic<CPictavo_D3D*> partner_ = nullptr;
 };
 
 /// Grows pictures by filters. Made by the first operation that needs it, with a memory-manager
 /// client of its own.
 class CPictavo_Dilation : public CPictavo_D3D {
  public:
-  CPictavo_Dilation() noexcept;
+  explicit CPictavo_Dilation(CPictavo_D3D* owner) noexcept;
   ~CPictavo_Dilation() override;
 
   u32 Grow(const D3DCall& call, const D3DGrowParam* param) noexcept;
   u32 GrowRegion(const D3DCall& call, const D3DGrowRegionParam* param) noexcept;
 
  private:
-  /// Makes a filter's weights and runs the pass that reads them.
-  template <typename Block>
-  u32 Apply(const D3DCall& call, const D3DGrowParam& filter, d3d11::Pass* pass,
-            const Block& block) noexcept;
-  ComPtr<ID3D11Texture2D> ExchangeWeights(ComPtr<ID3D11Texture2D> weights) noexcept;
+  struct Growth;
+
+  u32 Weigh(d3d11::Computation* computation, const Growth& growth, u32 radius,
+            d3d11::Picture* weights) noexcept;
+  u32 Search(d3d11::Computation* computation, const Growth& growth, u32 radius) noexcept;
+  u32 SearchSquare(d3d11::Computation* computation, const Growth& growth) noexcept;
+  u32 Apply(const D3DCall& call, const Growth& growth) noexcept;
 
   CCommonUtility* filterUtility_;
-  CriticalSection weightsLock_;      // guards weights_
-  ComPtr<ID3D11Texture2D> weights_;  // of the last filter, for the next one of its size
 };
 
 }  // namespace pictavo

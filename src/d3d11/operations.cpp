@@ -12,13 +12,6 @@ namespace pictavo {
 
 using namespace d3d11;
 
-namespace {
-
-constexpr i32 kLargestTexture = D3D11_REQ_TEXTURE2D_U_OR_V_DIMENSION;
-constexpr u32 kInAndOut = D3D11_BIND_SHADER_RESOURCE | D3D11_BIND_UNORDERED_ACCESS;
-
-}  // namespace
-
 u32 CPictavo_D3D::PlainCopy(const D3DCall& call) noexcept {
   Pictures pictures;
   const u32 code = OpenPictures(call, true, &pictures);
@@ -42,6 +35,8 @@ u32 CPictavo_D3D::RegionCopy(const D3DCall& call, const D3DRegion* param) noexce
 }
 
 namespace {
+
+constexpr DXGI_FORMAT kScratchFormat = DXGI_FORMAT_R8G8B8A8_UNORM;
 
 /// A region's start so near that the shader can count from it. Beyond, all is edge anyway.
 void KeepNear(Stretch* stretch) {
@@ -77,33 +72,33 @@ u32 CPictavo_D3D::RegionFilter(const D3DCall& call, const D3DRegionFilterParam* 
       asked.height > kLargestTexture) {
     return PICTAVO_E_INVALIDARG;
   }
-  if (Region(asked).InDestination(pictures.dst).Empty()) return PICTAVO_S_FALSE;
-
-  // The copied region, and its filtered rows.
-  ComPtr<ID3D11Texture2D> copied, rows;
-  for (ID3D11Texture2D** texture : {copied.GetAddressOf(), rows.GetAddressOf()}) {
-    code =
-        CreateTexture2D(call.device, static_cast<u32>(asked.width), static_cast<u32>(asked.height),
-                        DXGI_FORMAT_R8G8B8A8_UNORM, kInAndOut, texture);
-    if (code != PICTAVO_S_OK) return code;
-  }
-  const Picture copiedPicture = {copied.Get(), asked.width, asked.height, kRgba};
-  const Picture rowsPicture = {rows.Get(), asked.width, asked.height, kRgba};
+  const Region whole(asked);
+  Region part = Region(asked).InDestination(pictures.dst);
+  if (part.Empty()) return PICTAVO_S_FALSE;
+  // What is seen, and around it what that is made of.
+  part.x = part.x.WithMargin(param->radius, whole.x);
+  part.y = part.y.WithMargin(param->radius, whole.y);
+  const auto width = static_cast<u32>(part.x.length), height = static_cast<u32>(part.y.length);
 
   Computation computation(this, call);
-  const auto filter = [&](Shader shader, const Pictures& pass, i32 dstX, i32 dstY) {
-    const Region region({dstX, dstY, 0, 0, asked.width, asked.height});
+  Picture copied, rows;
+  code = GetScratch(call.device, Scratch::kFirst, width, height, kScratchFormat, &copied);
+  if (code != PICTAVO_S_OK) return code;
+  code = GetScratch(call.device, Scratch::kSecond, width, height, kScratchFormat, &rows);
+  if (code != PICTAVO_S_OK) return code;
+
+  const auto filter = [&](Shader shader, const Pictures& pass, i64 dstX, i64 dstY) {
+    const Region region({dstX, 0, width}, {dstY, 0, height});
     return computation.Run(
-        PassOver(shader, pass, asked.width, asked.height),
+        PassOver(shader, pass, width, height),
         RegionFilterBlock{.region = BlockOf(region, pass), .nRadius = param->radius});
   };
-  code =
-      CopyMaterial(&computation, Region({0, 0, asked.srcX, asked.srcY, asked.width, asked.height}),
-                   {copiedPicture, pictures.src});
+  code = CopyMaterial(&computation, Region({0, part.x.src, width}, {0, part.y.src, height}),
+                      {copied, pictures.src});
   if (code != PICTAVO_S_OK) return code;
-  code = filter(Shader::kRegionFilterRows, {rowsPicture, copiedPicture}, 0, 0);
+  code = filter(Shader::kRegionFilterRows, {rows, copied}, 0, 0);
   if (code != PICTAVO_S_OK) return code;
-  return filter(Shader::kRegionFilterColumns, {pictures.dst, rowsPicture}, asked.dstX, asked.dstY);
+  return filter(Shader::kRegionFilterColumns, {pictures.dst, rows}, part.x.dst, part.y.dst);
 }
 
 u32 CPictavo_D3D::ScaledCopy(const D3DCall& call, const D3DScaleParam* param) noexcept {
@@ -225,20 +220,18 @@ u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept 
   }
 
   // The shaders know no right and lower edges but a texture's: one of the rectangle's size.
-  Picture patch = {nullptr, right - left, bottom - top, dst.format};
-  ComPtr<ID3D11Texture2D> texture;
-  code =
-      CreateTexture2D(call.device, static_cast<u32>(patch.width), static_cast<u32>(patch.height),
-                      FormatOf(dst.texture), D3D11_BIND_UNORDERED_ACCESS, texture.GetAddressOf());
-  if (code != PICTAVO_S_OK) return code;
-  patch.texture = texture.Get();
+  Picture patch;
   {
     Computation computation(this, call);
+    code = GetScratch(call.device, Scratch::kPatch, static_cast<u32>(right - left),
+                      static_cast<u32>(bottom - top), FormatOf(dst.texture.Get()), &patch);
+    if (code != PICTAVO_S_OK) return code;
+    patch.format = dst.format;
     code = FillFrom(&computation, patch, 0, 0, *param);
   }
   if (code != PICTAVO_S_OK) return code;
-  call.context->CopySubresourceRegion(dst.texture, 0, static_cast<UINT>(left),
-                                      static_cast<UINT>(top), 0, patch.texture, 0, nullptr);
+  call.context->CopySubresourceRegion(dst.texture.Get(), 0, static_cast<UINT>(left),
+                                      static_cast<UINT>(top), 0, patch.texture.Get(), 0, nullptr);
   return PICTAVO_S_OK;
 }
 
@@ -265,11 +258,11 @@ u32 CPictavo_D3D::ColourFromSource(const D3DCall& call, const D3DTintParam* para
 
 namespace {
 
-/// A buffer of the keys as the shader takes them.
-u32 CreateKeyBuffer(ID3D11Device* device, const D3DKeyParam& param, ID3D11Buffer** buffer) {
+/// The keys as the shader takes them, into its buffer.
+bool WriteKeys(ID3D11DeviceContext* context, const D3DKeyParam& param, ID3D11Buffer* buffer) {
   const auto count = static_cast<size_t>(param.keyCount);
   const std::unique_ptr<ColorKey[]> keys(new (std::nothrow) ColorKey[count]);
-  if (keys == nullptr) return PICTAVO_E_OUTOFMEMORY;
+  if (keys == nullptr) return false;
   for (size_t i = 0; i < count; ++i) {
     const ChromaKey& key = param.keys[i];
     keys[i] = {.r = static_cast<f32>(key.keyR),
@@ -278,14 +271,9 @@ u32 CreateKeyBuffer(ID3D11Device* device, const D3DKeyParam& param, ID3D11Buffer
                .angle = key.angle,
                .denoise = key.denoise};
   }
-  const D3D11_BUFFER_DESC desc = {.ByteWidth = static_cast<UINT>(count * sizeof(ColorKey)),
-                                  .Usage = D3D11_USAGE_IMMUTABLE,
-                                  .BindFlags = D3D11_BIND_SHADER_RESOURCE,
-                                  .CPUAccessFlags = 0,
-                                  .MiscFlags = D3D11_RESOURCE_MISC_BUFFER_STRUCTURED,
-                                  .StructureByteStride = sizeof(ColorKey)};
-  const D3D11_SUBRESOURCE_DATA data = {keys.get(), 0, 0};
-  return Code(device->CreateBuffer(&desc, &data, buffer));
+  const D3D11_BOX bytes = {0, 0, 0, static_cast<UINT>(count * sizeof(ColorKey)), 1, 1};
+  context->UpdateSubresource(buffer, 0, &bytes, keys.get(), 0, 0);
+  return true;
 }
 
 }  // namespace
@@ -295,17 +283,19 @@ u32 CPictavo_D3D::ApplyKeys(const D3DCall& call, const D3DKeyParam* param) noexc
   u32 code = OpenPictures(call, param, &pictures);
   if (code != PICTAVO_S_OK) return code;
   if (param->keys == nullptr) return PICTAVO_E_POINTER;
-  if (param->keyCount < 1 || param->keyCount > 1024) return PICTAVO_E_INVALIDARG;
+  if (param->keyCount < 1 || param->keyCount > kMostKeys) return PICTAVO_E_INVALIDARG;
   const Region region = Region(param->region).InDestination(pictures.dst).InSource(pictures.src);
   if (region.Empty()) return PICTAVO_S_FALSE;
+  Computation computation(this, call);
   ComPtr<ID3D11Buffer> keys;
-  code = CreateKeyBuffer(call.device, *param, keys.ReleaseAndGetAddressOf());
+  ComPtr<ID3D11ShaderResourceView> view;
+  code = GetKeys(call.device, &keys, &view);
   if (code != PICTAVO_S_OK) return code;
+  if (!WriteKeys(call.context, *param, keys.Get())) return PICTAVO_E_OUTOFMEMORY;
   Pass pass = PassOver(Shader::kChromaKey, pictures, region.x.length, region.y.length);
-  pass.inputs[1] = keys.Get();
-  return Computation(this, call)
-      .Run(pass, ChromaKeyBlock{.region = BlockOf(region, pictures),
-                                .uKeys = static_cast<u32>(param->keyCount)});
+  pass.inputs[1] = view.Get();
+  return computation.Run(pass, ChromaKeyBlock{.region = BlockOf(region, pictures),
+                                              .uKeys = static_cast<u32>(param->keyCount)});
 }
 
 namespace {
@@ -341,28 +331,33 @@ u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexce
   radiusX = std::min(radiusX, width);
   radiusY = std::min(radiusY, height);
 
-  ComPtr<ID3D11Texture2D> sums, remainders, divisors;
+  // Sums are bytes again when divided, and remainders less than the widest window.
+  const bool plane = dst.format == kPlane, narrow = 2 * radiusX + 1 <= 256;
+  const DXGI_FORMAT bytes = plane ? DXGI_FORMAT_R8_UINT : DXGI_FORMAT_R8G8B8A8_UINT;
+  const DXGI_FORMAT words = plane ? DXGI_FORMAT_R16_UINT : DXGI_FORMAT_R16G16B16A16_UINT;
+  Computation computation(this, call);
+  Picture sums, remainders, divisors;
   const struct {
-    ID3D11Texture2D** texture;
+    Scratch which;
     u32 height;
     DXGI_FORMAT format;
-  } wanted[] = {{sums.GetAddressOf(), height, DXGI_FORMAT_R8G8B8A8_UINT},
-                {remainders.GetAddressOf(), height, DXGI_FORMAT_R16G16B16A16_UINT},
-                {divisors.GetAddressOf(), 1, DXGI_FORMAT_R16G16B16A16_UINT}};
+    Picture* picture;
+  } wanted[] = {{Scratch::kSums, height, bytes, &sums},
+                {Scratch::kRemainders, height, narrow ? bytes : words, &remainders},
+                {Scratch::kDivisors, 1, DXGI_FORMAT_R16_UINT, &divisors}};
   for (const auto& w : wanted) {
-    code = CreateTexture2D(call.device, width, w.height, w.format, kInAndOut, w.texture);
+    code = GetScratch(call.device, w.which, width, w.height, w.format, w.picture);
     if (code != PICTAVO_S_OK) return code;
   }
 
-  Computation computation(this, call);
   const Pass rows = {.shader = Shader::kBoxBlurRows,
-                     .inputs = {src.texture},
-                     .outputs = {sums.Get(), remainders.Get(), divisors.Get()},
+                     .inputs = {src.in.Get()},
+                     .outputs = {sums.out.Get(), remainders.out.Get(), divisors.out.Get()},
                      .groupsX = GroupsOf32(height),
                      .groupsY = StretchesOf(width, radiusX)};
   const Pass columns = {.shader = Shader::kBoxBlurColumns,
-                        .inputs = {sums.Get(), remainders.Get(), divisors.Get()},
-                        .outputs = {dst.texture},
+                        .inputs = {sums.in.Get(), remainders.in.Get(), divisors.in.Get()},
+                        .outputs = {dst.out.Get()},
                         .groupsX = GroupsOf32(width),
                         .groupsY = StretchesOf(height, radiusY)};
   const auto block = [&](u32 radius) {

@@ -12,10 +12,16 @@ bool SameObject(IUnknown* a, IUnknown* b) {
   return identityA.Get() == identityB.Get();
 }
 
+bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device) {
+  ComPtr<ID3D11Device> owner;
+  child->GetDevice(owner.ReleaseAndGetAddressOf());
+  return SameObject(owner.Get(), device);
+}
+
 u32 OpenPicture(ID3D11Device* device, const ImageDesc* desc, u32 bindFlag, Picture* picture) {
   picture->texture = CPictavo_D3D::GetTexture(desc);
-  if (picture->texture == nullptr) return PICTAVO_E_POINTER;
-  if (CPictavo_D3D::GetColorFormat(picture->texture, &picture->format) != PICTAVO_S_OK) {
+  if (!picture->texture) return PICTAVO_E_POINTER;
+  if (CPictavo_D3D::GetColorFormat(picture->texture.Get(), &picture->format) != PICTAVO_S_OK) {
     return PICTAVO_E_FAIL;
   }
   D3D11_TEXTURE2D_DESC texture;
@@ -23,7 +29,8 @@ u32 OpenPicture(ID3D11Device* device, const ImageDesc* desc, u32 bindFlag, Pictu
   picture->width = static_cast<i32>(texture.Width);
   picture->height = static_cast<i32>(texture.Height);
   const bool usable = texture.ArraySize == 1 && texture.SampleDesc.Count == 1 &&
-                      (texture.BindFlags & bindFlag) != 0 && BelongsTo(picture->texture, device);
+                      (texture.BindFlags & bindFlag) != 0 &&
+                      BelongsTo(picture->texture.Get(), device);
   return usable ? PICTAVO_S_OK : PICTAVO_E_INVALIDARG;
 }
 
@@ -37,18 +44,25 @@ u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures) {
   if (!BelongsTo(call.context, call.device)) return PICTAVO_E_INVALIDARG;
   const HRESULT removed = call.device->GetDeviceRemovedReason();
   if (FAILED(removed)) return Code(removed);
-  u32 code = OpenPicture(call.device, call.dst, D3D11_BIND_UNORDERED_ACCESS, &pictures->dst);
-  if (code != PICTAVO_S_OK || !hasSource) return code;
-  code = OpenPicture(call.device, call.src, D3D11_BIND_SHADER_RESOURCE, &pictures->src);
-  if (code != PICTAVO_S_OK) return code;
-  const bool same = SameObject(pictures->dst.texture, pictures->src.texture);
-  return same ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
+  auto& [dst, src] = *pictures;
+  u32 code = OpenPicture(call.device, call.dst, D3D11_BIND_UNORDERED_ACCESS, &dst);
+  if (code == PICTAVO_S_OK && hasSource) {
+    code = OpenPicture(call.device, call.src, D3D11_BIND_SHADER_RESOURCE, &src);
+    if (code != PICTAVO_S_OK) return code;
+    if (SameObject(dst.texture.Get(), src.texture.Get())) return PICTAVO_E_INVALIDARG;
+    code = CreateInput(call.device, &src);
+  }
+  return code == PICTAVO_S_OK ? CreateOutput(call.device, &dst) : code;
 }
 
-bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device) {
-  ComPtr<ID3D11Device> owner;
-  child->GetDevice(owner.ReleaseAndGetAddressOf());
-  return SameObject(owner.Get(), device);
+u32 CreateInput(ID3D11Device* device, Picture* picture) {
+  return Code(device->CreateShaderResourceView(picture->texture.Get(), nullptr,
+                                               picture->in.ReleaseAndGetAddressOf()));
+}
+
+u32 CreateOutput(ID3D11Device* device, Picture* picture) {
+  return Code(device->CreateUnorderedAccessView(picture->texture.Get(), nullptr,
+                                                picture->out.ReleaseAndGetAddressOf()));
 }
 
 bool BothColourOrBothPlanes(const Pictures& pictures) {

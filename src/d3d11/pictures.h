@@ -11,19 +11,14 @@
 
 namespace pictavo::d3d11 {
 
-/// A picture of a call. The texture stays the host's.
-struct Picture {
-  ID3D11Texture2D* texture = nullptr;
-  i32 width = 0;
-  i32 height = 0;
-  u32 format = kBgra;
-};
+inline constexpr i32 kLargestTexture = D3D11_REQ_TEXTURE2D_U_OR_V_DIMENSION;
+inline constexpr u32 kInAndOut = D3D11_BIND_SHADER_RESOURCE | D3D11_BIND_UNORDERED_ACCESS;
 
 struct Pictures {
   Picture dst, src;
 };
 
-/// Checks a call and finds its pictures, without a source where the operation has none. @return the
+/// Checks a call and opens its pictures, without a source where the operation has none. @return the
 /// code to refuse the call with, or PICTAVO_S_OK
 u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures);
 
@@ -34,7 +29,9 @@ u32 OpenPictures(const D3DCall& call, const Param* param, Pictures* pictures,
   return param == nullptr ? PICTAVO_E_POINTER : OpenPictures(call, hasSource, pictures);
 }
 
-bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device);
+/// Makes a picture's view to read it, and to write it.
+u32 CreateInput(ID3D11Device* device, Picture* picture);
+u32 CreateOutput(ID3D11Device* device, Picture* picture);
 
 bool BothColourOrBothPlanes(const Pictures& pictures);
 bool AnyPlane(const Pictures& pictures);
@@ -46,6 +43,13 @@ i32 CommonHeight(const Pictures& pictures);
 /// What remains of a region along one axis.
 struct Stretch {
   i64 dst, src, length;
+
+  /// With a margin to either side, as far as the whole of it has one.
+  Stretch WithMargin(i64 margin, const Stretch& whole) const {
+    const i64 before = std::min(margin, dst - whole.dst);
+    const i64 after = std::min(margin, whole.dst + whole.length - dst - length);
+    return {dst - before, src - before, before + length + after};
+  }
 
   /// Inside a destination of a size …
   Stretch InDestination(i64 size) const {
@@ -62,6 +66,7 @@ struct Stretch {
 struct Region {
   Stretch x, y;
 
+  Region(const Stretch& columns, const Stretch& rows) : x(columns), y(rows) {}
   explicit Region(const D3DRegion& r) : x{r.dstX, r.srcX, r.width}, y{r.dstY, r.srcY, r.height} {}
 
   Region& InDestination(const Picture& dst) {

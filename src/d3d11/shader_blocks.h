@@ -37,6 +37,8 @@ struct ColorKey {
 };
 static_assert(sizeof(ColorKey) == 32);
 
+inline constexpr i32 kMostKeys = 1024;
+
 struct RegionFilterBlock {
   RegionCopyBlock region;
   i32 nRadius;

@@ -103,7 +103,7 @@ void* Pictavo::EnsureRenderHost() noexcept {
 
 bool Pictavo::EnsureDilation() noexcept {
   const std::lock_guard guard(moduleLock);
-  if (dilation == nullptr) dilation = new (std::nothrow) CPictavo_Dilation();
+  if (dilation == nullptr) dilation = new (std::nothrow) CPictavo_Dilation(this);
   return dilation != nullptr;
 }
 

@@ -48,9 +48,13 @@ struct Op {
 struct DeviceMethod {
   const char* name;
   size_t place;
-} const kDeviceMethods[] = {
-    {"CreateBuffer", 3},         {"CreateTexture2D", 5},           {"CreateShaderResourceView", 7},
-    {"CreateComputeShader", 18}, {"CreateUnorderedAccessView", 8}, {"GetDeviceRemovedReason", 39}};
+  int callsAnyway;  // at every operation
+} const kDeviceMethods[] = {{"CreateBuffer", 3, 0},
+                            {"CreateTexture2D", 5, 0},
+                            {"CreateComputeShader", 18, 0},
+                            {"CreateShaderResourceView", 7, 1},
+                            {"GetDeviceRemovedReason", 39, 1},
+                            {"CreateUnorderedAccessView", 8, 1}};
 
 /// Makes a method of an object's class fail for this object's life, after some calls that do not.
 class Failing {
@@ -324,14 +328,34 @@ TEST_F(Failures, NothingIsKeptOfADeviceAfterTheNext) {
   const Texture source = other.Upload(picture_), destination = other.Upload(picture_);
   const ImageDesc src = Describe(source), dst = Describe(destination);
   const ULONG before = References(other.device.Get());
-  for (const Op& op : kOps) {
-    EXPECT_EQ(interface_->D3DComputeOp(op.code, 0, other.device.Get(), other.context.Get(), &dst,
-                                       &src, op.param),
-              kOk);
+  // One operation of each class of objects that keep something.
+  for (const Op& next : {kOps[0], kOps[2]}) {
+    for (const Op& op : kOps) {
+      EXPECT_EQ(interface_->D3DComputeOp(op.code, 0, other.device.Get(), other.context.Get(), &dst,
+                                         &src, op.param),
+                kOk);
+    }
+    EXPECT_GT(References(other.device.Get()), before);
+    EXPECT_EQ(Run(next.code, next.param), kOk);
+    EXPECT_EQ(References(other.device.Get()), before);
   }
-  EXPECT_GT(References(other.device.Get()), before);
-  for (const Op& op : kOps) EXPECT_EQ(Run(op.code, op.param), kOk);
-  EXPECT_EQ(References(other.device.Get()), before);
+}
+
+TEST_F(Failures, NothingIsMadeTwiceButViewsOfTheHostsPictures) {
+  const ULONG before = References(source_.Get()) + References(destination_.Get());
+  for (const Op& op : kOps) {
+    EXPECT_EQ(Run(op.code, op.param), kOk);
+    for (const DeviceMethod& method : kDeviceMethods) {
+      const Failing failing(device, method.place, method.callsAnyway);
+      EXPECT_EQ(Run(op.code, op.param), kOk) << "operation " << op.code << ", " << method.name;
+    }
+  }
+  EXPECT_EQ(References(source_.Get()) + References(destination_.Get()), before);
+  // No larger than what is seen and a margin: 10 pixels of 16384.
+  Expect<D3DRegionFilterParam>(kOk, PICTAVO_D3D_FILTER_REGION, {{{-9, -9, 0, 0, 16384, 16384}, 1}});
+  d3d11::Picture kept;
+  const Failing failing(device, kDeviceMethods[1].place, 0);
+  EXPECT_EQ(object_.GetScratch(device, d3d11::Scratch::kFirst, 10, 10, kRgba, &kept), kOk);
 }
 
 TEST_F(Failures, SourcesThatAreBoundForOutput) {

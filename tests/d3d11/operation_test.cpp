@@ -150,6 +150,7 @@ TEST_F(Operations, FilterRegions) {
   const D3DRegionFilterParam params[] = {{{3, 5, 11, 7, 33, 31}, 4},
                                          {{-9, -4, -5, -8, 60, 50}, 1},
                                          {{40, 30, 41, 20, 100, 70}, 0},
+                                         {{-90, -70, -40, -30, 260, 240}, 20},
                                          {{0, 0, 0, 0, 70, 45}, 128}};
   for (const D3DRegionFilterParam& p : params) {
     const D3DRegion& r = p.region;
@@ -297,6 +298,29 @@ TEST_F(Operations, GrowPicturesAndRegions) {
       Check({name, PICTAVO_D3D_GROW_REGION, &p, Region(r, rule(clip))});
       clip = 1 - clip;
     }
+  }
+}
+
+TEST_F(Operations, GrowWidePicturesInBands) {
+  Image src(2048, 70, kBgra, random_);
+  for (size_t i = 3; i < src.bytes.size(); i += 4) src.bytes[i] = 255;
+  const Image expected(Made(src.width, src.height,
+                            [&](int x, int y) {
+                              int i = 0;  // all have the most alpha: the first of the disc
+                              const auto u = [&] { return x + i % 65 - 32; };
+                              const auto v = [&] { return y + i / 65 - 32; };
+                              while (std::hypot(u() - x, v() - y) > 32.5 || !src.Has(u(), v())) ++i;
+                              return src.Get(u(), v());
+                            }),
+                       kBgra);
+  const D3DGrowParam disc = {32, 32, 1, 1};
+  const D3DGrowRegionParam region = {{0, 0, 0, 0, src.width, src.height}, disc, 0};
+  const Texture from = device_.Upload(src);
+  for (const i32 code : {PICTAVO_D3D_GROW, PICTAVO_D3D_GROW_REGION}) {
+    const Texture to = device_.Upload(Image(src.width, src.height, kBgra));
+    const void* param = code == PICTAVO_D3D_GROW ? static_cast<const void*>(&disc) : &region;
+    ASSERT_EQ(Run(code, param, Describe(to), Describe(from)), PICTAVO_S_OK);
+    EXPECT_EQ(expected.Difference(device_.Download(to.Get())), "");
   }
 }
 
