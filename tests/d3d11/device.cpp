@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace pictavo::test {
 
@@ -55,14 +58,35 @@ std::string Image::Difference(const Image& other, int tolerance) const {
 
 Device::Device() {
   const D3D_FEATURE_LEVEL level = D3D_FEATURE_LEVEL_11_0;
-  for (const D3D_DRIVER_TYPE type : {D3D_DRIVER_TYPE_HARDWARE, D3D_DRIVER_TYPE_WARP}) {
-    if (SUCCEEDED(D3D11CreateDevice(nullptr, type, nullptr, 0, &level, 1, D3D11_SDK_VERSION,
+  const char* asked = std::getenv("PICTAVO_D3D11_DEVICE");
+  const UINT flags = asked != nullptr ? D3D11_CREATE_DEVICE_DEBUG : 0;
+  for (const auto& [name, type] :
+       {std::pair{"card", D3D_DRIVER_TYPE_HARDWARE}, std::pair{"software", D3D_DRIVER_TYPE_WARP}}) {
+    if (asked != nullptr && std::strcmp(asked, name) != 0) continue;
+    if (SUCCEEDED(D3D11CreateDevice(nullptr, type, nullptr, flags, &level, 1, D3D11_SDK_VERSION,
                                     device.ReleaseAndGetAddressOf(), nullptr,
                                     context.ReleaseAndGetAddressOf()))) {
       return;
     }
   }
-  throw std::runtime_error("there is no Direct3D 11 device");
+  throw std::runtime_error("there is no such Direct3D 11 device, or no debug layer");
+}
+
+std::string Device::Complaints() const {
+  std::string text;
+  ComPtr<ID3D11InfoQueue> queue;
+  if (FAILED(device->QueryInterface(IID_PPV_ARGS(&queue)))) return text;
+  for (UINT64 i = 0; i < queue->GetNumStoredMessages(); ++i) {
+    SIZE_T size = 0;
+    queue->GetMessage(i, nullptr, &size);
+    const std::unique_ptr<char[]> bytes(new char[size]);
+    auto* message = reinterpret_cast<D3D11_MESSAGE*>(bytes.get());
+    queue->GetMessage(i, message, &size);
+    if (message->Severity > D3D11_MESSAGE_SEVERITY_WARNING) continue;
+    text.append(message->pDescription).append("\n");
+  }
+  queue->ClearStoredMessages();
+  return text;
 }
 
 Texture Device::Upload(const Image& image, u32 bindFlags) const {

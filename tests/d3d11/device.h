@@ -48,12 +48,16 @@ inline constexpr u32 kInAndOut = D3D11_BIND_SHADER_RESOURCE | D3D11_BIND_UNORDER
 using Microsoft::WRL::ComPtr;
 using Texture = ComPtr<ID3D11Texture2D>;
 
-/// A device, the graphics card's or the system's software one, and its immediate context.
+/// A device and its immediate context: the graphics card's, or else the system's software one. With
+/// PICTAVO_D3D11_DEVICE in the environment, card or software, that one with the debug layer.
 struct Device {
   Device();  // throws without any
 
   Texture Upload(const Image& image, u32 bindFlags = kInAndOut) const;
   Image Download(ID3D11Texture2D* texture) const;
+
+  /// The warnings and errors of the debug layer since the last call; nothing without it.
+  std::string Complaints() const;
 
   ComPtr<ID3D11Device> device;
   ComPtr<ID3D11DeviceContext> context;

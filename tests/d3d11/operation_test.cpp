@@ -33,6 +33,9 @@ struct Size {
 
 class Operations : public OnDevice {
  protected:
+  Operations() { device_.Complaints(); }  // of others
+  ~Operations() override { EXPECT_EQ(device_.Complaints(), ""); }
+
   /// Runs work between pictures of all formats, and compares.
   void Check(const Work& work, Size from = {70, 45}, Size to = {61, 83}) {
     for (const DXGI_FORMAT srcFormat : {kBgra, kRgba, kPlane}) {
