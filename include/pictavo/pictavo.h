@@ -215,7 +215,8 @@ struct D3DRegion {
 };
 static_assert(sizeof(D3DRegion) == 24, "D3DRegion is 24 bytes");
 
-/// A box of 2 * trunc(radius * scale + 0.5) + 1 pixels each way.
+/// A box of 2 * trunc(radius * scale + 0.5) + 1 pixels each way, computed in double precision; no
+/// radius is too large. One that comes out below -0.5, or is no number, cannot be used.
 struct D3DBlurParam {
   double radiusX;  ///< to the left and right, at a scale of 1
   double radiusY;  ///< up and down, at a scale of 1
@@ -1013,8 +1014,8 @@ struct IPictavo6 : IPictavo5 {
   /// to `radius` columns and rows away, as far as the picture has them, (sum + count / 2) / count.
   ///
   /// Pictures, state of the context and codes as slot 108; source and destination have one size,
-  /// and are both colour or both planes. @return as slot 108; PICTAVO_E_INVALIDARG also for
-  /// pictures that do not fit together
+  /// and are both colour or both planes. Any radius can be used. @return as slot 108;
+  /// PICTAVO_E_INVALIDARG also for pictures that do not fit together
   virtual u32 BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
                          const ImageDesc* src, u32 radius) noexcept = 0;
 
@@ -1072,27 +1073,34 @@ struct IPictavo6 : IPictavo5 {
   /// - Grown: of the pixels inside the filter, the one with the most alpha * weight, the first in
   ///   reading order of several, weights being rounded to 256ths. Alpha becomes that product,
   ///   rounded; nothing is left where it is 0. clipSource multiplies it by 255 less the source's
-  ///   own alpha there, / 255, rounded.
+  ///   own alpha there, / 255, rounded. Cones and bells take the card's square root and
+  ///   exponential, so two cards may round a weight to neighbouring 256ths; the alpha then differs
+  ///   by 1, or another pixel has the most.
   /// - Affine: four pixels around the place, with the upper 8 bits of its fraction as weights, the
   ///   last column and row of the part going on. The weighted sum of alphas, S, becomes alpha
   ///   (S + 32768) >> 16, and colours the weighted mean by alpha, rounded. Places left of or above
-  ///   the part, or beyond its last column or row, leave the destination's pixel.
+  ///   the part, or beyond its last column or row, leave the destination's pixel; a map that has no
+  ///   others is PICTAVO_S_OK.
   /// - Keyed: each channel within 1 of slot 86 with format 1, but for pixels that lie on one of its
   ///   limits to the last bits of a float.
   ///
   /// The context's compute shader, its first constant buffer and its first three inputs and outputs
   /// are put back afterwards, a range of a constant buffer as the whole buffer; Direct3D itself
-  /// unbinds the destination from wherever else it is bound. The call only records work, so a
-  /// deferred context will do. The object keeps shaders and buffers of the last device, and so the
-  /// device, until it is released or used with another one; of contexts and textures it keeps
+  /// unbinds the destination from wherever else it is bound. A predicate that the host has set
+  /// holds for this work too: where it forbids drawing, nothing is written. The call only records
+  /// work, so a deferred context will do. The object keeps shaders, buffers and textures in between
+  /// of the last device, and so the device, until it is released or used with another one: after
+  /// operations 2 and 9, 8 to 12 bytes a pixel (2 or 3 for planes in operation 2), after 3 and 12
+  /// up to 8, after 11 up to the rectangle. Of contexts and of the host's textures it keeps
   /// nothing. One thread at a time may use a context.
   ///
   /// @param subMode 0; for opCode 0 also 2
   /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when nothing is to be written; PICTAVO_E_NOTIMPL for
   /// opCode 0, 4 and 7; PICTAVO_E_FAIL for another opCode and for a texture of another format;
   /// PICTAVO_E_POINTER when an argument, a record's texture or the keys are null;
-  /// PICTAVO_E_INVALIDARG for another subMode, pictures that cannot be used as stated, one texture
-  /// as both, values out of their range and places too far out to compute; PICTAVO_E_OUTOFMEMORY;
+  /// PICTAVO_E_INVALIDARG for another subMode, a context of another device, pictures that cannot be
+  /// used as stated, one texture as both, values out of their range and places too far out to
+  /// compute; PICTAVO_E_OUTOFMEMORY;
   /// what Direct3D answers when it fails or the device is removed
   virtual u32 D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
                            ID3D11DeviceContext* context, const ImageDesc* dst, const ImageDesc* src,
