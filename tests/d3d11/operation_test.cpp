@@ -402,7 +402,7 @@ TEST_F(Operations, KeyAsTheCpuDoes) {
       {{255, 255, 255, 0, 40, 30}},                            // near grey
       {{120, 125, 130, 0, -1, 25}, {200, 30, 40, 0, 25, -1}},  // a negative tolerance is huge
       {{0, 0, 255, 0, 30, 5000}}};
-  keySets.emplace_back(70, ChromaKey{0, 255, 0, 0, 30, 20}).back() = {20, 60, 230, 0, 45, 0};
+  keySets.emplace_back(70, ChromaKey{0, 255, 0, 0, 30, 20}).back() = {0, 0, 255, 0, 30, 5000};
   for (const i32 angle : {0, 1, 44, 45, 46, 89, 90, 91, 135, 179, 180, 181, 270, 1000, -30,
                           INT32_MAX, INT32_MAX - 97, INT32_MIN, 1234567890}) {
     keySets.push_back({{10, 200, 60, 0, angle, 15}});
