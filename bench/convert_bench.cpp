@@ -66,8 +66,8 @@ void ExtendBorder(i32, u8* d, const u8*, i32 w, i32 h) {
   cpu::ExtendBoundary(&image, 16);
 }
 
-void Mean(i32, u8* d, const u8* s, i32 w, i32 h) {
-  cpu::ComputeMean(s, 4 * w, h, reinterpret_cast<f32*>(d));
+void Mean(i32 level, u8* d, const u8* s, i32 w, i32 h) {
+  cpu::ComputeMean(level, s, 4 * w, h, reinterpret_cast<f32*>(d));
 }
 
 const Conversion kConversions[] = {
@@ -112,7 +112,7 @@ const Conversion kConversions[] = {
      },
      FillRect},
     {"71 border of 16", false, true, {"soft"}, ExtendBorder, nullptr, 0b001},
-    {"82 mean", true, false, {"soft"}, Mean, nullptr, 0b001},
+    {"82 mean", true, false, {"soft"}, Mean, nullptr},
     {"88 RGB to YUV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_YUV>, ToPlanes},
     {"88 RGB to HSV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSV>, nullptr},
     {"88 RGB to HSL", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSL>, nullptr},

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "operations.h"
 #include "pixels.h"
 
 namespace pictavo::test {
@@ -21,7 +22,7 @@ TEST(Histogram, OfNoPixelsIsZero) {
 TEST(Mean, AddsUpBeyondSinglePrecision) {
   f32 mean = 0;
   const Bytes white(5000 * 5000, 255);
-  EXPECT_EQ(cpu::ComputeMean(white.data(), 5000, 5000, &mean), PICTAVO_S_OK);
+  EXPECT_EQ(cpu::ComputeMean(Levels().back(), white.data(), 5000, 5000, &mean), PICTAVO_S_OK);
   EXPECT_EQ(mean, 255.0f);
 }
 

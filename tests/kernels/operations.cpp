@@ -122,7 +122,7 @@ u32 Yuva(const Call& c, i32 level) {
 
 u32 Mean(const Call& c) {
   f32 mean = 0;
-  const u32 result = cpu::ComputeMean(c.src, c.width, c.height, c.dst != nullptr ? &mean : nullptr);
+  const u32 result = cpu::ComputeMean(c.level, c.src, c.width, c.height, c.dst != nullptr ? &mean : nullptr);
   if (result == PICTAVO_S_OK) std::memcpy(c.dst, &mean, sizeof(mean));
   return result;
 }

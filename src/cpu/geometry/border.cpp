@@ -1,5 +1,6 @@
 #include "cpu/geometry/border.h"
 
+#include <cstdlib>
 #include <cstring>
 
 namespace pictavo::cpu {
@@ -13,24 +14,70 @@ struct Frame {
   i64 step;  // bytes from row to row
 };
 
-/// Fills a rectangle of the extended picture with one of the picture's pixels, less the bits that
-/// are not kept.
+/// A pixel less the bits that are not kept.
+template <typename Pixel>
+Pixel PixelAt(const u8* p, Pixel kept) {
+  Pixel pixel;
+  std::memcpy(&pixel, p, sizeof pixel);
+  return static_cast<Pixel>(pixel & kept);
+}
+
+template <typename Pixel>
+void FillRow(u8* to, i64 count, Pixel pixel) {
+  for (i64 x = 0; x < count; ++x) std::memcpy(to + x * i64{sizeof pixel}, &pixel, sizeof pixel);
+}
+
+/// Fills a rectangle of the extended picture with one of the picture's pixels.
 template <typename Pixel>
 void Fill(const Frame& f, i64 left, i64 top, i64 width, i64 height, i64 fromX, i64 fromY,
           Pixel kept) {
-  Pixel pixel;
-  std::memcpy(&pixel, f.picture + fromY * f.step + fromX * i64{sizeof pixel}, sizeof pixel);
-  pixel &= kept;
-  for (i64 y = top; y < top + height; ++y) {
-    u8* to = f.outer + y * f.step + left * i64{sizeof pixel};
-    for (i64 x = 0; x < width; ++x) std::memcpy(to + x * i64{sizeof pixel}, &pixel, sizeof pixel);
+  const Pixel pixel = PixelAt(f.picture + fromY * f.step + fromX * i64{sizeof kept}, kept);
+  for (i64 y = top; y < top + height; ++y)
+    FillRow(f.outer + y * f.step + left * i64{sizeof pixel}, width, pixel);
+}
+
+/// Whether the border lies around the picture, so that no part reads what another wrote.
+template <typename Pixel>
+bool IsAround(const Frame& f) {
+  constexpr i64 kBytes = sizeof(Pixel);
+  return f.outer + f.border * (f.step + kBytes) == f.picture &&
+         std::abs(f.step) >= (f.width + 2 * f.border) * kBytes;
+}
+
+/// The rows from `first` to before `end`, from the picture's row `from`: one is made, the others
+/// are its copies.
+template <typename Pixel>
+void ExtendRows(const Frame& f, i64 first, i64 end, i64 from, Pixel kept) {
+  constexpr i64 kBytes = sizeof(Pixel);
+  const u8* const row = f.outer + (f.border + from) * f.step;
+  u8* const made = f.outer + first * f.step;
+  const i64 width = f.width + 2 * f.border;
+  for (i64 x = 0; x < width; ++x) FillRow(made + x * kBytes, 1, PixelAt(row + x * kBytes, kept));
+  for (i64 y = first + 1; y < end; ++y)
+    std::memcpy(f.outer + y * f.step, made, static_cast<size_t>(width * kBytes));
+}
+
+/// Extend where the border lies around the picture: row by row, which is the same.
+template <typename Pixel>
+void ExtendAround(const Frame& f, Pixel kept) {
+  constexpr i64 kBytes = sizeof(Pixel);
+  if (f.border == 0) return;
+  u8* left = f.picture - f.border * kBytes;
+  for (i64 y = 0; y < f.height; ++y, left += f.step) {
+    u8* const right = left + (f.border + f.width) * kBytes;
+    FillRow(left, f.border, PixelAt(left + f.border * kBytes, kept));
+    FillRow(right, f.border, PixelAt(right - kBytes, kept));
   }
+  const i64 bottom = f.border + f.height;
+  ExtendRows(f, 0, f.border, 0, kept);
+  ExtendRows(f, bottom, bottom + f.border, f.height - 1, kept);
 }
 
 /// The order matters where a one-byte picture's rows are not tight: later parts then read what
 /// earlier ones wrote.
 template <typename Pixel>
 void Extend(const Frame& f, Pixel kept) {
+  if (IsAround<Pixel>(f)) return ExtendAround(f, kept);
   const i64 right = f.border + f.width, bottom = f.border + f.height;
   const i64 lastX = f.width - 1, lastY = f.height - 1;
   Fill(f, 0, 0, f.border, f.border, 0, 0, kept);

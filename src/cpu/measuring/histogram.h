@@ -1,5 +1,5 @@
 // Counts and means of bytes: slots 43, 44 and 82. Each function is the operation behind the method
-// of the same name, which states its rule.
+// of the same name, which states its rule; `level` chooses the build.
 #ifndef PICTAVO_CPU_MEASURING_HISTOGRAM_H_
 #define PICTAVO_CPU_MEASURING_HISTOGRAM_H_
 
@@ -11,7 +11,7 @@ u32 ComputeHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bi
                      u32 selector) noexcept;
 u32 ComputeLumaHistogram(const u8* pixels, u32 width, u32 height, u32 pitch, u32* bins,
                          i32 binCount, u32 selector) noexcept;
-u32 ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept;
+u32 ComputeMean(i32 level, const u8* buffer, i32 width, i32 height, f32* mean) noexcept;
 
 }  // namespace pictavo::cpu
 

@@ -27,6 +27,7 @@ inline V AndNot(V mask, V a) { return {_mm_andnot_si128(mask.v, a.v)}; }
 inline V Add8(V a, V b) { return {_mm_add_epi8(a.v, b.v)}; }
 inline V Add16(V a, V b) { return {_mm_add_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm_add_epi32(a.v, b.v)}; }
+inline V Add64(V a, V b) { return {_mm_add_epi64(a.v, b.v)}; }
 inline V Sub16(V a, V b) { return {_mm_sub_epi16(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
 inline V AddSaturatedU8(V a, V b) { return {_mm_adds_epu8(a.v, b.v)}; }
@@ -43,6 +44,8 @@ inline V DotProduct32(V a, V b) { return {_mm_madd_epi16(a.v, b.v)}; }
 inline V Quotient32(V a, V b) {
   return {_mm_cvttps_epi32(_mm_div_ps(_mm_cvtepi32_ps(a.v), _mm_cvtepi32_ps(b.v)))};
 }
+/// The sum of each eight bytes, as a 64-bit lane.
+inline V SumEights(V a) { return {_mm_sad_epu8(a.v, _mm_setzero_si128())}; }
 
 inline V MinU8(V a, V b) { return {_mm_min_epu8(a.v, b.v)}; }
 inline V MaxU8(V a, V b) { return {_mm_max_epu8(a.v, b.v)}; }

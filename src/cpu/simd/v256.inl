@@ -21,6 +21,7 @@ inline V AndNot(V mask, V a) { return {_mm256_andnot_si256(mask.v, a.v)}; }
 inline V Add8(V a, V b) { return {_mm256_add_epi8(a.v, b.v)}; }
 inline V Add16(V a, V b) { return {_mm256_add_epi16(a.v, b.v)}; }
 inline V Add32(V a, V b) { return {_mm256_add_epi32(a.v, b.v)}; }
+inline V Add64(V a, V b) { return {_mm256_add_epi64(a.v, b.v)}; }
 inline V Sub16(V a, V b) { return {_mm256_sub_epi16(a.v, b.v)}; }
 inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
 inline V AddSaturatedU8(V a, V b) { return {_mm256_adds_epu8(a.v, b.v)}; }
@@ -35,6 +36,7 @@ inline V Mul32(V a, V b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
 inline V Quotient32(V a, V b) {
   return {_mm256_cvttps_epi32(_mm256_div_ps(_mm256_cvtepi32_ps(a.v), _mm256_cvtepi32_ps(b.v)))};
 }
+inline V SumEights(V a) { return {_mm256_sad_epu8(a.v, _mm256_setzero_si256())}; }
 
 inline V MinU8(V a, V b) { return {_mm256_min_epu8(a.v, b.v)}; }
 inline V MaxU8(V a, V b) { return {_mm256_max_epu8(a.v, b.v)}; }
