@@ -40,38 +40,37 @@ using Resize = u32(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch
 struct Operation {
   const char* name;
   Filter filter;
-  bool byLevel;
   const char* alpha;
   Resize* resize;
 };
 
 const Operation kOperations[] = {
-    {"29 box, weighted", Filter::kBox, true, "opaque",
+    {"29 box, weighted", Filter::kBox, "opaque",
      [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBox16AlphaWeighted(level, d, dw, dh, dp, s, sw, sh, sp, 0);
      }},
-    {"29 box, weighted, mixed alpha", Filter::kBox, true, "mixed",
+    {"29 box, weighted, mixed alpha", Filter::kBox, "mixed",
      [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBox16AlphaWeighted(level, d, dw, dh, dp, s, sw, sh, sp, 0);
      }},
-    {"30 bilinear, 16 bits", Filter::kBilinear, true, "opaque",
+    {"30 bilinear, 16 bits", Filter::kBilinear, "opaque",
      [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBilinear16(level, d, dw, dh, dp, s, sw, sh, sp, 0, 1);
      }},
-    {"31 bilinear, 7 bits", Filter::kBilinear, true, "opaque",
+    {"31 bilinear, 7 bits", Filter::kBilinear, "opaque",
      [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBilinear7(level, d, dw, dh, dp, s, sw, sh, sp);
      }},
-    {"55 nearest", Filter::kNearest, false, "opaque",
-     [](i32, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
-       return cpu::ResizeNearest32(reinterpret_cast<u32*>(d), dw, dh, dp,
+    {"55 nearest", Filter::kNearest, "opaque",
+     [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
+       return cpu::ResizeNearest32(level, reinterpret_cast<u32*>(d), dw, dh, dp,
                                    reinterpret_cast<const u32*>(s), sw, sh, sp);
      }},
-    {"57 box", Filter::kBox, false, "opaque",
-     [](i32, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
-       return cpu::ResizeBox16(d, dw, dh, dp, s, sw, sh, sp);
+    {"57 box", Filter::kBox, "opaque",
+     [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
+       return cpu::ResizeBox16(level, d, dw, dh, dp, s, sw, sh, sp);
      }},
-    {"58 bilinear, alpha kept", Filter::kBilinear, true, "mixed",
+    {"58 bilinear, alpha kept", Filter::kBilinear, "mixed",
      [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBilinear16KeepAlpha(level, d, dw, dh, dp, s, sw, sh, sp, 1);
      }},
@@ -169,7 +168,6 @@ std::vector<Run> Runs(const Operation& operation, const Sizes& sizes) {
     operation.resize(level, dst, sizes.dst.width, sizes.dst.height, sizes.dst.width * 4, src,
                      sizes.src.width, sizes.src.height, sizes.src.width * 4);
   });
-  if (!operation.byLevel) std::fill(runs.begin() + 1, runs.end(), Run());
   for (const Peer& peer : kPeers) runs.push_back(peer.run(operation.filter, sizes));
   return runs;
 }

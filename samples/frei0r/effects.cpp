@@ -94,10 +94,11 @@ bool Mosaic(const Instance& frame, const u8* in, u8* out) {
   const i32 side = 1 + static_cast<i32>(frame.Number(0, 99));
   const i32 columns = (frame.width + side - 1) / side, rows = (frame.height + side - 1) / side;
   std::vector<u32> blocks(static_cast<size_t>(columns) * static_cast<size_t>(rows));
-  return cpu::ResizeBox16(reinterpret_cast<u8*>(blocks.data()), columns, rows, 4 * columns, in,
-                          frame.width, frame.height, frame.pitch()) == PICTAVO_S_OK &&
-         cpu::ResizeNearest32(reinterpret_cast<u32*>(out), frame.width, frame.height, frame.pitch(),
-                              blocks.data(), columns, rows, 4 * columns) == PICTAVO_S_OK;
+  return cpu::ResizeBox16(Level(), reinterpret_cast<u8*>(blocks.data()), columns, rows, 4 * columns,
+                          in, frame.width, frame.height, frame.pitch()) == PICTAVO_S_OK &&
+         cpu::ResizeNearest32(Level(), reinterpret_cast<u32*>(out), frame.width, frame.height,
+                              frame.pitch(), blocks.data(), columns, rows,
+                              4 * columns) == PICTAVO_S_OK;
 }
 
 struct Effect {

@@ -122,7 +122,8 @@ u32 Yuva(const Call& c, i32 level) {
 
 u32 Mean(const Call& c) {
   f32 mean = 0;
-  const u32 result = cpu::ComputeMean(c.level, c.src, c.width, c.height, c.dst != nullptr ? &mean : nullptr);
+  const u32 result =
+      cpu::ComputeMean(c.level, c.src, c.width, c.height, c.dst != nullptr ? &mean : nullptr);
   if (result == PICTAVO_S_OK) std::memcpy(c.dst, &mean, sizeof(mean));
   return result;
 }
@@ -283,11 +284,11 @@ const Operation kOperations[] = {
     {"48 DrawRectOutline", kInPlace | kWholePitch, Outline},
     {"55 ResizeNearest32", kOwnSize | kWholePitch,
      [](C c) {
-       return cpu::ResizeNearest32(reinterpret_cast<u32*>(c.dst), SIZE, c.dstPitch,
+       return cpu::ResizeNearest32(c.level, reinterpret_cast<u32*>(c.dst), SIZE, c.dstPitch,
                                    reinterpret_cast<const u32*>(c.src), c.srcWidth, c.srcHeight,
                                    c.srcPitch);
      }},
-    {"57 ResizeBox16", kOwnSize, [](C c) { return cpu::ResizeBox16(SCALED); }},
+    {"57 ResizeBox16", kOwnSize, [](C c) { return cpu::ResizeBox16(c.level, SCALED); }},
     {"58 ResizeBilinear16KeepAlpha", kOwnSize,
      [](C c) { return cpu::ResizeBilinear16KeepAlpha(c.level, SCALED, c.fullSize); }},
     {"63 MotionBlur", kOwnSize, Motion},

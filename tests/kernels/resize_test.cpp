@@ -134,8 +134,30 @@ TEST(Resize, NearestStepsBy65536ths) {
     std::iota(src.begin(), src.end(), 0u);
     for (i64 x = 0; x < width; ++x)
       expected.push_back(static_cast<u32>(x * (srcWidth * 65536 / width) / 65536));
-    EXPECT_EQ(RunCase(MakeCase(kNearest, c, Bytes(4 * expected.size()), PixelBytes(src)), 0).dst,
-              PixelBytes(expected));
+    const Case drawn = MakeCase(kNearest, c, Bytes(4 * expected.size()), PixelBytes(src));
+    for (const i32 level : Levels())
+      EXPECT_EQ(RunCase(drawn, level).dst, PixelBytes(expected)) << Describe(drawn, level);
+  }
+}
+
+/// Ratios that hosts use, of which several have rows of their own.
+TEST(Resize, BuildsAgreeOnCommonRatios) {
+  Random random(14);
+  constexpr i32 kRatios[][2] = {{4, 1}, {2, 1}, {3, 1}, {3, 2}, {1, 1}, {2, 3}, {1, 2}};
+  for (const int slot : {29, 30, 31, 55, 57, 58}) {
+    for (const auto& [from, to] : kRatios) {
+      for (const i32 size : {1, 3, 4, 7, 8, 41, 300}) {
+        Call c;
+        c.srcWidth = from * size, c.srcHeight = from * 3, c.srcPitch = 4 * c.srcWidth;
+        c.width = to * size, c.height = to * 3, c.dstPitch = 4 * c.width;
+        Bytes src(Span(c.srcWidth, c.srcHeight, c.srcPitch));
+        FillPixels(src.data(), src.size(), kRuns, random);
+        const Case drawn = MakeCase(Slot(slot), c, Bytes(Span(c.width, c.height, c.dstPitch)), src);
+        const Outcome expected = RunCase(drawn, 0);
+        for (const i32 level : Levels())
+          ASSERT_EQ(RunCase(drawn, level), expected) << Describe(drawn, level);
+      }
+    }
   }
 }
 

@@ -10,8 +10,8 @@ namespace pictavo::cpu {
 u32 ResizeBox16AlphaWeighted(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
                              const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
                              i32 forceOpaque) noexcept;
-u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src, i32 srcWidth,
-                i32 srcHeight, i32 srcPitch) noexcept;
+u32 ResizeBox16(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept;
 
 u32 ResizeBilinear16(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                      i32 srcWidth, i32 srcHeight, i32 srcPitch, i32 forceOpaque,
@@ -22,7 +22,7 @@ u32 ResizeBilinear16KeepAlpha(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i
 u32 ResizeBilinear7(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                     i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept;
 
-u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
+u32 ResizeNearest32(i32 level, u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
                     i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept;
 
 }  // namespace pictavo::cpu

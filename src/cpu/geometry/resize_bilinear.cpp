@@ -63,6 +63,26 @@ bool AreDense(const Bilinear& b) {
   return std::all_of(b.columns, b.columns + b.dst.width, [](Position p) { return p.step <= 2; });
 }
 
+/// Whether positions are pixels or rows as far apart as the first two, as where a size is halved.
+bool AreWhole(const Position* positions, i64 count) {
+  return std::all_of(positions + 1, positions + count,
+                     [=](Position p) { return p.fraction == 0 && p.step == positions[1].step; });
+}
+
+/// A resize whose every pixel is one of the source.
+bool IsPicked(const Bilinear& b) {
+  return !b.opaque && b.src.width <= 0x7FFF && AreWhole(b.columns, b.dst.width) &&
+         AreWhole(b.rows, b.dst.height);
+}
+
+void PickPixels(i32 level, const Bilinear& b) {
+  const u32 step = u32{b.columns[1].step} << 16;
+  PickRowFn* const pick = PickRowFor(level, step, b.dst.width);
+  const i64 rowStep = b.dst.height > 1 ? b.rows[1].step : 0;
+  for (i64 y = 0; y < b.dst.height; ++y)
+    pick(b.dst.Row(y), b.src.Row(y * rowStep), b.dst.width, b.src.width, step);
+}
+
 /// A vector build, for destinations of at least so many columns.
 struct VectorBilinear {
   i64 leastWidth;
@@ -127,6 +147,10 @@ u32 Run(const BilinearBuilds& builds, i32 level, const Bilinear& b) {
   const VectorBilinear* const build = builds.For(level, [&](const VectorBilinear* vectors) {
     return b.dst.width >= vectors->leastWidth && b.src.width >= 2;
   });
+  if (build != nullptr && IsPicked(b)) {
+    PickPixels(level, b);
+    return PICTAVO_S_OK;
+  }
   if (build != nullptr) return build->resize(b);
   b.fractionBits == 7 ? ResizePortable<7>(b) : ResizePortable<16>(b);
   return PICTAVO_S_OK;

@@ -16,7 +16,7 @@ struct Grid {
 
   Grid(i64 dstSize, i64 srcSize) : step(srcSize * 65536 / dstSize), quarter(step / 4) {}
 
-  bool Halves() const { return step == 2 * 65536; }
+  bool Divides(i64 by) const { return step == by * 65536; }
   i64 Sample(i64 position, i64 i) const { return (position * step + i * quarter) >> 16; }
 };
 
@@ -51,10 +51,11 @@ struct BoxRow {
 
 using BoxRowFn = void(u8* dst, const BoxRow& row);
 
-/// A vector build, for sources of at least so many columns.
+/// A vector build: of any size, for sources of at least so many columns, and of a quarter each way,
+/// for destinations of as many.
 struct VectorBox {
   i64 leastWidth;
-  BoxRowFn* makeRow;
+  BoxRowFn *plain, *weighted, *plainQuarter, *weightedQuarter;
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -212,6 +213,23 @@ void PlainStrips(u8* dst, const BoxRow& row) {
 // ---------------------------------------------------------------------------------------------
 // The operations.
 
+/// Whether each way is divided by the same number.
+bool Divides(const ResizePictures& p, i64 by) {
+  return Grid(p.dst.width, p.src.width).Divides(by) && Grid(p.dst.height, p.src.height).Divides(by);
+}
+
+/// The vector build for these pictures up to a level; null when there is none.
+const VectorBox* VectorsFor(i32 level, const ResizePictures& p) {
+  static constexpr Builds<const VectorBox*> kBuilds = {.sse41 = &sse41::kVectorBox,
+                                                       .avx2 = &avx2::kVectorBox};
+  return kBuilds.For(level,
+                     [&](const VectorBox* build) { return p.src.width >= build->leastWidth; });
+}
+
+bool IsQuarter(const VectorBox& build, const ResizePictures& p) {
+  return p.dst.width >= build.leastWidth && Divides(p, 4);
+}
+
 u32 ResizeRows(const ResizePictures& p, bool opaque, BoxRowFn* strips, BoxRowFn* pixels) {
   const Grid columns(p.dst.width, p.src.width), lines(p.dst.height, p.src.height);
   BoxRowFn* const makeRow = Strip::Suits(columns) ? strips : pixels;
@@ -242,20 +260,22 @@ u32 ResizeBox16AlphaWeighted(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i3
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
   const bool opaque = forceOpaque != 0;
   BoxRowFn* const pixels = opaque ? PlainRow : WeightedRow;
-  static constexpr Builds<const VectorBox*> kBuilds = {.sse41 = &sse41::kMixed,
-                                                       .avx2 = &avx2::kMixed};
-  const VectorBox* const vectors =
-      kBuilds.For(level, [=](const VectorBox* build) { return srcWidth >= build->leastWidth; });
-  return ResizeRows(p, opaque, vectors != nullptr ? vectors->makeRow : pixels, pixels);
+  const VectorBox* const vectors = VectorsFor(level, p);
+  if (vectors == nullptr) return ResizeRows(p, opaque, pixels, pixels);
+  return ResizeRows(p, opaque,
+                    IsQuarter(*vectors, p) ? vectors->weightedQuarter : vectors->weighted, pixels);
 }
 
-u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src, i32 srcWidth,
-                i32 srcHeight, i32 srcPitch) noexcept {
+u32 ResizeBox16(i32 level, u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
+                i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
   const ResizePictures p(dst, dstWidth, dstHeight, dstPitch, src, srcWidth, srcHeight, srcPitch);
   if (const u32 code = p.Check(); code != PICTAVO_S_OK) return code;
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
-  const bool halves = Grid(dstWidth, srcWidth).Halves() && Grid(dstHeight, srcHeight).Halves();
-  return ResizeRows(p, false, halves ? HalveRow : PlainStrips, PlainRow);
+  if (Divides(p, 2)) return ResizeRows(p, false, HalveRow, PlainRow);
+  const VectorBox* const vectors = VectorsFor(level, p);
+  if (vectors == nullptr) return ResizeRows(p, false, PlainStrips, PlainRow);
+  return ResizeRows(p, false, IsQuarter(*vectors, p) ? vectors->plainQuarter : vectors->plain,
+                    PlainRow);
 }
 
 }  // namespace pictavo::cpu

@@ -1,4 +1,4 @@
-// The vector build of resize_box.cpp's alpha-weighted box over V, included once for each
+// The vector builds of resize_box.cpp over V, included once for each
 // instruction set: the sampled rows are summed for a strip of columns, and then
 // the columns.
 
@@ -42,21 +42,29 @@ inline Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
 /// Sums of four rows, for each column: blue, green and red times alpha, and alpha.
 using WeightedSums = std::array<i32, 4 * kStripColumns>;
 
+/// The same of some columns, each number in a vector of its own.
+struct WeightedColumns {
+  V sums[4] = {V::Zero(), V::Zero(), V::Zero(), V::Zero()};
+
+  explicit WeightedColumns(const V (&rows)[4]) {
+    for (size_t j = 0; j < 4; j += 2) {  // two rows side by side, as the halves of each lane
+      const V low = PairLow16(rows[j], rows[j + 1]), high = PairHigh16(rows[j], rows[j + 1]);
+      const V weights = Odd(high);
+      sums[0] = Add32(sums[0], DotProduct32(Even(low), weights));
+      sums[1] = Add32(sums[1], DotProduct32(Odd(low), weights));
+      sums[2] = Add32(sums[2], DotProduct32(Even(high), weights));
+      sums[3] = Add32(sums[3], DotProduct32(V::All16(1), weights));
+    }
+  }
+};
+
 inline void SumWeighted(WeightedSums* sums, const BoxRow& row, const Strip& strip) {
   const auto rows = row.rows;
   const i64 first = strip.first;
   ForColumns(strip.columns, [=](i64 i) {
-    const i64 at = 4 * (first + i);
-    V blue = V::All32(0), green = blue, red = blue, alpha = blue;
-    for (size_t j = 0; j < 4; j += 2) {  // two rows side by side, as the halves of each lane
-      const V p = V::Load(rows[j] + at), q = V::Load(rows[j + 1] + at);
-      const V low = PairLow16(p, q), high = PairHigh16(p, q), weights = Odd(high);
-      blue = Add32(blue, DotProduct32(Even(low), weights));
-      green = Add32(green, DotProduct32(Odd(low), weights));
-      red = Add32(red, DotProduct32(Even(high), weights));
-      alpha = Add32(alpha, DotProduct32(V::All16(1), weights));
-    }
-    StoreZipped32({blue, green, red, alpha}, reinterpret_cast<u8*>(sums->data() + 4 * i));
+    V p[4];
+    for (size_t j = 0; j < 4; ++j) p[j] = V::Load(rows[j] + 4 * (first + i));
+    StoreZipped32(WeightedColumns(p).sums, reinterpret_cast<u8*>(sums->data() + 4 * i));
   });
 }
 
@@ -90,16 +98,17 @@ inline void WeightedStrip(u8* dst, const BoxRow& row, const Strip& strip) {
   }
 }
 
-inline void MixedRow(u8* dst, const BoxRow& row) {
+template <bool isWeighted>
+void StripsRow(u8* dst, const BoxRow& row) {
   RowSums sums;
   for (i64 x = 0; x < row.dstWidth;) {
     const Strip strip = VectorStrip(row, x);
     u8* const to = dst + 4 * x;
     const Alphas alphas = SumPlain(&sums, row, strip);
-    if (alphas == Alphas::kMixed) {
-      WeightedStrip(to, row, strip);
-    } else if (alphas == Alphas::kOpaque) {
+    if (!isWeighted || alphas == Alphas::kOpaque) {
       Means(to, &sums, row, strip);
+    } else if (alphas == Alphas::kMixed) {
+      WeightedStrip(to, row, strip);
     } else {
       std::memset(to, 0, static_cast<size_t>(4 * strip.pixels));
     }
@@ -107,4 +116,60 @@ inline void MixedRow(u8* dst, const BoxRow& row) {
   }
 }
 
-constexpr VectorBox kMixed = {V::kPixels, MixedRow};
+/// The squares of four by four pixels that a vector of destination pixels is made of: each of the
+/// four vectors of a row holds as many squares as it has 128 bits.
+struct Squares {
+  V p[4][4];  // by vector, then row
+
+  Squares(const BoxRow& row, i64 x) {
+    const V opaque = V::All32(row.opaque ? kAlpha : 0);
+    for (i64 i = 0; i < 4; ++i) {
+      for (size_t j = 0; j < 4; ++j) {
+        const u8* const from = row.rows[j] + 16 * (x + i);
+        p[i][j] = LoadLanes([=](i64 lane) { return from + 64 * lane; }) | opaque;
+      }
+    }
+  }
+
+  V PlainMeans() const {
+    V sums[4];
+    for (size_t i = 0; i < 4; ++i) {
+      V low, high;
+      SumBytes(p[i][0], p[i][1], p[i][2], p[i][3], &low, &high);
+      sums[i] = Add16(low, high);
+    }
+    return MeansOfPairs(sums);
+  }
+
+  V WeightedMeans() const {
+    V least = p[0][0], most = p[0][0];
+    for (const auto& rows : p) {
+      for (const V pixels : rows) {
+        least = MinU8(least, pixels);
+        most = MaxU8(most, pixels);
+      }
+    }
+    if (AlphasOpaque(least)) return PlainMeans();
+    if (AlphasClear(most)) return V::Zero();
+    V means[4];
+    for (size_t i = 0; i < 4; ++i) {
+      WeightedColumns columns(p[i]);
+      V(&sums)[4] = columns.sums;
+      Transpose32(sums);
+      means[i] = MeansByLast32(Add32(Add32(sums[0], sums[1]), Add32(sums[2], sums[3])));
+    }
+    return PackU8(means);
+  }
+};
+
+template <bool isWeighted>
+void QuarterRow(u8* dst, const BoxRow& row) {
+  for (i64 i = 0; i < row.dstWidth; i += V::kPixels) {
+    const i64 x = std::min(i, row.dstWidth - V::kPixels);  // the last vector ends at the last pixel
+    const Squares squares(row, x);
+    (isWeighted ? squares.WeightedMeans() : squares.PlainMeans()).Store(dst + 4 * x);
+  }
+}
+
+constexpr VectorBox kVectorBox = {V::kPixels, StripsRow<false>, StripsRow<true>, QuarterRow<false>,
+                                  QuarterRow<true>};

@@ -35,6 +35,14 @@ inline void SumBytes(V a, V b, V c, V d, V* low, V* high) {
   *low = Add16(sum(_mm_unpacklo_epi8(a.v, b.v)), sum(_mm_unpacklo_epi8(c.v, d.v)));
   *high = Add16(sum(_mm_unpackhi_epi8(a.v, b.v)), sum(_mm_unpackhi_epi8(c.v, d.v)));
 }
+/// Pixels of four vectors, each a sixteenth of the sum of the two quadruples of words in 128 bits.
+inline V MeansOfPairs(const V (&a)[4]) {
+  const auto means = [](V b, V c) {
+    const V low = {_mm_unpacklo_epi64(b.v, c.v)}, high = {_mm_unpackhi_epi64(b.v, c.v)};
+    return ShiftRightU16(Add16(low, high), 4).v;
+  };
+  return {_mm_packus_epi16(means(a[0], a[1]), means(a[2], a[3]))};
+}
 /// Stores what SumBytes makes, in the order of the pixels.
 inline void StoreWide(V low, V high, u8* p) {
   low.Store(p);
@@ -83,6 +91,13 @@ inline void SumBytes(V a, V b, V c, V d, V* low, V* high) {
   };
   *low = Add16(sum(_mm256_unpacklo_epi8(a.v, b.v)), sum(_mm256_unpacklo_epi8(c.v, d.v)));
   *high = Add16(sum(_mm256_unpackhi_epi8(a.v, b.v)), sum(_mm256_unpackhi_epi8(c.v, d.v)));
+}
+inline V MeansOfPairs(const V (&a)[4]) {
+  const auto means = [](V b, V c) {
+    const V low = {_mm256_unpacklo_epi64(b.v, c.v)}, high = {_mm256_unpackhi_epi64(b.v, c.v)};
+    return ShiftRightU16(Add16(low, high), 4).v;
+  };
+  return {_mm256_packus_epi16(means(a[0], a[1]), means(a[2], a[3]))};
 }
 inline void StoreWide(V low, V high, u8* p) {
   FirstHalves(low, high).Store(p);

@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <cstring>
 
+#include "cpu/base/builds.h"
 #include "cpu/geometry/resize.h"
+#include "cpu/geometry/resize_bilinear_simd.h"
 #include "cpu/geometry/resize_pictures.h"
 
 namespace pictavo::cpu {
@@ -9,7 +12,7 @@ namespace {
 /// The source pixels at every `step`, in 1/65536 of a pixel.
 class Picker {
  public:
-  Picker(const u8* row, u32 step) : row_(row), step_(step) {}
+  Picker(const u8* row, u32 step, u32 place = 0) : row_(row), step_(step), place_(place) {}
 
   u32 Next() {
     u32 pixel;
@@ -21,20 +24,20 @@ class Picker {
  private:
   const u8* row_;
   u32 step_;
-  u32 place_ = 0;
+  u32 place_;
 };
 
-void CopyRow(u8* dst, const u8* src, i64 width, u32) {
+void CopyRow(u8* dst, const u8* src, i64 width, i64, u32) {
   std::memmove(dst, src, 4 * static_cast<size_t>(width));
 }
 
 // Halves and doubles are common, and loops that a compiler turns into vector code.
 
-void HalveRow(u8* dst, const u8* src, i64 width, u32) {
+void HalveRow(u8* dst, const u8* src, i64 width, i64, u32) {
   for (i64 x = 0; x < width; ++x) std::memcpy(dst + 4 * x, src + 8 * x, 4);
 }
 
-void DoubleRow(u8* dst, const u8* src, i64 width, u32) {
+void DoubleRow(u8* dst, const u8* src, i64 width, i64, u32) {
   for (i64 x = 0; x < width / 2; ++x) {
     u32 pixel;
     std::memcpy(&pixel, src + 4 * x, 4);
@@ -43,7 +46,7 @@ void DoubleRow(u8* dst, const u8* src, i64 width, u32) {
   }
 }
 
-void PickRow(u8* dst, const u8* src, i64 width, u32 step) {
+void PickRow(u8* dst, const u8* src, i64 width, i64, u32 step) {
   Picker picker(src, step);
   for (; width >= 4; width -= 4, dst += 16) {  // one store for four
     const u32 pixels[] = {picker.Next(), picker.Next(), picker.Next(), picker.Next()};
@@ -55,24 +58,21 @@ void PickRow(u8* dst, const u8* src, i64 width, u32 step) {
   }
 }
 
-using RowFn = void(u8* dst, const u8* src, i64 width, u32 step);
-
-RowFn* RowFor(u32 step, i64 width) {
-  switch (step) {
-    case 0x8000:
-      return width % 2 == 0 ? DoubleRow : PickRow;
-    case 0x10000:
-      return CopyRow;
-    case 0x20000:
-      return HalveRow;
-    default:
-      return PickRow;
-  }
-}
-
 }  // namespace
 
-u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
+#define KERNELS "cpu/geometry/resize_nearest.inl"
+#include "cpu/simd/for_avx2.inl"
+#undef KERNELS
+
+PickRowFn* PickRowFor(i32 level, u32 step, i64 width) noexcept {
+  static constexpr Builds<PickRowFn*> kDense = {.portable = PickRow, .avx2 = avx2::PickDenseRow};
+  if (step == 0x10000) return CopyRow;
+  if (step == 0x20000) return HalveRow;
+  if (step == 0x8000 && width % 2 == 0) return DoubleRow;
+  return step < 0x20000 ? kDense.For(level) : PickRow;
+}
+
+u32 ResizeNearest32(i32 level, u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
                     i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept {
   const i32 dstStep = dstPitch / 4 * 4, srcStep = srcPitch / 4 * 4;  // whole pixels
   const ResizePictures p(reinterpret_cast<u8*>(dst), dstWidth, dstHeight, dstStep,
@@ -81,7 +81,7 @@ u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u
   if (!p.Fits16()) return PICTAVO_E_INVALIDARG;
   const u32 stepX = static_cast<u32>((srcWidth << 16) / dstWidth);
   const u32 stepY = static_cast<u32>((srcHeight << 16) / dstHeight);
-  RowFn* const makeRow = RowFor(stepX, dstWidth);
+  PickRowFn* const makeRow = PickRowFor(level, stepX, dstWidth);
   u32 place = 0;
   for (i64 y = 0; y < dstHeight; ++y, place += stepY) {
     u8* const row = p.dst.Row(y);
@@ -89,7 +89,7 @@ u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u
     if (repeats && makeRow == PickRow) {  // the others are no slower than a copy
       std::memmove(row, row - dstStep, 4 * static_cast<size_t>(dstWidth));
     } else {
-      makeRow(row, p.src.Row(place >> 16), dstWidth, stepX);
+      makeRow(row, p.src.Row(place >> 16), dstWidth, srcWidth, stepX);
     }
   }
   return PICTAVO_S_OK;

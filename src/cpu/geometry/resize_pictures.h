@@ -29,6 +29,12 @@ struct ResizePictures {
   bool Fits16() const { return src.width <= 0x7FFF && src.height <= 0x7FFF; }
 };
 
+/// Writes a row of source pixels that lie `step` apart, in 1/65536 of a pixel, from the first on.
+using PickRowFn = void(u8* dst, const u8* row, i64 width, i64 srcWidth, u32 step);
+
+/// The fastest one up to a level for such a row.
+PickRowFn* PickRowFor(i32 level, u32 step, i64 width) noexcept;
+
 }  // namespace pictavo::cpu
 
 #endif  // PICTAVO_CPU_GEOMETRY_RESIZE_PICTURES_H_
