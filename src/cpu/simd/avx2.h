@@ -15,6 +15,8 @@ TARGET_REGION("avx2")
 namespace pictavo::cpu::avx2 {
 #include "cpu/simd/v256.inl"
 
+#include "cpu/base/elementary.inl"
+
 #include "cpu/simd/pixels.inl"
 }  // namespace pictavo::cpu::avx2
 TARGET_REGION_END

@@ -19,6 +19,8 @@ namespace pictavo::cpu::sse41 {
 
 #include "cpu/simd/v128_sse41.inl"
 
+#include "cpu/base/elementary.inl"
+
 #include "cpu/simd/pixels.inl"
 }  // namespace pictavo::cpu::sse41
 TARGET_REGION_END

@@ -153,6 +153,20 @@ inline D Max(D a, D b) { return {_mm_max_pd(a.v, b.v)}; }
 inline D Sqrt(D a) { return {_mm_sqrt_pd(a.v)}; }
 inline D operator<(D a, D b) { return {_mm_cmplt_pd(a.v, b.v)}; }
 inline D RoundToSingle(D a) { return {_mm_cvtps_pd(_mm_cvtpd_ps(a.v))}; }
+/// The magnitude of one and the sign of the other.
+inline D WithSign(D a, D sign) {
+  const __m128d bit = _mm_set1_pd(-0.0);
+  return {_mm_or_pd(_mm_andnot_pd(bit, a.v), _mm_and_pd(bit, sign.v))};
+}
+/// 2^n of a whole n from -1022 to 1023, and the n whose 2^n is next below an x above 0.
+inline D PowerOfTwo(D n) {
+  const D shifted = n + D::All(0x1p52 + 1023);
+  return {_mm_castsi128_pd(_mm_slli_epi64(_mm_castpd_si128(shifted.v), 52))};
+}
+inline D Exponent(D x) {
+  const __m128i bits = _mm_srli_epi64(_mm_castpd_si128(x.v), 52);
+  return D{_mm_or_pd(_mm_castsi128_pd(bits), _mm_set1_pd(0x1p52))} - D::All(0x1p52 + 1023);
+}
 inline D LowToD(F a) { return {_mm_cvtps_pd(a.v)}; }
 inline D HighToD(F a) { return {_mm_cvtps_pd(_mm_movehl_ps(a.v, a.v))}; }
 inline F ToF(D low, D high) { return {_mm_movelh_ps(_mm_cvtpd_ps(low.v), _mm_cvtpd_ps(high.v))}; }

@@ -164,6 +164,18 @@ inline D Sqrt(D a) { return {_mm256_sqrt_pd(a.v)}; }
 inline D operator<(D a, D b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_LT_OQ)}; }
 inline D Select(D mask, D yes, D no) { return {_mm256_blendv_pd(no.v, yes.v, mask.v)}; }
 inline D RoundToSingle(D a) { return {_mm256_cvtps_pd(_mm256_cvtpd_ps(a.v))}; }
+inline D WithSign(D a, D sign) {
+  const __m256d bit = _mm256_set1_pd(-0.0);
+  return {_mm256_or_pd(_mm256_andnot_pd(bit, a.v), _mm256_and_pd(bit, sign.v))};
+}
+inline D PowerOfTwo(D n) {
+  const D shifted = n + D::All(0x1p52 + 1023);
+  return {_mm256_castsi256_pd(_mm256_slli_epi64(_mm256_castpd_si256(shifted.v), 52))};
+}
+inline D Exponent(D x) {
+  const __m256i bits = _mm256_srli_epi64(_mm256_castpd_si256(x.v), 52);
+  return D{_mm256_or_pd(_mm256_castsi256_pd(bits), _mm256_set1_pd(0x1p52))} - D::All(0x1p52 + 1023);
+}
 inline D LowToD(F a) { return {_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))}; }
 inline D HighToD(F a) { return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))}; }
 inline F ToF(D low, D high) {

@@ -1,0 +1,37 @@
+// Elementary functions with the same digits on every system, unlike the C library's: over doubles
+// here, over vectors of them in the headers of cpu/simd. elementary.inl holds the functions.
+#ifndef PICTAVO_CPU_BASE_ELEMENTARY_H_
+#define PICTAVO_CPU_BASE_ELEMENTARY_H_
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+#include "pictavo/pictavo.h"
+
+namespace pictavo::cpu::elementary {
+
+/// A double as a vector of one lane: the names of v128.inl.
+struct D {
+  double v;
+
+  D(double x) : v(x) {}
+  operator double() const { return v; }
+  static D All(double x) { return x; }
+};
+inline D Abs(D x) { return std::abs(x.v); }
+inline D Min(D a, D b) { return std::min(a.v, b.v); }
+inline D Max(D a, D b) { return std::max(a.v, b.v); }
+inline D Sqrt(D x) { return std::sqrt(x.v); }
+inline D Select(bool mask, D yes, D no) { return mask ? yes : no; }
+inline D RoundToSingle(D x) { return static_cast<f32>(x.v); }
+inline D WithSign(D a, D sign) { return std::copysign(a.v, sign.v); }
+inline D PowerOfTwo(D n) { return std::bit_cast<double>(static_cast<uint64_t>(n.v + 1023) << 52); }
+inline D Exponent(D x) { return static_cast<double>(std::bit_cast<uint64_t>(x.v) >> 52) - 1023; }
+
+#include "cpu/base/elementary.inl"
+
+}  // namespace pictavo::cpu::elementary
+
+#endif  // PICTAVO_CPU_BASE_ELEMENTARY_H_
