@@ -669,8 +669,8 @@ struct IPictavo3 : IPictavo2 {
   /// A destination pixel is the mean of at most maxSamples of its motion's places, evenly spread.
   /// Colours are the mean of the samples that hit a pixel of the source that is not clear, alpha is
   /// their sum divided by the number of all samples; divisions round towards zero. Where no sample
-  /// hits, the pixel becomes 0. Every build gives the same bytes; a spin's angles are worked out
-  /// without the C library, so that they are the same on every system too.
+  /// hits, the pixel becomes 0. Every build gives the same bytes; angles, sines and cosines are
+  /// worked out without the C library, so that they are the same on every system too.
   ///
   /// - Direction: n places one pixel apart, from the pixel on along the vector, so that the streak
   ///   trails behind. Its n does not limit strength. n = 0 copies W * H packed pixels; where the

@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "operations.h"
+#include "short_memory.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -214,6 +215,30 @@ TEST(MotionBlur, SpinFollowsTheTangent) {
       previous = place;
     }
     EXPECT_EQ(At(dst, 57 + right, 57), (Pixel{4 * (30 + right), sum / 30, 0, 255})) << right;
+  }
+}
+
+/// However many samples, and however far they reach.
+TEST(MotionBlur, TakesLittleMemoryForManySamples) {
+  Guarded src(20, 10, 80);
+  Random random(5);
+  src.Fill(kRandom, random);
+  const MotionBlurParam motions[] = {{1, 65536, 98304.5f, 0, 1, 0, 0},
+                                     {1, 4096, -700, 800, 1, 0, 0},
+                                     {1, 65536, 0, 0, 9831, 0, 0},
+                                     {1, 4096, 0, 0, 1, 0, 15732}};
+  for (const MotionBlurParam& param : motions) {
+    const ImageDesc size = DstSize(src, param);
+    Guarded dst(size.width, size.height, size.pitch);
+    Bytes portable;
+    for (const i32 level : Levels()) {
+      const ShortMemory memory(9, 20 << 20);
+      EXPECT_EQ(cpu::MotionBlur(level, &src.image, &dst.image, &param), PICTAVO_S_OK);
+      if (level == 0) portable = dst.Contents();
+      EXPECT_TRUE(dst.Contents() == portable) << "level " << level;
+      dst.Set(0x5A);
+    }
+    EXPECT_NE(std::ranges::count(portable, 0), std::ssize(portable)) << "an empty result";
   }
 }
 

@@ -18,6 +18,7 @@ namespace pictavo {
 namespace {
 
 std::atomic<int> left = std::numeric_limits<int>::max();  // some tests run threads
+std::atomic<size_t> most = SIZE_MAX;                      // bytes of an allocation
 std::mutex mutex;                                         // of what follows
 std::map<void*, std::unique_ptr<test::GuardedMemory>> handedOut;
 
@@ -30,7 +31,7 @@ bool Take() {
 }  // namespace
 
 void* AllocatePages(size_t size) noexcept {
-  if (size == 0 || !Take()) return nullptr;  // as the systems do
+  if (size == 0 || size > most || !Take()) return nullptr;  // as the systems do
   // What the guards take is the test's own.
   const bool isInside = std::exchange(test::isInOperation, false);
   const size_t whole = (size + 63) / 64 * 64;  // keeps the alignment that vectors count on
@@ -49,8 +50,14 @@ void ReleasePages(void* pages, size_t) noexcept {
 
 namespace test {
 
-ShortMemory::ShortMemory(int allocations) { left = allocations; }
-ShortMemory::~ShortMemory() { left = std::numeric_limits<int>::max(); }
+ShortMemory::ShortMemory(int allocations, size_t mostBytes) {
+  left = allocations;
+  most = mostBytes;
+}
+ShortMemory::~ShortMemory() {
+  left = std::numeric_limits<int>::max();
+  most = SIZE_MAX;
+}
 
 }  // namespace test
 }  // namespace pictavo

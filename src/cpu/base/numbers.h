@@ -18,6 +18,18 @@ inline i32 TruncateToI32(double x) {
   return x > -2147483649.0 && x < 2147483648.0 ? static_cast<i32>(x) : INT32_MIN;
 }
 
+// Signed 32-bit arithmetic that wraps.
+inline i32 WrappedProduct(i32 a, i32 b) {
+  return static_cast<i32>(static_cast<u32>(a) * static_cast<u32>(b));
+}
+inline i32 WrappedSum(i32 a, i32 b) {
+  return static_cast<i32>(static_cast<u32>(a) + static_cast<u32>(b));
+}
+inline i32 WrappedDifference(i32 a, i32 b) {
+  return static_cast<i32>(static_cast<u32>(a) - static_cast<u32>(b));
+}
+inline i32 Quotient(i32 a, i32 b) { return static_cast<i32>(i64{a} / b); }
+
 /// Whether width * height packed pixels of 4 bytes can lie in memory at all. Sizes must not be
 /// negative.
 inline bool FitsInMemory(i32 width, i32 height) { return i64{width} * height <= PTRDIFF_MAX / 4; }
