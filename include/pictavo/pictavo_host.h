@@ -98,6 +98,14 @@ struct Outcome {
   explicit operator bool() const noexcept { return succeeded; }
 };
 
+/// Calls a method and tells whether it succeeded, whatever kind of result it has:
+/// Call<&IPictavo6::BlendOverPitched>(object, …).
+template <auto method, typename... Arguments>
+Outcome Call(IPictavo6* object, Arguments&&... arguments) noexcept {
+  const u32 result = (object->*method)(std::forward<Arguments>(arguments)...);
+  return {result, Succeeded<method>(result)};
+}
+
 /// The modules that this project makes for the library.
 enum class Module {
   cpuDetect,       ///< CPUIstructionSetDetect.dll: the processor's level
@@ -165,12 +173,10 @@ class Library {
   /// The object's methods. There must be an object.
   IPictavo6* operator->() const noexcept { return object_; }
 
-  /// Calls a method of the object's and tells whether it succeeded, whatever kind of result it has:
-  /// Call<&IPictavo6::BlendOverPitched>(…). There must be an object.
+  /// Calls a method of the object's, as the function of that name. There must be an object.
   template <auto method, typename... Arguments>
   Outcome Call(Arguments&&... arguments) const noexcept {
-    const u32 result = (object_->*method)(std::forward<Arguments>(arguments)...);
-    return {result, Succeeded<method>(result)};
+    return pictavo::Call<method>(object_, std::forward<Arguments>(arguments)...);
   }
 
   /// Whether a module was found. Without one the library does what pictavo.h says.

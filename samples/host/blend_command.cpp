@@ -13,42 +13,18 @@ namespace host {
 namespace {
 
 struct Job {
-  std::vector<std::wstring> files;
+  Arguments files;
   const Operation* operation = FindOperation("over");
   BlendSettings settings;
   unsigned given = kNone;  // the settings that stand on the command line
-  i32 level = -1;          // the processor's
   i32 x = 0;
   i32 y = 0;
 };
 
-void ParseOption(const std::string& option, i32 highestLevel, Parser* parser, Job* job) {
-  if (option == "--op") {
-    const std::string name = Utf8(parser->Next("the name after --op"));
-    job->operation = FindOperation(name);
-    if (job->operation == nullptr) throw UsageFailure("there is no operation \"" + name + '"');
-  } else if (option == "--at") {
-    constexpr i64 kFar = std::numeric_limits<i32>::max();
-    job->x = parser->Integer("X of --at", -kFar, kFar);
-    job->y = parser->Integer("Y of --at", -kFar, kFar);
-  } else if (option == "--level") {
-    job->level = parser->Integer("--level", 0, highestLevel);
-  } else if (option == "--ramp") {
-    job->settings.rampStart = parser->Real("START of --ramp");
-    job->settings.rampEnd = parser->Real("END of --ramp");
-    job->given |= kRamp;
-  } else if (option == "--flip") {
-    job->settings.flip = true;
-    job->given |= kFlip;
-  } else if (option == "--opacity") {
-    job->settings.opacity = static_cast<u8>(parser->Integer("--opacity", 0, 255));
-    job->given |= kOpacity;
-  } else if (option == "--backdrop") {
-    job->settings.backdrop = parser->Hex("--backdrop", 8);
-    job->given |= kBackdrop;
-  } else {
-    throw UsageFailure("there is no option \"" + option + '"');
-  }
+const Operation* OperationNamed(const std::string& name) {
+  const Operation* operation = FindOperation(name);
+  if (operation == nullptr) throw UsageFailure("there is no operation \"" + name + '"');
+  return operation;
 }
 
 void CheckGivenSettings(const Job& job) {
@@ -65,22 +41,37 @@ void CheckGivenSettings(const Job& job) {
   }
 }
 
-Job Parse(const Arguments& arguments, i32 highestLevel) {
+Job Parse(const Arguments& arguments, pictavo::Library& library) {
   Job job;
-  Parser parser(arguments);
-  while (!parser.AtEnd()) {
-    const bool option = parser.AtOption();
-    const std::wstring argument = parser.Next("an argument");
-    if (option) {
-      ParseOption(Utf8(argument), highestLevel, &parser, &job);
-    } else {
-      job.files.push_back(argument);
-    }
-  }
-  if (job.files.size() != 3) {
-    throw UsageFailure(
-        Format("blend takes three files, BACKGROUND LAYER OUT, not %zu", job.files.size()));
-  }
+  BlendSettings& s = job.settings;
+  constexpr i64 kFar = std::numeric_limits<i32>::max();
+  job.files = TakeFiles(
+      3, "blend takes three files, BACKGROUND LAYER OUT", arguments,
+      {{"--op",
+        [&](Parser& p) { job.operation = OperationNamed(Utf8(p.Next("the name after --op"))); }},
+       {"--at",
+        [&](Parser& p) {
+          job.x = p.Integer("X of --at", -kFar, kFar);
+          job.y = p.Integer("Y of --at", -kFar, kFar);
+        }},
+       {"--ramp",
+        [&](Parser& p) {
+          s.rampStart = p.Real("START of --ramp");
+          s.rampEnd = p.Real("END of --ramp");
+          job.given |= kRamp;
+        }},
+       {"--flip", [&](Parser&) { s.flip = true, job.given |= kFlip; }},
+       {"--opacity",
+        [&](Parser& p) {
+          s.opacity = static_cast<u8>(p.Integer("--opacity", 0, 255));
+          job.given |= kOpacity;
+        }},
+       {"--backdrop",
+        [&](Parser& p) {
+          s.backdrop = p.Hex("--backdrop", 8);
+          job.given |= kBackdrop;
+        }},
+       LevelOption(library)});
   CheckGivenSettings(job);
   return job;
 }
@@ -118,17 +109,15 @@ bool BlendVisible(pictavo::IPictavo6* object, const Job& job, const Picture& lay
   const Operation& operation = *job.operation;
   Picture part = operation.PreparedBackground(
       object, Cropped(*background, {columns.first, rows.first, columns.count, rows.count}));
-  if (!operation.run(object, &part, operation.PreparedLayer(object, Cropped(layer, shown)),
-                     settings)) {
-    throw Failure(std::string("the library refused the operation ") + operation.name);
-  }
+  const pictavo::Outcome outcome = operation.run(
+      object, &part, operation.PreparedLayer(object, Cropped(layer, shown)), settings);
+  if (!outcome) throw Refusal(std::string("the operation ") + operation.name, outcome.result);
   Paste(operation.Finished(std::move(part)), columns.first, rows.first, background);
   return true;
 }
 
 int RunBlend(pictavo::Library& library, const Arguments& arguments) {
-  const Job job = Parse(arguments, library->GetCPULevel());
-  if (job.level >= 0) library->SetCPULevel(job.level);
+  const Job job = Parse(arguments, library);
   Progress progress;
   Picture background = ReadPicture(job.files[0]);
   progress.Show("Reading the layer");
@@ -169,8 +158,9 @@ const Effect kOverEffect = {
                    Covering(ReadPicture(settings.Next("FILE of over")), size.width, size.height))](
                   pictavo::IPictavo6* object, Picture* frame, Picture* result) {
                 result->pixels = background.pixels;
-                return object->BlendOverPitched(result->pixels.data(), frame->pixels.data(),
-                                                frame->width, frame->height, frame->pitch()) == 1;
+                return pictavo::Call<&pictavo::IPictavo6::BlendOverPitched>(
+                    object, result->pixels.data(), frame->pixels.data(), frame->width,
+                    frame->height, frame->pitch());
               }};
     }};
 

@@ -10,30 +10,17 @@
 namespace host {
 namespace {
 
-bool Blur(pictavo::IPictavo6* object, Picture* picture, f32 radius) {
-  return object->GaussianBlurBox3(picture->pixels.data(), picture->width, picture->height,
-                                  picture->pitch(), radius) == pictavo::PICTAVO_S_OK;
+pictavo::Outcome Blur(pictavo::IPictavo6* object, Picture* picture, f32 radius) {
+  return pictavo::Call<&pictavo::IPictavo6::GaussianBlurBox3>(
+      object, picture->pixels.data(), picture->width, picture->height, picture->pitch(), radius);
 }
 
 int RunBlur(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   f32 radius = 10;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--radius") {
-      radius = parser.Real("--radius");
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("blur takes two files, PICTURE OUT");
+  const Arguments files =
+      TakeFiles(2, "blur takes two files, PICTURE OUT", arguments,
+                {{"--radius", [&](Parser& parser) { radius = parser.Real("--radius"); }},
+                 LevelOption(library)});
   Picture picture = ReadPicture(files[0]);
   if (!Blur(library.get(), &picture, radius)) {
     throw Failure(Format("the library blurs this picture by radii above 0 and up to %d, not by %g",

@@ -77,7 +77,9 @@ const Picture& Frame::Run(pictavo::IPictavo6* object) {
   Picture* frame = source();
   for (const Step& step : steps_) {
     Picture* const result = step.inPlace ? frame : frame + 1;
-    if (!step.run(object, frame, result)) throw Failure("the library refused \"" + step.text + '"');
+    if (const pictavo::Outcome outcome = step.run(object, frame, result); !outcome) {
+      throw Refusal('"' + step.text + '"', outcome.result);
+    }
     frame = result;
   }
   return *frame;

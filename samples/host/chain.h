@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command_line.h"
+#include "pictavo/pictavo_host.h"
 #include "picture.h"
 
 namespace host {
@@ -15,8 +16,7 @@ namespace host {
 struct Step {
   Size size;     // of what it gives
   bool inPlace;  // it gives its result in the frame that it takes
-  /// True when the library did it.
-  std::function<bool(pictavo::IPictavo6* object, Picture* frame, Picture* result)> run;
+  std::function<pictavo::Outcome(pictavo::IPictavo6* object, Picture* frame, Picture* result)> run;
   std::string text{};  // its own part of the chain
 };
 

@@ -13,12 +13,13 @@
 
 namespace host {
 
-bool Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source, const Keys& keys) {
+pictavo::Outcome Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source,
+                     const Keys& keys) {
   const pictavo::ImageDesc src = Describe(source);
   pictavo::ImageDesc to = Describe(*dst);
   constexpr i32 kBgra = 1;
-  return object->ApplyChromaKey(&src, &to, keys.data(), static_cast<i32>(keys.size()), kBgra) ==
-         pictavo::PICTAVO_S_OK;
+  return pictavo::Call<&pictavo::IPictavo6::ApplyChromaKey>(object, &src, &to, keys.data(),
+                                                            static_cast<i32>(keys.size()), kBgra);
 }
 
 pictavo::ChromaKey ParseKey(Parser* parser) {
@@ -43,31 +44,19 @@ Picture InFront(pictavo::IPictavo6* object, const Picture& keyed, Picture backgr
 }
 
 int RunKey(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   std::optional<std::wstring> background;
   Keys keys;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--key") {
-      keys.push_back(ParseKey(&parser));
-    } else if (option == "--background") {
-      background = parser.Next("the file after --background");
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("key takes two files, PICTURE OUT");
+  const Arguments files =
+      TakeFiles(2, "key takes two files, PICTURE OUT", arguments,
+                {{"--key", [&](Parser& parser) { keys.push_back(ParseKey(&parser)); }},
+                 {"--background",
+                  [&](Parser& parser) { background = parser.Next("the file after --background"); }},
+                 LevelOption(library)});
   if (keys.empty()) throw UsageFailure("key takes at least one --key");
   const Picture picture = ReadPicture(files[0]);
   Picture keyed(picture.width, picture.height);
-  if (!Key(library.get(), &keyed, picture, keys)) throw Failure("the library refused to key");
+  const pictavo::Outcome outcome = Key(library.get(), &keyed, picture, keys);
+  if (!outcome) throw Refusal("to key", outcome.result);
   if (background) {
     keyed = InFront(library.get(), keyed,
                     OnWhite(Covering(ReadPicture(*background), keyed.width, keyed.height)));

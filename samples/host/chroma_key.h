@@ -5,13 +5,15 @@
 #include <vector>
 
 #include "command_line.h"
+#include "pictavo/pictavo_host.h"
 
 namespace host {
 
 using Keys = std::vector<pictavo::ChromaKey>;
 
 /// Writes the keyed source; true when the library did it.
-bool Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source, const Keys& keys);
+pictavo::Outcome Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source,
+                     const Keys& keys);
 
 /// Takes RRGGBB ANGLE DENOISE from a command line.
 pictavo::ChromaKey ParseKey(Parser* parser);

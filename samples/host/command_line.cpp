@@ -61,4 +61,37 @@ Size Parser::Dimensions(const std::string& what) {
   return {width, height};
 }
 
+namespace {
+
+const Option& FindOption(const std::string& name, const std::vector<Option>& options) {
+  for (const Option& option : options) {
+    if (name == option.name) return option;
+  }
+  throw UsageFailure("there is no option \"" + name + '"');
+}
+
+}  // namespace
+
+Arguments TakeOptions(const Arguments& arguments, const std::vector<Option>& options) {
+  Arguments others;
+  Parser parser(arguments);
+  while (!parser.AtEnd()) {
+    const bool option = parser.AtOption();
+    const std::wstring argument = parser.Next("an argument");
+    if (option) {
+      FindOption(Utf8(argument), options).take(parser);
+    } else {
+      others.push_back(argument);
+    }
+  }
+  return others;
+}
+
+Arguments TakeFiles(size_t count, const char* what, const Arguments& arguments,
+                    const std::vector<Option>& options) {
+  Arguments files = TakeOptions(arguments, options);
+  if (files.size() != count) throw UsageFailure(Format("%s, not %zu", what, files.size()));
+  return files;
+}
+
 }  // namespace host

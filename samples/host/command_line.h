@@ -1,6 +1,7 @@
 #ifndef PICTAVO_SAMPLES_HOST_COMMAND_LINE_H_
 #define PICTAVO_SAMPLES_HOST_COMMAND_LINE_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,20 @@ class Parser {
   const Arguments& arguments_;
   size_t next_ = 0;
 };
+
+/// An option of a command, and what takes the arguments behind it.
+struct Option {
+  const char* name;
+  std::function<void(Parser& parser)> take;
+};
+
+/// The arguments that are neither options nor theirs; the options take theirs in the order of the
+/// command line.
+Arguments TakeOptions(const Arguments& arguments, const std::vector<Option>& options);
+
+/// The same for a command that takes so many files; `what` says so to people.
+Arguments TakeFiles(size_t count, const char* what, const Arguments& arguments,
+                    const std::vector<Option>& options);
 
 }  // namespace host
 

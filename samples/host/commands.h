@@ -24,6 +24,9 @@ extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kM
     kStreamCommand, kOpenCLCommand, kGpuKeyCommand, kGpuBlurCommand, kGpuResizeCommand,
     kGpuTurnCommand, kGpuOutlineCommand, kDemoCommand;
 
+/// --level N, which sets the library's level, up to the one that it has.
+Option LevelOption(pictavo::Library& library);
+
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);
 

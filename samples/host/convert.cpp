@@ -12,22 +12,23 @@ namespace host {
 namespace {
 
 using pictavo::IPictavo6;
+using pictavo::Outcome;
 using pictavo::PICTAVO_S_OK;
 
 struct Conversion {
   const char* name;
   int slot;
   const char* description;
-  /// Converts src into dst, which holds the same pixels before. True when the library did it.
-  bool (*convert)(IPictavo6* object, Picture* dst, const Picture& src);
+  /// Converts src into dst, which holds the same pixels before.
+  Outcome (*convert)(IPictavo6* object, Picture* dst, const Picture& src);
 };
 
 using ConvertPictureFn = decltype(&IPictavo6::ConvertPictureFromRGB);
 
 template <ConvertPictureFn method, u32 model, u32 matrix, u32 range>
-bool ConvertSpace(IPictavo6* object, Picture* d, const Picture& s) {
-  return (object->*method)(s.pixels.data(), s.width, s.height, s.pitch(), d->pixels.data(),
-                           d->pitch(), model, matrix, range) == PICTAVO_S_OK;
+Outcome ConvertSpace(IPictavo6* object, Picture* d, const Picture& s) {
+  return pictavo::Call<method>(object, s.pixels.data(), s.width, s.height, s.pitch(),
+                               d->pixels.data(), d->pitch(), model, matrix, range);
 }
 
 template <ConvertPictureFn method>
@@ -44,22 +45,25 @@ constexpr auto ConvertHsl =
 const Conversion kConversions[] = {
     {"premultiplied", 18, "colours times alpha",
      [](IPictavo6* object, Picture* d, const Picture&) {
-       return object->PremultiplyPitched(d->pixels.data(), d->width, d->height, d->pitch()) == 1;
+       return pictavo::Call<&pictavo::IPictavo6::PremultiplyPitched>(
+           object, d->pixels.data(), d->width, d->height, d->pitch());
      }},
     {"straight", 16, "colours divided by alpha",
      [](IPictavo6* object, Picture* d, const Picture&) {
-       return object->UnpremultiplyPitched(d->pixels.data(), d->width, d->height, d->pitch()) == 1;
+       return pictavo::Call<&pictavo::IPictavo6::UnpremultiplyPitched>(
+           object, d->pixels.data(), d->width, d->height, d->pitch());
      }},
     {"yuva", 20, "V as blue, U as green, Y as red",
      [](IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ConvertBGRAToYUVA(s.pixels.data(), static_cast<u32>(s.width), s.height,
-                                        s.pitch(), d->pixels.data(), d->pitch()) == PICTAVO_S_OK;
+       return pictavo::Call<&pictavo::IPictavo6::ConvertBGRAToYUVA>(
+           object, s.pixels.data(), static_cast<u32>(s.width), s.height, s.pitch(),
+           d->pixels.data(), d->pitch());
      }},
     {"grey", 46, "the mean of the colours",
      [](IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ConvertBGRAToGray(s.pixels.data(), s.width, s.height, s.pitch(),
-                                        reinterpret_cast<u32*>(d->pixels.data()),
-                                        d->pitch()) == PICTAVO_S_OK;
+       return pictavo::Call<&pictavo::IPictavo6::ConvertBGRAToGray>(
+           object, s.pixels.data(), s.width, s.height, s.pitch(),
+           reinterpret_cast<u32*>(d->pixels.data()), d->pitch());
      }},
     {"yuv709", 88, "BT.709: Y as red, U as green",
      ConvertYuv709<&IPictavo6::ConvertPictureFromRGB>},
@@ -78,30 +82,19 @@ const Conversion& FindConversion(const std::string& name) {
 }
 
 int RunConvert(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   const Conversion* conversion = nullptr;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--to") {
-      conversion = &FindConversion(Utf8(parser.Next("the name after --to")));
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("convert takes two files, PICTURE OUT");
+  const Arguments files =
+      TakeFiles(2, "convert takes two files, PICTURE OUT", arguments,
+                {{"--to",
+                  [&](Parser& parser) {
+                    conversion = &FindConversion(Utf8(parser.Next("the name after --to")));
+                  }},
+                 LevelOption(library)});
   if (conversion == nullptr) throw UsageFailure("convert needs --to");
   const Picture picture = ReadPicture(files[0]);
   Picture converted = picture;
-  if (!conversion->convert(library.get(), &converted, picture)) {
-    throw Failure("the library refused to convert the picture");
-  }
+  const Outcome outcome = conversion->convert(library.get(), &converted, picture);
+  if (!outcome) throw Refusal("to convert the picture", outcome.result);
   WritePicture(files[1], converted);
   std::printf("%s: %d x %d, %s (slot %d) at level %d\n", Utf8(files[1]).c_str(), converted.width,
               converted.height, conversion->name, conversion->slot, library->GetCPULevel());
@@ -119,43 +112,29 @@ Picture WithRoom(const Picture& picture, i32 border) {
 }
 
 /// Extends what WithRoom put into the middle.
-bool ExtendBorder(IPictavo6* object, Picture* room, i32 border, bool transparent) {
+Outcome ExtendBorder(IPictavo6* object, Picture* room, i32 border, bool transparent) {
   pictavo::ImageDesc image = Describe(*room);
   image.data = room->At(border, border);
   image.width -= 2 * border;
   image.height -= 2 * border;
   const u32 width = static_cast<u32>(border);
-  return (transparent ? object->ExtendBoundaryTransparent(&image, width)
-                      : object->ExtendBoundary(&image, width)) == PICTAVO_S_OK;
+  return transparent ? pictavo::Call<&IPictavo6::ExtendBoundaryTransparent>(object, &image, width)
+                     : pictavo::Call<&IPictavo6::ExtendBoundary>(object, &image, width);
 }
 
 int RunBorder(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   constexpr i32 kWidest = 1 << 16;
   i32 border = -1;
   bool transparent = false;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--width") {
-      border = parser.Integer("--width", 0, kWidest);
-    } else if (option == "--transparent") {
-      transparent = true;
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("border takes two files, PICTURE OUT");
+  const Arguments files = TakeFiles(
+      2, "border takes two files, PICTURE OUT", arguments,
+      {{"--width", [&](Parser& parser) { border = parser.Integer("--width", 0, kWidest); }},
+       {"--transparent", [&](Parser&) { transparent = true; }}});
   if (border < 0) throw UsageFailure("border needs --width");
   const Picture picture = ReadPicture(files[0]);
   Picture extended = WithRoom(picture, border);
-  if (!ExtendBorder(library.get(), &extended, border, transparent)) {
-    throw Failure("the library refused to extend the picture");
-  }
+  const Outcome outcome = ExtendBorder(library.get(), &extended, border, transparent);
+  if (!outcome) throw Refusal("to extend the picture", outcome.result);
   WritePicture(files[1], extended);
   std::printf("%s: %d x %d from %d x %d\n", Utf8(files[1]).c_str(), extended.width, extended.height,
               picture.width, picture.height);
@@ -200,7 +179,7 @@ SheetPicture ShowHistogram(Demo& demo, const char* name, const Picture& picture)
              dst->pixels.data(), static_cast<u32>(dst->width), static_cast<u32>(dst->height),
              static_cast<u32>(dst->pitch()), bins.data(), 256, 2);
          std::memcpy(dst->pixels.data(), bins.data(), std::min(sizeof bins, dst->pixels.size()));
-         return result == PICTAVO_S_OK;
+         return Outcome{result, result == PICTAVO_S_OK};
        }});
   const Histogram histogram(demo.object, picture);
   return {Plot(histogram, 360, 240),
@@ -226,7 +205,7 @@ SheetPicture ShowColours(Demo& demo) {
                           std::memcpy(dst->At(x, y), &colour, sizeof colour);
                         }
                       }
-                      return true;
+                      return Outcome{PICTAVO_S_OK, true};
                     }});
   return {std::move(colours),
           "HSL to RGB",
@@ -246,7 +225,7 @@ SheetPicture ShowDrawing(Demo& demo) {
                                              d->height, static_cast<u32>(d->pitch()), rect,
                                              Hsl(object, 15 * i, 150));
          }
-         return result == PICTAVO_S_OK;
+         return Outcome{result, result == PICTAVO_S_OK};
        }});
   return {std::move(drawn), "outlines on a fill", "slots 48, 77", {"in colours of slot 95", ""}};
 }

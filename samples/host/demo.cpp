@@ -31,8 +31,8 @@ Run RunAtLevel(pictavo::IPictavo6* object, const Examined& operation, i32 level)
                   result.pixels.begin());
       },
       [&] {
-        if (!operation.run(object, &result)) {
-          throw Failure("the library refused the operation " + operation.name);
+        if (const pictavo::Outcome outcome = operation.run(object, &result); !outcome) {
+          throw Refusal("the operation " + operation.name, outcome.result);
         }
       });
   const double pixels = static_cast<double>(result.width) * result.height;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "contact_sheet.h"
+#include "pictavo/pictavo_host.h"
 #include "picture.h"
 #include "text.h"
 
@@ -18,8 +19,8 @@ struct Examined {
   std::string name;
   int slot;
   Picture before;  // what the destination holds before each run
-  /// Writes the destination; true when the library did it.
-  std::function<bool(pictavo::IPictavo6* object, Picture* dst)> run;
+  /// Writes the destination.
+  std::function<pictavo::Outcome(pictavo::IPictavo6* object, Picture* dst)> run;
   /// What a level must give. Without one, the bytes of the portable build.
   std::function<Picture(i32 level)> expected = {};
 };

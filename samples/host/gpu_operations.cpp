@@ -74,15 +74,21 @@ Picture OutlineOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& 
   return outlined;
 }
 
-/// Takes what follows PICTURE OUT from a command line, and does it.
-using Work = Picture (*)(const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src);
+/// A picture to work on, and what follows PICTURE OUT on the command line.
+struct Job {
+  const Gpu& gpu;
+  pictavo::IPictavo6* object;
+  Parser* settings;
+  Picture src;
+};
+using Work = Picture (*)(const Job& job);
 
 template <Work work>
 int RunOnGpu(pictavo::Library& library, const Arguments& arguments) {
   Parser parser(arguments);
   const std::wstring from = parser.Next("PICTURE"), to = parser.Next("OUT");
   const Gpu gpu;
-  const Picture result = work(gpu, library.get(), &parser, ReadPicture(from));
+  const Picture result = work({gpu, library.get(), &parser, ReadPicture(from)});
   if (!parser.AtEnd()) throw UsageFailure("there is one argument too many");
   WritePicture(to, result);
   std::printf("%s: %d x %d, on what Direct3D calls %s\n", Utf8(to).c_str(), result.width,
@@ -206,45 +212,46 @@ SheetColumn ShowTurnedAndOutlined(const Demo& demo, const Gpu& gpu) {
 
 }  // namespace
 
-const Command kGpuKeyCommand = {
-    L"gpu-key",
-    "  pictavo-host gpu-key PICTURE OUT RRGGBB ANGLE DENOISE\n"
-    "      As key, on the graphics card.\n",
-    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
-      return KeyOnGpu(gpu, object, src, {ParseKey(settings)});
-    }>};
+const Command kGpuKeyCommand = {L"gpu-key",
+                                "  pictavo-host gpu-key PICTURE OUT RRGGBB ANGLE DENOISE\n"
+                                "      As key, on the graphics card.\n",
+                                RunOnGpu<[](const Job& job) {
+                                  return KeyOnGpu(job.gpu, job.object, job.src,
+                                                  {ParseKey(job.settings)});
+                                }>};
 
 const Command kGpuBlurCommand = {
     L"gpu-blur",
     "  pictavo-host gpu-blur PICTURE OUT RADIUS\n"
     "      Blurs by a box, on the graphics card.\n",
-    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
-      return BlurOnGpu(gpu, object, src, static_cast<u32>(settings->Integer("RADIUS", 0, 1 << 20)));
+    RunOnGpu<[](const Job& job) {
+      return BlurOnGpu(job.gpu, job.object, job.src,
+                       static_cast<u32>(job.settings->Integer("RADIUS", 0, 1 << 20)));
     }>};
 
 const Command kGpuResizeCommand = {
     L"gpu-resize",
     "  pictavo-host gpu-resize PICTURE OUT WxH\n"
     "      Resizes by the mean of sixteen samples, on the graphics card.\n",
-    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
-      return ResizeOnGpu(gpu, object, src, settings->Dimensions("WxH"));
+    RunOnGpu<[](const Job& job) {
+      return ResizeOnGpu(job.gpu, job.object, job.src, job.settings->Dimensions("WxH"));
     }>};
 
 const Command kGpuTurnCommand = {
     L"gpu-turn",
     "  pictavo-host gpu-turn PICTURE OUT DEGREES\n"
     "      Turns a picture around its middle, clockwise, on the graphics card.\n",
-    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
-      return TurnOnGpu(gpu, object, src, double{settings->Real("DEGREES")});
+    RunOnGpu<[](const Job& job) {
+      return TurnOnGpu(job.gpu, job.object, job.src, double{job.settings->Real("DEGREES")});
     }>};
 
 const Command kGpuOutlineCommand = {
     L"gpu-outline",
     "  pictavo-host gpu-outline PICTURE OUT RADIUS RRGGBB\n"
     "      Draws a line around what is not clear, on the graphics card.\n",
-    RunOnGpu<[](const Gpu& gpu, pictavo::IPictavo6* object, Parser* settings, Picture src) {
-      const auto radius = static_cast<u32>(settings->Integer("RADIUS", 0, 32));
-      return OutlineOnGpu(gpu, object, src, radius, settings->Hex("RRGGBB", 6));
+    RunOnGpu<[](const Job& job) {
+      const auto radius = static_cast<u32>(job.settings->Integer("RADIUS", 0, 32));
+      return OutlineOnGpu(job.gpu, job.object, job.src, radius, job.settings->Hex("RRGGBB", 6));
     }>};
 
 std::vector<SheetColumn> ShowGpu(Demo& demo) {

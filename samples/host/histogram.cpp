@@ -64,19 +64,9 @@ void PrintBins(const Histogram& histogram) {
 }
 
 int RunHistogram(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   bool text = false;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option != "--text") throw UsageFailure("there is no option \"" + option + '"');
-    text = true;
-  }
-  if (files.size() != 2) throw UsageFailure("histogram takes two files, PICTURE OUT");
+  const Arguments files = TakeFiles(2, "histogram takes two files, PICTURE OUT", arguments,
+                                    {{"--text", [&](Parser&) { text = true; }}});
   const Picture picture = ReadPicture(files[0]);
   const Histogram histogram(library.get(), picture);
   WritePicture(files[1], Plot(histogram, 1024, 512));

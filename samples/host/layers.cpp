@@ -28,13 +28,14 @@ constexpr Mode kModes[] = {
     {11, "colour", "the layer's hue and saturation"},
 };
 
-bool Lay(pictavo::IPictavo6* object, Picture* background, const Picture& layer,
-         const pictavo::BlendParam& param) {
+pictavo::Outcome Lay(pictavo::IPictavo6* object, Picture* background, const Picture& layer,
+                     const pictavo::BlendParam& param) {
   pictavo::ImageDesc dst = Describe(*background);
   const pictavo::ImageDesc src = Describe(layer);
   const bool between = param.fractionX != 0 || param.fractionY != 0;
-  return (between ? object->BlendLayerSubpixel(&dst, &src, &param)
-                  : object->BlendLayer(&dst, &src, &param)) == pictavo::PICTAVO_S_OK;
+  return between
+             ? pictavo::Call<&pictavo::IPictavo6::BlendLayerSubpixel>(object, &dst, &src, &param)
+             : pictavo::Call<&pictavo::IPictavo6::BlendLayer>(object, &dst, &src, &param);
 }
 
 u32 ModeNamed(const std::string& name) {
@@ -45,38 +46,30 @@ u32 ModeNamed(const std::string& name) {
 }
 
 int RunLayer(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   pictavo::BlendParam param = {0, 255, 0, 0, 0};
   std::string mode = "normal";
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--mode") {
-      mode = Utf8(parser.Next("the name after --mode"));
-      param.mode = ModeNamed(mode);
-    } else if (option == "--opacity") {
-      param.opacity = static_cast<u32>(parser.Integer("--opacity", 0, 255));
-    } else if (option == "--over-alpha") {
-      param.alphaMode = 2;
-    } else if (option == "--shift") {
-      param.fractionX = parser.Real("X of --shift");
-      param.fractionY = parser.Real("Y of --shift");
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 3) throw UsageFailure("layer takes three files, BACKGROUND LAYER OUT");
+  const Arguments files = TakeFiles(3, "layer takes three files, BACKGROUND LAYER OUT", arguments,
+                                    {{"--mode",
+                                      [&](Parser& parser) {
+                                        mode = Utf8(parser.Next("the name after --mode"));
+                                        param.mode = ModeNamed(mode);
+                                      }},
+                                     {"--opacity",
+                                      [&](Parser& parser) {
+                                        param.opacity =
+                                            static_cast<u32>(parser.Integer("--opacity", 0, 255));
+                                      }},
+                                     {"--over-alpha", [&](Parser&) { param.alphaMode = 2; }},
+                                     {"--shift",
+                                      [&](Parser& parser) {
+                                        param.fractionX = parser.Real("X of --shift");
+                                        param.fractionY = parser.Real("Y of --shift");
+                                      }},
+                                     LevelOption(library)});
   Picture background = ReadPicture(files[0]);
   const Picture layer = ReadPicture(files[1]);
-  if (!Lay(library.get(), &background, layer, param)) {
-    throw Failure("the library refused mode " + mode + " with these settings");
-  }
+  const pictavo::Outcome outcome = Lay(library.get(), &background, layer, param);
+  if (!outcome) throw Refusal("mode " + mode + " with these settings", outcome.result);
   WritePicture(files[2], background);
   std::printf("%s: %d x %d, mode %s at level %d\n", Utf8(files[2]).c_str(), background.width,
               background.height, mode.c_str(), library->GetCPULevel());

@@ -132,6 +132,13 @@ int Main(const Arguments& arguments) {
 }
 
 }  // namespace
+
+Option LevelOption(pictavo::Library& library) {
+  return {"--level", [&library, highest = library->GetCPULevel()](Parser& parser) {
+            library->SetCPULevel(parser.Integer("--level", 0, highest));
+          }};
+}
+
 }  // namespace host
 
 int wmain(int count, wchar_t** arguments) {

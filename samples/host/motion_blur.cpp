@@ -23,46 +23,32 @@ struct Room {
   Rect place;
 };
 
-bool Blur(pictavo::IPictavo6* object, Picture* dst, const Picture& picture,
-          const pictavo::MotionBlurParam& param) {
+pictavo::Outcome Blur(pictavo::IPictavo6* object, Picture* dst, const Picture& picture,
+                      const pictavo::MotionBlurParam& param) {
   const pictavo::ImageDesc src = Describe(picture);
   pictavo::ImageDesc to = Describe(*dst);
-  return object->MotionBlur(&src, &to, &param) == pictavo::PICTAVO_S_OK;
+  return pictavo::Call<&pictavo::IPictavo6::MotionBlur>(object, &src, &to, &param);
 }
 
 int RunMotionBlur(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   pictavo::MotionBlurParam param = {1, 30, 0, 0, 1, 0, 0};
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--direction") {
-      param.dirX = parser.Real("X of --direction");
-      param.dirY = parser.Real("Y of --direction");
-    } else if (option == "--zoom") {
-      param.zoom = parser.Real("--zoom");
-    } else if (option == "--spin") {
-      param.angle = parser.Real("--spin");
-    } else if (option == "--strength") {
-      param.strength = parser.Real("--strength");
-    } else if (option == "--samples") {
-      param.maxSamples = parser.Integer("--samples", 2, 65536);
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("motion-blur takes two files, PICTURE OUT");
+  const Arguments files = TakeFiles(
+      2, "motion-blur takes two files, PICTURE OUT", arguments,
+      {{"--direction",
+        [&](Parser& parser) {
+          param.dirX = parser.Real("X of --direction");
+          param.dirY = parser.Real("Y of --direction");
+        }},
+       {"--zoom", [&](Parser& parser) { param.zoom = parser.Real("--zoom"); }},
+       {"--spin", [&](Parser& parser) { param.angle = parser.Real("--spin"); }},
+       {"--strength", [&](Parser& parser) { param.strength = parser.Real("--strength"); }},
+       {"--samples",
+        [&](Parser& parser) { param.maxSamples = parser.Integer("--samples", 2, 65536); }},
+       LevelOption(library)});
   const Picture picture = ReadPicture(files[0]);
   Picture blurred = Room(library.get(), picture, param).picture;
-  if (!Blur(library.get(), &blurred, picture, param)) {
-    throw Failure("the library refused this motion");
-  }
+  const pictavo::Outcome outcome = Blur(library.get(), &blurred, picture, param);
+  if (!outcome) throw Refusal("this motion", outcome.result);
   WritePicture(files[1], blurred);
   std::printf("%s: %d x %d from %d x %d, level %d\n", Utf8(files[1]).c_str(), blurred.width,
               blurred.height, picture.width, picture.height, library->GetCPULevel());

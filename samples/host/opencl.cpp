@@ -155,37 +155,25 @@ const OpenCLOperation& FindOpenCLOperation(const std::string& name) {
 }
 
 int RunOpenCL(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   const OpenCLOperation* operation = nullptr;
   Settings settings;
   constexpr i32 kLargest = 1 << 15;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--op") {
-      operation = &FindOpenCLOperation(Utf8(parser.Next("the name after --op")));
-    } else if (option == "--colour") {
-      settings.colour = parser.Hex("--colour", 8);
-    } else if (option == "--border") {
-      settings.border = parser.Integer("--border", 0, kLargest);
-    } else if (option == "--size") {
-      settings.size = parser.Dimensions("--size");
-    } else if (option == "--turn") {
-      settings.angle = parser.Real("--turn");
-    } else if (option == "--zoom") {
-      settings.zoom = parser.Real("--zoom");
-    } else if (option == "--radius") {
-      settings.radiusX = parser.Integer("--radius across", 0, 2047);
-      settings.radiusY = parser.Integer("--radius down", 0, 2047);
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("opencl takes two files, PICTURE OUT");
+  const Arguments files = TakeFiles(
+      2, "opencl takes two files, PICTURE OUT", arguments,
+      {{"--op",
+        [&](Parser& parser) {
+          operation = &FindOpenCLOperation(Utf8(parser.Next("the name after --op")));
+        }},
+       {"--colour", [&](Parser& parser) { settings.colour = parser.Hex("--colour", 8); }},
+       {"--border",
+        [&](Parser& parser) { settings.border = parser.Integer("--border", 0, kLargest); }},
+       {"--size", [&](Parser& parser) { settings.size = parser.Dimensions("--size"); }},
+       {"--turn", [&](Parser& parser) { settings.angle = parser.Real("--turn"); }},
+       {"--zoom", [&](Parser& parser) { settings.zoom = parser.Real("--zoom"); }},
+       {"--radius", [&](Parser& parser) {
+          settings.radiusX = parser.Integer("--radius across", 0, 2047);
+          settings.radiusY = parser.Integer("--radius down", 0, 2047);
+        }}});
   if (operation == nullptr) throw UsageFailure("opencl needs --op");
   if (!(std::abs(settings.zoom) >= 1e-3f)) throw UsageFailure("--zoom is too small");
   const Picture picture = ReadPicture(files[0]);

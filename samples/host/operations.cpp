@@ -9,7 +9,7 @@ namespace {
 
 using pictavo::IPictavo;
 using pictavo::IPictavo6;
-using pictavo::PICTAVO_S_OK;
+using pictavo::Outcome;
 
 using PackedMethod = u32 (IPictavo::*)(u8*, const u8*, i32, i32) noexcept;
 using PitchedMethod = u32 (IPictavo::*)(u8*, const u8*, i32, i32, i32) noexcept;
@@ -18,40 +18,41 @@ using RampOpacityMethod = u32 (IPictavo::*)(u8*, const u8*, i32, i32, i32, i32, 
                                             f32) noexcept;
 
 template <PackedMethod method>
-bool RunPacked(IPictavo6* object, Picture* background, const Picture& layer, const BlendSettings&) {
-  return (object->*method)(background->pixels.data(), layer.pixels.data(), layer.width,
-                           layer.height) == 1;
+Outcome RunPacked(IPictavo6* object, Picture* background, const Picture& layer,
+                  const BlendSettings&) {
+  return pictavo::Call<method>(object, background->pixels.data(), layer.pixels.data(), layer.width,
+                               layer.height);
 }
 
 template <PitchedMethod method>
-bool RunPitched(IPictavo6* object, Picture* background, const Picture& layer,
-                const BlendSettings&) {
-  return (object->*method)(background->pixels.data(), layer.pixels.data(), layer.width,
-                           layer.height, layer.pitch()) == 1;
+Outcome RunPitched(IPictavo6* object, Picture* background, const Picture& layer,
+                   const BlendSettings&) {
+  return pictavo::Call<method>(object, background->pixels.data(), layer.pixels.data(), layer.width,
+                               layer.height, layer.pitch());
 }
 
 template <RampMethod method>
-bool RunRamp(IPictavo6* object, Picture* background, const Picture& layer,
-             const BlendSettings& settings) {
-  return (object->*method)(background->pixels.data(), layer.pixels.data(), layer.width,
-                           layer.height, background->pitch(), layer.pitch(), settings.flip,
-                           settings.rampStart, settings.rampEnd) == 1;
+Outcome RunRamp(IPictavo6* object, Picture* background, const Picture& layer,
+                const BlendSettings& settings) {
+  return pictavo::Call<method>(object, background->pixels.data(), layer.pixels.data(), layer.width,
+                               layer.height, background->pitch(), layer.pitch(), settings.flip,
+                               settings.rampStart, settings.rampEnd);
 }
 
-bool RunOpacity(IPictavo6* object, Picture* background, const Picture& layer,
-                const BlendSettings& settings) {
-  return object->BlendOverWithOpacity(background->pixels.data(), layer.pixels.data(), layer.width,
-                                      layer.height, background->pitch(), layer.pitch(),
-                                      settings.opacity, settings.backdrop) == PICTAVO_S_OK;
+Outcome RunOpacity(IPictavo6* object, Picture* background, const Picture& layer,
+                   const BlendSettings& settings) {
+  return pictavo::Call<&pictavo::IPictavo6::BlendOverWithOpacity>(
+      object, background->pixels.data(), layer.pixels.data(), layer.width, layer.height,
+      background->pitch(), layer.pitch(), settings.opacity, settings.backdrop);
 }
 
 template <RampOpacityMethod method>
-bool RunRampOpacity(IPictavo6* object, Picture* background, const Picture& layer,
-                    const BlendSettings& settings) {
-  return (object->*method)(background->pixels.data(), layer.pixels.data(), layer.width,
-                           layer.height, background->pitch(), layer.pitch(), settings.opacity,
-                           settings.backdrop, settings.flip, settings.rampStart,
-                           settings.rampEnd) == 1;
+Outcome RunRampOpacity(IPictavo6* object, Picture* background, const Picture& layer,
+                       const BlendSettings& settings) {
+  return pictavo::Call<method>(object, background->pixels.data(), layer.pixels.data(), layer.width,
+                               layer.height, background->pitch(), layer.pitch(), settings.opacity,
+                               settings.backdrop, settings.flip, settings.rampStart,
+                               settings.rampEnd);
 }
 
 constexpr unsigned kFade = kRamp | kFlip;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "pictavo/pictavo_host.h"
 #include "picture.h"
 
 namespace host {
@@ -38,9 +39,9 @@ struct Operation {
   LevelRule levelRule;
   const char* description;
 
-  /// Blends the layer into the background, which has its size. True when the library did it.
-  bool (*run)(pictavo::IPictavo6* object, Picture* background, const Picture& layer,
-              const BlendSettings& settings);
+  /// Blends the layer into the background, which has its size.
+  pictavo::Outcome (*run)(pictavo::IPictavo6* object, Picture* background, const Picture& layer,
+                          const BlendSettings& settings);
 
   // The library takes pictures premultiplied or not; files and screens are not.
   Picture PreparedLayer(pictavo::IPictavo6* object, Picture layer) const;

@@ -54,9 +54,14 @@ HRESULT CreateFactory(ComPtr<IWICImagingFactory>* factory) {
                           IID_PPV_ARGS(factory->ReleaseAndGetAddressOf()));
 }
 
+/// The format that a file's name asks for. Throws UsageFailure for one that cannot be written.
 bool IsJpegName(const std::filesystem::path& path) {
   const std::wstring ending = path.extension().native();
-  return _wcsicmp(ending.c_str(), L".jpg") == 0 || _wcsicmp(ending.c_str(), L".jpeg") == 0;
+  const auto is = [&](const wchar_t* known) { return _wcsicmp(ending.c_str(), known) == 0; };
+  if (!is(L".png") && !is(L".jpg") && !is(L".jpeg")) {
+    throw UsageFailure("pictures are written to names in .png, .jpg or .jpeg, not " + Quoted(path));
+  }
+  return !is(L".png");
 }
 
 /// The source pixels that lie under one pixel of a resized row or column, first and last in part.
@@ -147,9 +152,12 @@ Picture ReadPicture(const std::filesystem::path& path) {
   return picture;
 }
 
-void WritePicture(const std::filesystem::path& path, const Picture& picture) {
+namespace {
+
+/// Writes the file; `path` names it to people.
+void Encode(const std::filesystem::path& file, const std::filesystem::path& path, bool jpeg,
+            const Picture& picture) {
   const Steps check = {"cannot write", "the codec failed", path};
-  const bool jpeg = IsJpegName(path);
   Picture pixels = jpeg ? OnWhite(picture) : picture;
   ComPtr<IWICImagingFactory> factory;
   ComPtr<IWICStream> stream;
@@ -160,7 +168,7 @@ void WritePicture(const std::filesystem::path& path, const Picture& picture) {
   WICPixelFormatGUID format = jpeg ? GUID_WICPixelFormat24bppBGR : GUID_WICPixelFormat32bppBGRA;
   check(CreateFactory(&factory));
   check(factory->CreateStream(&stream));
-  check(stream->InitializeFromFilename(path.c_str(), GENERIC_WRITE));
+  check(stream->InitializeFromFilename(file.c_str(), GENERIC_WRITE));
   check(factory->CreateEncoder(jpeg ? GUID_ContainerFormatJpeg : GUID_ContainerFormatPng, nullptr,
                                &encoder));
   check(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache));
@@ -176,6 +184,25 @@ void WritePicture(const std::filesystem::path& path, const Picture& picture) {
   check(frame->WriteSource(converted.Get(), nullptr));
   check(frame->Commit());
   check(encoder->Commit());
+}
+
+}  // namespace
+
+void WritePicture(const std::filesystem::path& path, const Picture& picture) {
+  const bool jpeg = IsJpegName(path);
+  std::filesystem::path beside = path;
+  beside += Format(".%lu.part", GetCurrentProcessId());
+  std::error_code ignored;
+  try {
+    Encode(beside, path, jpeg, picture);
+    if (!MoveFileExW(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+      throw Failure("cannot write " + Quoted(path) + ": " +
+                    SystemMessage(HRESULT_FROM_WIN32(GetLastError())));
+    }
+  } catch (...) {
+    std::filesystem::remove(beside, ignored);
+    throw;
+  }
 }
 
 Picture Cropped(const Picture& picture, const Rect& part) {

@@ -52,8 +52,8 @@ pictavo::ImageDesc Describe(const Picture& picture);  // to be read only
 /// Reads any picture that Windows has a codec for. Throws Failure. COM must be up.
 Picture ReadPicture(const std::filesystem::path& path);
 
-/// Writes a PNG, or a JPEG on white when the name ends in .jpg or .jpeg. Throws Failure. COM must
-/// be up.
+/// Writes a PNG, or a JPEG on white when the name ends in .jpg or .jpeg. A file that is there is
+/// replaced once all is written. Throws Failure, UsageFailure for other endings. COM must be up.
 void WritePicture(const std::filesystem::path& path, const Picture& picture);
 
 /// A part of a picture. It must lie inside.

@@ -14,40 +14,45 @@ struct Method {
   const char* name;
   int slot;
   const char* description;
-  u32 (*resize)(pictavo::IPictavo6* object, Picture* dst, const Picture& src);
+  pictavo::Outcome (*resize)(pictavo::IPictavo6* object, Picture* dst, const Picture& src);
 };
 
 const Method kMethods[] = {
     {"nearest", 55, "the pixel at the upper left",
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ResizeNearest32(reinterpret_cast<u32*>(d->pixels.data()), d->width, d->height,
-                                      d->pitch(), reinterpret_cast<const u32*>(s.pixels.data()),
-                                      s.width, s.height, s.pitch());
+       return pictavo::Call<&pictavo::IPictavo6::ResizeNearest32>(
+           object, reinterpret_cast<u32*>(d->pixels.data()), d->width, d->height, d->pitch(),
+           reinterpret_cast<const u32*>(s.pixels.data()), s.width, s.height, s.pitch());
      }},
     {"bilinear7", 31, "bilinear, 7-bit weights",
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ResizeBilinear7(d->pixels.data(), d->width, d->height, d->pitch(),
-                                      s.pixels.data(), s.width, s.height, s.pitch());
+       return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear7>(
+           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
+           s.height, s.pitch());
      }},
     {"bilinear16", 58, "bilinear, 16-bit weights",
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ResizeBilinear16KeepAlpha(d->pixels.data(), d->width, d->height, d->pitch(),
-                                                s.pixels.data(), s.width, s.height, s.pitch(), 1);
+       return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear16KeepAlpha>(
+           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
+           s.height, s.pitch(), 1);
      }},
     {"bilinear16-opaque", 30, "the same, made opaque",
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ResizeBilinear16(d->pixels.data(), d->width, d->height, d->pitch(),
-                                       s.pixels.data(), s.width, s.height, s.pitch(), 1, 1);
+       return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear16>(
+           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
+           s.height, s.pitch(), 1, 1);
      }},
     {"box", 57, "the mean of sixteen samples",
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ResizeBox16(d->pixels.data(), d->width, d->height, d->pitch(),
-                                  s.pixels.data(), s.width, s.height, s.pitch());
+       return pictavo::Call<&pictavo::IPictavo6::ResizeBox16>(
+           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
+           s.height, s.pitch());
      }},
     {"box-weighted", 29, "the same, weighted by alpha",
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return object->ResizeBox16AlphaWeighted(d->pixels.data(), d->width, d->height, d->pitch(),
-                                               s.pixels.data(), s.width, s.height, s.pitch(), 0);
+       return pictavo::Call<&pictavo::IPictavo6::ResizeBox16AlphaWeighted>(
+           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
+           s.height, s.pitch(), 0);
      }},
 };
 
@@ -59,33 +64,21 @@ const Method& FindMethod(const std::string& name) {
 }
 
 int RunResize(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::vector<std::wstring> files;
   std::optional<Size> size;
   const Method* method = nullptr;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      files.push_back(parser.Next("a file"));
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--size") {
-      size = parser.Dimensions("--size");
-    } else if (option == "--method") {
-      method = &FindMethod(Utf8(parser.Next("the name after --method")));
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
-  if (files.size() != 2) throw UsageFailure("resize takes two files, PICTURE OUT");
+  const Arguments files =
+      TakeFiles(2, "resize takes two files, PICTURE OUT", arguments,
+                {{"--size", [&](Parser& parser) { size = parser.Dimensions("--size"); }},
+                 {"--method",
+                  [&](Parser& parser) {
+                    method = &FindMethod(Utf8(parser.Next("the name after --method")));
+                  }},
+                 LevelOption(library)});
   if (!size || method == nullptr) throw UsageFailure("resize needs --size and --method");
   Picture resized(size->width, size->height);
   const Picture picture = ReadPicture(files[0]);
-  if (method->resize(library.get(), &resized, picture) != pictavo::PICTAVO_S_OK) {
-    throw Failure("the library refused to resize the picture");
-  }
+  const pictavo::Outcome outcome = method->resize(library.get(), &resized, picture);
+  if (!outcome) throw Refusal("to resize the picture", outcome.result);
   WritePicture(files[1], resized);
   std::printf("%s: %d x %d from %d x %d, %s (slot %d) at level %d\n", Utf8(files[1]).c_str(),
               resized.width, resized.height, picture.width, picture.height, method->name,
@@ -95,10 +88,9 @@ int RunResize(pictavo::Library& library, const Arguments& arguments) {
 
 Picture Resize(Demo& demo, const Method& method, const char* how, const Picture& src, i32 width,
                i32 height) {
-  return demo.Examine({std::string(method.name) + how, method.slot, Picture(width, height),
-                       [&](pictavo::IPictavo6* object, Picture* dst) {
-                         return method.resize(object, dst, src) == pictavo::PICTAVO_S_OK;
-                       }});
+  return demo.Examine(
+      {std::string(method.name) + how, method.slot, Picture(width, height),
+       [&](pictavo::IPictavo6* object, Picture* dst) { return method.resize(object, dst, src); }});
 }
 
 }  // namespace
@@ -121,7 +113,7 @@ const Effect kResizeEffect = {
       const Method& method =
           FindMethod(settings.AtEnd() ? "bilinear16" : Utf8(settings.Next("METHOD of resize")));
       return {size, false, [&](pictavo::IPictavo6* object, Picture* frame, Picture* result) {
-                return method.resize(object, result, *frame) == pictavo::PICTAVO_S_OK;
+                return method.resize(object, result, *frame);
               }};
     }};
 

@@ -148,35 +148,21 @@ class Stream {
 };
 
 int RunStream(pictavo::Library& library, const Arguments& arguments) {
-  Parser parser(arguments);
-  std::optional<std::wstring> chain;
   std::optional<Size> size;
   // One more than processors: one waits for its turn or for a frame.
   i32 threads = static_cast<i32>(std::thread::hardware_concurrency()) + 1;
-  while (!parser.AtEnd()) {
-    if (!parser.AtOption()) {
-      if (chain) throw UsageFailure("stream takes one chain; put it in quotes");
-      chain = parser.Next("the chain");
-      continue;
-    }
-    const std::string option = Utf8(parser.Next("an option"));
-    if (option == "--size") {
-      size = FrameSize(&parser, "--size");
-    } else if (option == "--threads") {
-      threads = parser.Integer("--threads", 1, 256);
-    } else if (option == "--level") {
-      library->SetCPULevel(parser.Integer("--level", 0, library->GetCPULevel()));
-    } else {
-      throw UsageFailure("there is no option \"" + option + '"');
-    }
-  }
+  const Arguments chain = TakeOptions(
+      arguments, {{"--size", [&](Parser& parser) { size = FrameSize(&parser, "--size"); }},
+                  {"--threads", [&](Parser& p) { threads = p.Integer("--threads", 1, 256); }},
+                  LevelOption(library)});
+  if (chain.size() > 1) throw UsageFailure("stream takes one chain; put it in quotes");
   if (!size) throw UsageFailure("stream needs the size of a frame, --size WxH", kBadSize);
   for (const DWORD end : {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE}) {
     DWORD mode;
     if (GetConsoleMode(GetStdHandle(end), &mode))
       throw UsageFailure("stream reads and writes raw frames, through pipes or files");
   }
-  const std::vector<Step> steps = ParseChain(chain.value_or(L""), *size);
+  const std::vector<Step> steps = ParseChain(chain.empty() ? L"" : chain[0], *size);
   Stream(library.get(), steps, *size).Run(threads);
   return 0;
 }
@@ -185,7 +171,7 @@ int RunStream(pictavo::Library& library, const Arguments& arguments) {
 
 const Command kStreamCommand = {
     L"stream",
-    "  pictavo-host stream --size WxH 'EFFECT | EFFECT | ...' [options]\n"
+    "  pictavo-host stream --size WxH \"EFFECT | EFFECT | ...\" [options]\n"
     "      Runs raw BGRA frames from the standard input to the standard output through a chain:\n"
     "      key=RRGGBB:ANGLE:DENOISE   makes a colour clear\n"
     "      over=FILE                  lays the frame over a picture\n"

@@ -5,6 +5,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "pictavo/pictavo_host.h"
+
 namespace host {
 
 std::string Utf8(std::wstring_view text) {
@@ -47,6 +49,17 @@ std::string SystemMessage(HRESULT code) {
   std::wstring_view text(message, length);
   while (!text.empty() && (text.back() == L' ' || text.back() == L'.')) text.remove_suffix(1);
   return text.empty() ? Format("error 0x%08lX", static_cast<unsigned long>(code)) : Utf8(text);
+}
+
+Failure Refusal(const std::string& what, std::uint32_t code) {
+  std::string message = Format("the library refused %s with 0x%08X", what.c_str(), code);
+  const char* before = "; missing beside the library: ";
+  for (const wchar_t* file : pictavo::kModuleFiles) {
+    if (GetModuleHandleW(file) != nullptr) continue;
+    message += before + Utf8(file);
+    before = ", ";
+  }
+  return Failure(message);
 }
 
 Progress::Progress() : watched_(_isatty(_fileno(stderr)) != 0) {}

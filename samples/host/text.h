@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <chrono>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -37,6 +38,9 @@ class Failure : public std::runtime_error {
  private:
   int exitCode_;
 };
+
+/// The library refused a call: what it was for, the code, and modules that are missing.
+Failure Refusal(const std::string& what, std::uint32_t code);
 
 /// A misused command line.
 class UsageFailure : public Failure {

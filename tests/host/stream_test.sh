@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs raw frames through pictavo-host stream.
+# Runs raw frames through pictavo-host stream, and sees how the program refuses.
 #   stream_test.sh SOURCE-DIR PROGRAM.exe
 set -uo pipefail
 host() { "$source/scripts/wine.sh" "$program" stream "$@" 2>"$work/errors"; }
@@ -45,3 +45,19 @@ expect 1 "cannot read" --size 64x48 over=nothing.png
 for _ in {1..50}; do cat "$work/frames"; done | { host --size 64x48 blur=2; echo $? > "$work/code"; } | head -c 1 > "$work/out"
 [ "$(cat "$work/code")" -eq 6 ] || fail "a closed pipe gives $(cat "$work/code")"
 grep -q "nobody takes" "$work/errors" || fail "the message for a closed pipe"
+
+# Pictures: an ending that is no format, and a name that cannot be replaced.
+base64 -d > "$work/one.png" <<< iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg==
+blur() { (cd "$work" && "$source/scripts/wine.sh" "$program" blur one.png "$1" --radius 1 > out 2> errors); }
+echo old > "$work/old.bmp"
+mkdir "$work/folder.png"
+blur old.bmp; [ $? -eq 2 ] && grep -q "\.jpeg" "$work/errors" && grep -q old "$work/old.bmp" || fail "an unknown ending"
+blur folder.png; [ $? -eq 1 ] && ! ls "$work"/*.part 2>/dev/null || fail "what is left of a failed write"
+blur two.png || fail "a plain write"
+cmp -n 8 "$work/one.png" "$work/two.png" || fail "no PNG was written"
+
+# The library without its modules says so.
+mkdir "$work/alone"
+cp "$program" "$(dirname "$program")/Pictavo.dll" "$work/alone"
+program=$work/alone/$(basename "$program")
+expect 1 'with 0x80004005; missing.*ConvertUtility.dll' --size 64x48 convert=hsv
