@@ -66,10 +66,11 @@ void* operator new[](size_t size, const std::nothrow_t&) noexcept {
   return pictavo::Take() ? std::malloc(size) : nullptr;
 }
 
-void* operator new(size_t size) {
+// Inlined, these would seem not to belong together.
+[[gnu::noinline]] void* operator new(size_t size) {
   void* const memory =
       !pictavo::test::isInOperation || pictavo::Take() ? std::malloc(size) : nullptr;
   return memory != nullptr ? memory : throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept { std::free(memory); }
