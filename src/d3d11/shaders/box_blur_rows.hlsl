@@ -45,9 +45,8 @@ void Slide(inout uint4 sum, uint row, uint left) {
     const uint at = row * kPitch + column;
     sum += Unpacked(tiles[kGained + at]);
     const uint divisor = WindowSize(min(left + column, uWidth - 1), uWidth);
-    const uint4 whole = sum / divisor;
-    const uint4 remainder = sum - whole * divisor;
-    tiles[kGained + at] = Packed(whole);
+    const uint4 remainder = sum % divisor;
+    tiles[kGained + at] = Packed(sum / divisor);
     tiles[kFirst + at] = remainder.x | remainder.y << 16;
     tiles[kSecond + at] = remainder.z | remainder.w << 16;
     sum -= Unpacked(tiles[kLost + at]);
