@@ -67,7 +67,7 @@ struct YuvSum {
   }
 };
 
-inline V GreenOne(V p) { return (Odd(p) & V::All32(0xFF)) | V::All32(YuvSum::kOne << 16); }
+inline V GreenOne(V p) { return JoinHalves(Odd(p), V::All32(YuvSum::kOne << 16)); }
 
 struct Yuva {
   // Scaled so that the results stand in the high halves; luma's green would not fit 16 bits.
