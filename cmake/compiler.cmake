@@ -6,9 +6,12 @@ target_include_directories(pictavo_flags INTERFACE
 if(MSVC)  # cl and clang-cl
   target_compile_options(pictavo_flags INTERFACE /W4 /WX /fp:precise /utf-8)
 else()
-  # Float rules are exact and in the stated order: no contraction into fused multiply-adds.
+  # Float rules are exact and in the stated order: no contraction into fused multiply-adds. Roots are
+  # the processor's, without the C library's errno for negative numbers, which MinGW sets by way of
+  # the x87 unit.
   target_compile_options(pictavo_flags INTERFACE
-    -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Werror -ffp-contract=off)
+    -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Werror -ffp-contract=off
+    -fno-math-errno)
 endif()
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -34,6 +34,8 @@
 /// - Levels. A method runs the fastest build that the object's instruction-set level allows. The
 ///   portable build (below level 3) is the reference; every other build gives its bytes except
 ///   where the method's comment states a difference.
+/// - Floating point. Results do not depend on the calling thread's floating-point state (rounding,
+///   exceptions, the x87 unit), which is the same after a call.
 /// - Threads. Methods may be called from several threads at once on one object, as long as no
 ///   picture being written is used by another call. Creating and releasing are the host's to order:
 ///   no call may overlap the release of its object.

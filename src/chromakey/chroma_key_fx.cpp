@@ -15,22 +15,18 @@
 namespace pictavo::chromakey {
 namespace {
 
-/// Measures from its construction on.
-class Stopwatch {
- public:
-  double Seconds() const {
-    const auto elapsed = std::chrono::steady_clock::now() - start_;
-    return static_cast<double>(std::chrono::nanoseconds(elapsed).count()) / 1e9;
-  }
+using Clock = std::chrono::steady_clock;
 
- private:
-  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
+/// Ends a line with the time since `start`. Seconds and their millionths are whole numbers, since
+/// the C runtime would print others by way of the x87 unit, whose state is the host's.
 template <typename... Values>
-void Tell(const wchar_t* format, Values... values) {
+void TellTime(Clock::time_point start, const wchar_t* format, Values... values) {
+  const auto micros = std::chrono::round<std::chrono::microseconds>(Clock::now() - start).count();
   wchar_t line[128];
-  if (std::swprintf(line, std::size(line), format, values...) > 0) TellDebugger(line);
+  if (std::swprintf(line, std::size(line), format, values..., static_cast<int>(micros / 1000000),
+                    static_cast<int>(micros % 1000000)) > 0) {
+    TellDebugger(line);
+  }
 }
 
 }  // namespace
@@ -62,30 +58,30 @@ u32 ChromaKeyFx::Run(i32 composite) {
 }
 
 u32 ChromaKeyFx::_RunARGB(i32 composite) {
-  const Stopwatch watch;
+  const Clock::time_point start = Clock::now();
   const u32 status = RunPasses(&ChromaKeyFx::_ApplyKeyARGB, composite);
-  if (status == PICTAVO_S_OK) Tell(L"[ChromaKeyFx::_RunARGB] %f seconds\n", watch.Seconds());
+  if (status == PICTAVO_S_OK) TellTime(start, L"[ChromaKeyFx::_RunARGB] %d.%06d seconds\n");
   return status;
 }
 
 u32 ChromaKeyFx::_RunAYUV(i32 composite) {
-  const Stopwatch watch;
+  const Clock::time_point start = Clock::now();
   const u32 status = RunPasses(&ChromaKeyFx::_ApplyKeyAYUV, composite);
-  if (status == PICTAVO_S_OK) Tell(L"[ChromaKeyFx::_RunAYUV] %f seconds\n", watch.Seconds());
+  if (status == PICTAVO_S_OK) TellTime(start, L"[ChromaKeyFx::_RunAYUV] %d.%06d seconds\n");
   return status;
 }
 
 u32 ChromaKeyFx::_ApplyKeyARGB(i32 keyIndex) {
-  const Stopwatch watch;
+  const Clock::time_point start = Clock::now();
   KeyPicture(Layout::kArgb, keyIndex);
-  Tell(L"[ChromaKeyFx::_ApplyKeyARGB(%d)] %f seconds\n", keyIndex, watch.Seconds());
+  TellTime(start, L"[ChromaKeyFx::_ApplyKeyARGB(%d)] %d.%06d seconds\n", keyIndex);
   return PICTAVO_S_OK;
 }
 
 u32 ChromaKeyFx::_ApplyKeyAYUV(i32 keyIndex) {
-  const Stopwatch watch;
+  const Clock::time_point start = Clock::now();
   KeyPicture(Layout::kAyuv, keyIndex);
-  Tell(L"[ChromaKeyFx::_ApplyKeyAYUV(%d)] %f seconds\n", keyIndex, watch.Seconds());
+  TellTime(start, L"[ChromaKeyFx::_ApplyKeyAYUV(%d)] %d.%06d seconds\n", keyIndex);
   return PICTAVO_S_OK;
 }
 

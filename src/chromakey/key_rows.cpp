@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/elementary.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse41.h"
 
@@ -125,8 +126,9 @@ PassKey::PassKey(const Yuv& keyColour, i32 keyAngle, i32 keyDenoise)
       denoise(keyDenoise),
       kg(static_cast<f32>(std::sqrt(double{key.u * key.u + key.v * key.v}))) {
   const double theta = angle * 3.14159265 / 180;
-  tangent = std::tan(theta);
-  cotangent = angle == 0 ? 0 : std::cos(theta) / std::sin(theta);
+  const cpu::elementary::SineCosine turned = cpu::elementary::SineCosineOf(theta);
+  tangent = turned.sin / turned.cos;
+  cotangent = angle == 0 ? 0 : turned.cos / turned.sin;
   lumaScale = key.y / kg;
 }
 

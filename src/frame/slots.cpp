@@ -7,6 +7,7 @@
 #include "cpu/operations.h"
 #include "frame/pictavo_object.h"
 #include "opencl/operations.h"
+#include "platform/floating_point.h"
 
 namespace pictavo {
 namespace {
@@ -19,9 +20,10 @@ IPictavo& ThroughTable(IPictavo& object) {
 }
 
 /// Calls an operation with a method's arguments and what it wants before them: the object, the
-/// level, or nothing.
+/// level, or nothing. However the host has its floating point, the operation computes as always.
 template <typename Operation, typename... Arguments>
 auto Call(Operation operation, Pictavo& object, Arguments... arguments) {
+  const DefaultFloatingPoint floatingPoint;
   if constexpr (std::is_invocable_v<Operation, Pictavo&, Arguments...>) {
     return operation(object, arguments...);
   } else if constexpr (std::is_invocable_v<Operation, i32, Arguments...>) {

@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/floating_point.h"
 #include "platform/threads.h"
 
 namespace pictavo {
@@ -85,6 +86,7 @@ class Pool {
   }
 
   void Help() {
+    const DefaultFloatingPoint floatingPoint;  // some systems hand on that of the thread's maker
     std::unique_lock guard(lock_);
     for (;;) {
       work_.wait(guard, [this] { return jobs_ != nullptr || ending_; });

@@ -8,6 +8,7 @@
 // pixels), or a record, and a width, height and pitch, perhaps of their own (dstWidth).
 #include <gtest/gtest.h>
 #include <windows.h>
+#include <xmmintrin.h>
 
 #include <algorithm>
 #include <array>
@@ -432,6 +433,28 @@ LONG CALLBACK TellOfCrash(EXCEPTION_POINTERS* exception) {
   return EXCEPTION_CONTINUE_SEARCH;
 }
 
+/// A floating-point state that hosts may leave behind, another one each time: rounding up, down or
+/// towards zero, tiny numbers lost, exceptions, and no room in the x87 unit.
+class OddFloatingPoint {
+ public:
+  OddFloatingPoint() {
+    static size_t next = 0;
+    constexpr unsigned kStates[] = {0x0000, 0x5F80, 0x3F80, 0xFFC0, 0x2000};
+    _mm_setcsr(odd_ = kStates[next++ % std::size(kStates)]);
+    for (int i = 0; i < 8; ++i) __asm__ volatile("fldz");
+  }
+  ~OddFloatingPoint() {
+    const unsigned after = _mm_getcsr();
+    _mm_setcsr(before_);
+    __asm__ volatile("fninit");
+    EXPECT_EQ(after, odd_) << "the host's state was lost";
+  }
+
+ private:
+  const unsigned before_ = _mm_getcsr();
+  unsigned odd_;
+};
+
 class Slots : public testing::Test {
  protected:
   Slots() {
@@ -449,7 +472,10 @@ class Slots : public testing::Test {
   Outcome Run(const Call& call) {
     running = call.Text();
     const Memory before = memory;
-    const u32 result = call.method.through(object_, call.words);
+    const u32 result = [&] {
+      const OddFloatingPoint state;
+      return call.method.through(object_, call.words);
+    }();
     const Memory after = std::exchange(memory, before);
     return {result, !Same(after, before), after};
   }

@@ -51,7 +51,7 @@ struct Range {
   double firstLow, firstHigh, secondLow, secondHigh;
   long double (*reference)(long double, long double);
 } const kRanges[] = {
-    {"sine", -20000, 20000, 0, 0, [](long double x, long double) { return std::sin(x); }},
+    {"sine", -3.6e7, 3.6e7, 0, 0, [](long double x, long double) { return std::sin(x); }},
     {"cosine", -20, 20, 0, 0, [](long double x, long double) { return std::cos(x); }},
     {"arc tangent", -9, 9, -3, 3, [](long double u, long double v) { return std::atan2(u, v); }},
     {"exponential", -750, 700, 0, 0, [](long double x, long double) { return std::exp(x); }},

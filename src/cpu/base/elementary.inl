@@ -30,13 +30,13 @@ struct SineCosine {
   D sin, cos;
 };
 
-/// Of an angle in radians, up to some hundred thousand turns.
+/// Of an angle in radians, up to six million turns.
 inline SineCosine SineCosineOf(D angle) {
   // The rest from the nearest quarter turn, whose first parts have few enough digits for exact
   // products.
   const D quarters = Round(angle * D::All(0.63661977236758134));
-  const D x = angle - quarters * D::All(0x1.921fb544p+0) - quarters * D::All(0x1.0b4611a6p-34) -
-              quarters * D::All(0x1.3198a2e037073p-69);
+  const D x = angle - quarters * D::All(0x1.921fb54p+0) - quarters * D::All(0x1.10b461p-30) -
+              quarters * D::All(0x1.a62633145c06ep-58);
   const D w = x * x;
   D sin = D::All(0), cos = D::All(0);
   for (size_t n = 15; n > 1; n -= 2) sin = D::All(kInverseFactorials[n]) - w * sin;
