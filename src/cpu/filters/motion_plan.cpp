@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <ranges>
 #include <string>
 
 #include "cpu/base/builds.h"
@@ -162,6 +161,16 @@ void WarnOfSize(const char* kernel, const Picture& dst, i64 width, i64 height) {
 // ---------------------------------------------------------------------------------------------
 // Direction.
 
+/// The first of some numbers for which a predicate does not hold that holds for all before it.
+template <typename Predicate>
+i32 FirstNot(const Predicate& holds, i32 first, i32 end) {
+  while (first < end) {
+    const i32 middle = first + (end - first) / 2;
+    holds(middle) ? first = middle + 1 : end = middle;
+  }
+  return end;
+}
+
 /// The columns, or rows, of a destination that the source covers when a motion reaches `extent`.
 class Cover final : public Axis {
  public:
@@ -186,11 +195,8 @@ class Cover final : public Axis {
       const double place = Place(start, k);
       return step_ < 0 ? place >= lowest_ : !IsAfter(place);
     };
-    const auto indices = [](i32 from, i32 to) { return std::views::iota(from, to); };
-    Span span = {0, count};
-    if (isBehind(0)) span.first = *std::ranges::partition_point(indices(0, count), isBehind);
-    if (!isNotPast(count - 1))
-      span.end = *std::ranges::partition_point(indices(span.first, count), isNotPast);
+    const i32 first = FirstNot(isBehind, 0, count);
+    const Span span = {first, FirstNot(isNotPast, first, count)};
     for (i32 k = span.first; k < span.end; ++k)
       places[k] = static_cast<i32>(Place(start, k)) - first_;
     return span;
