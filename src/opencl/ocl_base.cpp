@@ -74,30 +74,34 @@ const COCLBase::Kernels* COCLBase::GetKernels(const char* programFile) {
   size_t index = 0;
   while (std::strcmp(kOpenCLPrograms[index].file, programFile) != 0) ++index;
   const Kernels* kernels = &programs_[index].kernels;
-  if (queue_ != nullptr && MakeKernels(index)) return kernels;
-  const cl::Device unfit = device_;
+  std::string failure;
+  const auto made = [&] {
+    failure = MakeKernels(index);
+    return failure.empty();
+  };
+  if (queue_ != nullptr && made()) return kernels;
+  // Opened anew with the others: it may not be unfit but lost.
+  CloseDevice();
   for (const Candidate& candidate : Candidates()) {
-    if (candidate.device != unfit && OpenDevice(candidate) && MakeKernels(index)) return kernels;
+    if (OpenDevice(candidate) && made()) return kernels;
   }
   CloseDevice();
+  if (!failure.empty()) PrintToDebugger("%s", failure.c_str());
   return nullptr;
 }
 
-bool COCLBase::MakeKernels(size_t index) {
+/// What to tell the debugger if they cannot be had on the device at hand; else nothing.
+std::string COCLBase::MakeKernels(size_t index) {
   const OpenCLProgram& wanted = kOpenCLPrograms[index];
-  if (GetProgram(index) != 0) {
-    PrintToDebugger("error creating program %s\n", wanted.file);
-    return false;
-  }
+  if (GetProgram(index) != 0) return std::string("error creating program ") + wanted.file + '\n';
   Built& built = programs_[index];
   for (size_t k = 0; k < wanted.kernels.size() && wanted.kernels[k] != nullptr; ++k) {
     if (built.kernels[k] == nullptr)
       built.kernels[k] = MakeKernel(built.program, wanted.kernels[k]);
     if (built.kernels[k] != nullptr) continue;
-    PrintToDebugger("error creating kernel %s\n", wanted.kernels[k]);
-    return false;
+    return std::string("error creating kernel ") + wanted.kernels[k] + '\n';
   }
-  return true;
+  return {};
 }
 
 /// Every device, GPUs first.

@@ -40,8 +40,8 @@ class COCLBase {
 
   /// A program's kernels in the order of kOpenCLPrograms, ready for their arguments; they stay this
   /// object's. They are of the device at hand if they can be made there, else of the first one, a
-  /// GPU before any other, on which they can. Null, and lines in the debugger output, when there is
-  /// none. OpenCL is up. @throws std::bad_alloc
+  /// GPU before any other, that is opened anew and on which they can. Null, and a line in the
+  /// debugger output, when there is none. OpenCL is up. @throws std::bad_alloc
   const Kernels* GetKernels(const char* programFile);
 
   /// What a code of the runtime means to the host. Other failures than of memory are of the device.
@@ -92,7 +92,7 @@ class COCLBase {
   std::vector<Candidate> Candidates() const;
   bool OpenDevice(const Candidate& candidate) noexcept;
   void CloseDevice() noexcept;
-  bool MakeKernels(size_t index);
+  std::string MakeKernels(size_t index);
   std::string DeviceText(u32 what) const;
   cl::u64 CacheKey(const std::string& source) const;
   i32 GetProgram(size_t index);

@@ -394,7 +394,26 @@ TEST_F(Programs, RunOnAGpuBeforeAnyOtherDevice) {
   for (const auto& c : cases) {
     fakeOpenCL.platforms = c.platforms;
     fakeOpenCL.fails = c.fails;
+    DebuggerListener lines;
     EXPECT_EQ(Calls(true), c.asked);
+    EXPECT_TRUE(std::ranges::none_of(lines.Take(), [](const std::string& line) {
+      return line.starts_with("error");
+    })) << c.fails;
+  }
+}
+
+TEST_F(Programs, StayOnADeviceThatIsLostBeforeTheyAreMade) {
+  fakeOpenCL.platforms[0].devices = {{kGpu, "gpu", "", ""}, {kCpu, "cpu", "", ""}};
+  const DllObject object;
+  FindModulesIn(L"opencl1");
+  Surface dst(3, 3, 4, 1), src(3, 3);
+  for (const Method& method : kMethods) {
+    fakeOpenCL.fails = &method == kMethods ? "" : "clCreateProgramWithSource";
+    fakeOpenCL.failsTimes = 1;
+    fakeOpenCL.calls.clear();
+    EXPECT_EQ(method.call(object, &dst, &src), PICTAVO_S_OK);
+    EXPECT_EQ(std::ranges::count(fakeOpenCL.calls, "context gpu"), 1) << method.program;
+    EXPECT_EQ(std::ranges::count(fakeOpenCL.calls, "context cpu"), 0) << method.program;
   }
 }
 
