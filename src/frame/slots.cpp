@@ -107,16 +107,16 @@ u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u8 b
 #include "pictavo/pictavo_methods.inl"
 
 u32 Pictavo::ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept {
-  return opencl::ExtendBoundary(*this, dst, border);
+  return Call(&opencl::ExtendBoundary, *this, dst, border);
 }
 
 u32 Pictavo::TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
                              const f32* matrix) noexcept {
-  return opencl::Transform(*this, dst, src, matrix);
+  return Call(&opencl::Transform, *this, dst, src, matrix);
 }
 
 u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept {
-  return opencl::BilinearInterpolation(*this, dst, src);
+  return Call(&opencl::BilinearInterpolation, *this, dst, src);
 }
 
 u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
@@ -128,11 +128,11 @@ u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, cons
 
 u32 Pictavo::FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                             u32 radiusY) noexcept {
-  return opencl::FastBlur(*this, dst, src, radiusX, radiusY);
+  return Call(&opencl::FastBlur, *this, dst, src, radiusX, radiusY);
 }
 
 u32 Pictavo::MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept {
-  return opencl::MemsetColor(*this, dst, colour);
+  return Call(&opencl::MemsetColor, *this, dst, colour);
 }
 
 u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,

@@ -1,6 +1,7 @@
 // The OpenCL methods of Pictavo.dll on the machine's own runtime.
 #include <gtest/gtest.h>
 #include <windows.h>
+#include <xmmintrin.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -245,6 +246,24 @@ TEST_F(OpenCL, RefusesOddArguments) {
     matrix[i / 2] =
         i % 2 == 0 ? std::numeric_limits<f32>::quiet_NaN() : -std::numeric_limits<f32>::infinity();
     EXPECT_EQ(object_->TransformOpenCL(&a, &b, matrix), PICTAVO_E_INVALIDARG) << i;
+  }
+}
+
+TEST_F(OpenCL, DoesNotDependOnTheHostsFloatingPoint) {
+  const Surface before(200, 7, 4, 1);
+  Surface same(200, 7), other(65, 129);
+  for (const Method& method : kMethods) {
+    Surface* const src = &method == &kMethods[2] ? &other : &same;
+    Surface expected = before, dst = before;
+    ASSERT_EQ(method.call(object_, &expected, src), PICTAVO_S_OK) << method.program;
+    const unsigned usual = _mm_getcsr();
+    _mm_setcsr(0x4000);  // upwards, and every exception traps
+    const u32 result = method.call(object_, &dst, src);
+    const unsigned after = _mm_getcsr();
+    _mm_setcsr(usual);
+    EXPECT_EQ(result, PICTAVO_S_OK) << method.program;
+    EXPECT_EQ(after, 0x4000u) << method.program;
+    EXPECT_TRUE(dst.memory() == expected.memory()) << method.program;
   }
 }
 
