@@ -5,6 +5,21 @@
 #include "d3d11/code.h"
 
 namespace pictavo::d3d11 {
+namespace {
+
+/// Binds views. What is to become an output must not be an input any more, nor the other way round:
+/// Direct3D takes such inputs away, and its debug layer warns.
+void BindViews(ID3D11DeviceContext* context, ID3D11ShaderResourceView* const* inputs,
+               ID3D11UnorderedAccessView* const* outputs, const UINT* counters) {
+  constexpr UINT kSlots = SavedState::kSlots;
+  constexpr std::array<ID3D11ShaderResourceView*, kSlots> kNone = {};
+  context->CSSetShaderResources(0, kSlots, kNone.data());
+  context->CSSetUnorderedAccessViews(0, kSlots, outputs, counters);
+  context->CSSetShaderResources(0, kSlots, inputs);
+}
+
+}  // namespace
+
 SavedState::SavedState(ID3D11DeviceContext* context) noexcept : context_(context) {
   context->CSGetShader(&shader_, instances_.data(), &instanceCount_);
   context->CSGetConstantBuffers(0, 1, &constants_);
@@ -18,9 +33,7 @@ SavedState::~SavedState() {
   };
   constexpr UINT kKeep = ~0u;  // the counter that a view may have
   const std::array<UINT, kSlots> counters = {kKeep, kKeep, kKeep};
-  // Outputs first: Direct3D takes inputs away that become outputs.
-  context_->CSSetUnorderedAccessViews(0, kSlots, outputs_.data(), counters.data());
-  context_->CSSetShaderResources(0, kSlots, inputs_.data());
+  BindViews(context_, inputs_.data(), outputs_.data(), counters.data());
   context_->CSSetConstantBuffers(0, 1, &constants_);
   context_->CSSetShader(shader_, instances_.data(), instanceCount_);
   for (UINT i = 0; i < instanceCount_; ++i) release(instances_[i]);
@@ -63,9 +76,7 @@ u32 Computation::Run(const Pass& pass, const void* block, u32 blockSize) noexcep
 
 u32 Computation::Bind(const Pass& pass) noexcept {
   constexpr UINT kSlots = SavedState::kSlots;
-  // Outputs first: Direct3D takes inputs away that become outputs.
-  context_->CSSetUnorderedAccessViews(0, kSlots, pass.outputs.data(), nullptr);
-  context_->CSSetShaderResources(0, kSlots, pass.inputs.data());
+  BindViews(context_, pass.inputs.data(), pass.outputs.data(), nullptr);
 
   // A source that the host still has bound for output elsewhere is silently not bound.
   std::array<ID3D11ShaderResourceView*, kSlots> bound = {};

@@ -56,32 +56,26 @@ struct DeviceMethod {
                             {"GetDeviceRemovedReason", 39, 1},
                             {"CreateUnorderedAccessView", 8, 1}};
 
-/// Makes a method of an object's class fail for this object's life, after some calls that do not.
-class Failing {
+/// Puts a function in the place of a method of an object's class for this object's life.
+class Replaced {
  public:
-  Failing(IUnknown* object, size_t method, int callsBefore)
-      : entry_(*reinterpret_cast<Method***>(object) + method) {
-    original = *entry_;
-    callsLeft = callsBefore;
-    failed = 0;
-    Put(Sometimes);
-  }
-  ~Failing() { Put(original); }
-  Failing(const Failing&) = delete;
-  Failing& operator=(const Failing&) = delete;
+  Replaced(const Replaced&) = delete;
+  Replaced& operator=(const Replaced&) = delete;
 
-  static inline int failed = 0;
-
- private:
-  // No method that fails here takes more arguments, and the caller takes them all back.
+ protected:
+  // No method that is replaced takes more arguments, and the caller takes them all back.
   using Method = HRESULT STDMETHODCALLTYPE(void*, void*, void*, void*, void*);
 
-  static HRESULT STDMETHODCALLTYPE Sometimes(void* a, void* b, void* c, void* d, void* e) {
-    if (callsLeft-- > 0) return original(a, b, c, d, e);
-    ++failed;
-    return static_cast<HRESULT>(kRemoved);
+  Replaced(IUnknown* object, size_t method, Method* by)
+      : entry_(*reinterpret_cast<Method***>(object) + method) {
+    original = *entry_;
+    Put(by);
   }
+  ~Replaced() { Put(original); }
 
+  static inline Method* original = nullptr;
+
+ private:
   void Put(Method* method) {
     DWORD protection;
     VirtualProtect(entry_, sizeof(void*), PAGE_READWRITE, &protection);
@@ -89,9 +83,55 @@ class Failing {
     VirtualProtect(entry_, sizeof(void*), protection, &protection);
   }
 
-  static inline Method* original = nullptr;
-  static inline int callsLeft = 0;
   Method** entry_;
+};
+
+/// Makes a method fail, after some calls that do not.
+class Failing : Replaced {
+ public:
+  Failing(IUnknown* object, size_t method, int callsBefore) : Replaced(object, method, Sometimes) {
+    callsLeft = callsBefore;
+    failed = 0;
+  }
+
+  static inline int failed = 0;
+
+ private:
+  static HRESULT STDMETHODCALLTYPE Sometimes(void* a, void* b, void* c, void* d, void* e) {
+    if (callsLeft-- > 0) return original(a, b, c, d, e);
+    ++failed;
+    return static_cast<HRESULT>(kRemoved);
+  }
+
+  static inline int callsLeft = 0;
+};
+
+/// Counts the textures that become outputs of a context while they are still inputs. Direct3D takes
+/// them away from there, and its debug layer warns of each.
+class Hazards : Replaced {
+ public:
+  explicit Hazards(ID3D11DeviceContext* context) : Replaced(context, 68, SetOutputs) { seen = 0; }
+
+  static inline int seen = 0;
+
+ private:
+  static HRESULT STDMETHODCALLTYPE SetOutputs(void* context, void* first, void* count, void* views,
+                                              void* counters) {
+    for (UINT i = 0; i < 9; ++i) {
+      ID3D11UnorderedAccessView* output = static_cast<ID3D11UnorderedAccessView**>(views)[i / 3];
+      ComPtr<ID3D11ShaderResourceView> input;
+      static_cast<ID3D11DeviceContext*>(context)->CSGetShaderResources(
+          i % 3, 1, input.ReleaseAndGetAddressOf());
+      seen += output != nullptr && input && TextureOf(output) == TextureOf(input.Get());
+    }
+    return original(context, first, count, views, counters);
+  }
+
+  static ComPtr<ID3D11Resource> TextureOf(ID3D11View* view) {
+    ComPtr<ID3D11Resource> texture;
+    view->GetResource(texture.ReleaseAndGetAddressOf());
+    return texture;
+  }
 };
 
 class Failures : public OnDevice {
@@ -359,6 +399,23 @@ TEST_F(Failures, NothingIsMadeTwiceButViewsOfTheHostsPictures) {
     EXPECT_EQ(object_.GetScratch(device, d3d11::Scratch::kFirst, 10, height, kRgba, &kept),
               height == 10 ? kOk : kRemoved);
   }
+}
+
+TEST_F(Failures, NothingBecomesAnOutputWhileItIsAnInput) {
+  ComPtr<ID3D11ShaderResourceView> input;
+  ComPtr<ID3D11UnorderedAccessView> output;
+  device->CreateShaderResourceView(destination_.Get(), nullptr, input.ReleaseAndGetAddressOf());
+  device->CreateUnorderedAccessView(source_.Get(), nullptr, output.ReleaseAndGetAddressOf());
+  for (const bool hostsToo : {false, true}) {
+    if (hostsToo) context->CSSetShaderResources(0, 1, input.GetAddressOf());
+    if (hostsToo) context->CSSetUnorderedAccessViews(0, 1, output.GetAddressOf(), nullptr);
+    for (const Op& op : kOps) {
+      const Hazards hazards(context);
+      EXPECT_EQ(Run(op.code, op.param), kOk);
+      EXPECT_EQ(hazards.seen, 0) << "operation " << op.code;
+    }
+  }
+  context->ClearState();
 }
 
 TEST_F(Failures, SourcesThatAreBoundForOutput) {
