@@ -121,6 +121,7 @@ u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* 
 
 u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
                         const ImageDesc* src, u32 radius) noexcept {
+  const DefaultFloatingPoint floatingPoint;
   const auto pixels = static_cast<double>(radius);
   const D3DBlurParam param = {pixels, pixels, 1};
   return BoxBlur({device, context, dst, src}, &param);
@@ -141,6 +142,7 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
   if (opCode < 0 || opCode > PICTAVO_D3D_CHROMA_KEY) return PICTAVO_E_FAIL;
   if (subMode != 0 && (opCode != 0 || subMode != 2)) return PICTAVO_E_INVALIDARG;
   const D3DCall call = {device, context, dst, src};
+  const DefaultFloatingPoint floatingPoint;
   switch (opCode) {
     case PICTAVO_D3D_COPY:
       return PlainCopy(call);

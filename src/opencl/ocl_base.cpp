@@ -40,7 +40,7 @@ COCLBase::COCLBase() noexcept : memoryClient_(CCommonUtility::Create("VKTMask_CO
 
 COCLBase::~COCLBase() {
   CloseDevice();
-  {
+  if (util_ != nullptr) {  // else nothing is up
     const std::lock_guard guard(bringUpLock);
     util_.reset();
   }
