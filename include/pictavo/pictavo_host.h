@@ -69,8 +69,11 @@ inline i32 ProcessorLevel() noexcept {
   return PICTAVO_LEVEL_SSE2;  // every 64-bit processor's
 }
 
+/// A type for each method, since types can be compared.
 template <auto method>
-struct Named;  // a type a method, since types can be compared
+struct Named;
+
+/// Whether a method is one of some.
 template <auto method, auto... methods>
 inline constexpr bool kIsAmong = (std::is_same_v<Named<method>, Named<methods>> || ...);
 
@@ -95,6 +98,7 @@ constexpr bool Succeeded(u32 result) noexcept {
 struct Outcome {
   u32 result;      ///< as the method's comment says
   bool succeeded;  ///< Succeeded() of it
+  /// Whether it succeeded.
   explicit operator bool() const noexcept { return succeeded; }
 };
 
@@ -112,6 +116,7 @@ enum class Module {
   convertUtility,  ///< ConvertUtility.dll: slots 88 to 92
   memoryManager,   ///< VKTMemMgr.dll: buffers for OpenCL
 };
+/// Their files, in that order.
 inline constexpr const wchar_t* kModuleFiles[] = {L"CPUIstructionSetDetect.dll",
                                                   L"ConvertUtility.dll", L"VKTMemMgr.dll"};
 

@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <bit>
-#include <latch>
+
 #include <thread>
 
 #include "fakes.h"
 #include "frame/pictavo_object.h"
 #include "module_folder.h"
+#include "start_line.h"
 
 namespace pictavo::test {
 namespace {
@@ -161,11 +162,11 @@ TEST(Parts, ComeOnceWhenSeveralThreadsAsk) {
     ResetFakes(kNoModules);
     Pictavo object;
     FindModulesIn(L"all");
-    std::latch start(6);
+    StartLine start(6);
     std::vector<std::jthread> threads;
     for (u32 thread = 0; thread < 6; ++thread) {
       threads.emplace_back([&, thread] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         for (u32 i = 0; i < 5; ++i) brings[(i + thread / 2) % 5](object);  // in pairs
       });
     }

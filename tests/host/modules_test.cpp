@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <latch>
+
 #include <thread>
 #include <vector>
 
@@ -12,6 +12,7 @@
 #include "cpu_detect/instruction_set.h"
 #include "frame/common_utility.h"
 #include "module_folder.h"
+#include "start_line.h"
 
 namespace pictavo::test {
 namespace {
@@ -130,11 +131,11 @@ TEST_F(MemoryManagerDirect, FreesWhatItsClientForgot) {
 }
 
 TEST_F(MemoryManagerDirect, ServesSeveralThreads) {
-  std::latch start(4);
+  StartLine start(4);
   std::vector<std::jthread> threads;
   for (u8 thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&, thread] {
-      start.arrive_and_wait();
+      start.ArriveAndWait();
       IMemoryBuffer* buffers[8] = {};
       for (u32 i = 0; i < 40000; ++i) {
         IMemoryBuffer*& buffer = buffers[i % 8];

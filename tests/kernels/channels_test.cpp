@@ -27,11 +27,12 @@ TEST(Channels, ExpandsBytesIntoOpaqueGrey) {
 TEST(Channels, RefusesPicturesThatShareBytes) {
   Bytes bytes(64, 7);
   u8* const p = bytes.data();
-  EXPECT_EQ(cpu::ExpandPlane(8, p, 2, 2, 2, p + 3, 8), PICTAVO_E_INVALIDARG);
-  EXPECT_EQ(cpu::ExpandPlane(8, p + 20, 2, 2, 10, p + 14, 9), PICTAVO_E_INVALIDARG);
+  const i32 level = Levels().back();
+  EXPECT_EQ(cpu::ExpandPlane(level, p, 2, 2, 2, p + 3, 8), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::ExpandPlane(level, p + 20, 2, 2, 10, p + 14, 9), PICTAVO_E_INVALIDARG);
   EXPECT_EQ(bytes, Bytes(64, 7));
   // Side by side in rows of ten bytes they share none.
-  EXPECT_EQ(cpu::ExpandPlane(8, p, 2, 3, 10, p + 2, 10), PICTAVO_S_OK);
+  EXPECT_EQ(cpu::ExpandPlane(level, p, 2, 3, 10, p + 2, 10), PICTAVO_S_OK);
   EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 255), 6);
 }
 

@@ -74,3 +74,5 @@ void* operator new[](size_t size, const std::nothrow_t&) noexcept {
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory, size_t) noexcept { std::free(memory); }

@@ -27,7 +27,9 @@ inline D Sqrt(D x) { return std::sqrt(x.v); }
 inline D Select(bool mask, D yes, D no) { return mask ? yes : no; }
 inline D RoundToSingle(D x) { return static_cast<f32>(x.v); }
 inline D WithSign(D a, D sign) { return std::copysign(a.v, sign.v); }
-inline D PowerOfTwo(D n) { return std::bit_cast<double>(static_cast<uint64_t>(n.v + 1023) << 52); }
+inline D PowerOfTwo(D n) {
+  return std::bit_cast<double>(static_cast<uint64_t>(static_cast<int64_t>(n.v) + 1023) << 52);
+}
 inline D Exponent(D x) { return static_cast<double>(std::bit_cast<uint64_t>(x.v) >> 52) - 1023; }
 
 #include "cpu/base/elementary.inl"

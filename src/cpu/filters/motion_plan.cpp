@@ -72,6 +72,7 @@ class Tile {
         height_(
             static_cast<i32>(std::min(plan.dst.height, Fitting(plan.samples, plan.dst.height)))),
         scratch_((i64{width_} + height_) * (i64{sizeof(Span)} + plan.samples * i64{sizeof(i32)})) {
+    if (scratch_.IsShort()) return;
     Span* const spans = reinterpret_cast<Span*>(scratch_.data());
     i32* const places = reinterpret_cast<i32*>(spans + width_ + height_);
     columns = {0, plan.samples, spans, places};
