@@ -82,8 +82,9 @@ u32 Border(const Call& c) {
   const i32 border = static_cast<i32>(c.border);
   const bool ofBytes = c.format == 0 && c.dstPitch == 4 * c.width;
   const i32 pixelBytes = ofBytes ? 1 : 4, columns = c.width * 4 / pixelBytes;
-  ImageDesc image = Describe(c.dst + i64{border} * (c.dstPitch + pixelBytes), columns - 2 * border,
-                             c.height - 2 * border, c.dstPitch);
+  const i64 inside = c.dst != nullptr ? i64{border} * (c.dstPitch + pixelBytes) : 0;
+  ImageDesc image =
+      Describe(c.dst + inside, columns - 2 * border, c.height - 2 * border, c.dstPitch);
   image.bufferWidth = columns;
   image.bufferHeight = c.height;
   image.bytesPerPixel = pixelBytes;
