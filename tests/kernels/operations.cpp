@@ -396,6 +396,12 @@ MotionBlurParam DrawMotion(Input* in) {
   return motion;
 }
 
+Bytes RandomBytes(size_t count, Random& random) {
+  Bytes bytes(count);
+  for (u8& byte : bytes) byte = static_cast<u8>(random());
+  return bytes;
+}
+
 /// Half of the pixels near the key's colour.
 void PullTowardsKey(const Call& c, Bytes* pixels, Random& random) {
   const ChromaKey& key = c.keys[0];
@@ -422,7 +428,7 @@ i32 SrcHeight(const Case& c) {
 
 /// Whether what lies between the rows is as before.
 bool KeepsGaps(const Case& c, const Bytes& after) {
-  const size_t row = static_cast<size_t>(4 * std::max(c.call.width, 0));
+  const size_t row = static_cast<size_t>(c.operation->dstBytes * std::max(c.call.width, 0));
   const size_t pitch = static_cast<size_t>(std::abs(c.call.dstPitch));
   for (size_t at = row; pitch > row && at < c.dst.size(); at += pitch) {
     const size_t gap = std::min(pitch - row, c.dst.size() - at);
@@ -453,12 +459,14 @@ std::string Describe(const Operation& operation, const Call& n, i32 level) {
   add("format", n.keyCount, n.format);
   add("counting", n.binCount, n.selector);
   add("space", n.model, n.matrix, n.range);
+  for (const f32 real : n.reals) add("real", real);
+  for (const u32 word : n.words) add("word", word);
   return text;
 }
 
 // --- What a fault came from --------------------------------------------------------------------
 
-using Text = char[640];
+using Text = char[960];
 thread_local Text doing;
 std::atomic<const char*> lastDone = doing;  // by whom threads of the library's own work
 
@@ -594,12 +602,12 @@ Case DrawCase(const Operation& operation, Input* in) {
     packed = m.dirX != 0 || m.dirY != 0 || m.zoom != 1 || told.width == c.srcWidth;
   }
 
-  c.dstPitch = DrawPitch(c.width, in);
+  c.dstPitch = DrawPitch(c.width, in, operation.dstBytes);
   c.srcPitch = DrawPitch(c.srcWidth, in, operation.srcBytes);
   if (traits & kOnePitch) c.srcPitch = c.dstPitch;
   if (packed) {
-    c.dstPitch = 4 * c.width;
-    c.srcPitch = 4 * c.srcWidth;
+    c.dstPitch = operation.dstBytes * c.width;
+    c.srcPitch = operation.srcBytes * c.srcWidth;
   }
   if (traits & kWholePitch) {
     c.dstPitch &= ~3;
@@ -608,7 +616,7 @@ Case DrawCase(const Operation& operation, Input* in) {
   drawn.aliased = traits & kMayAlias && in->Below(4) == 0;
   if (drawn.aliased) c.srcPitch = c.dstPitch;
 
-  drawn.dst.resize(Span(c.width, c.height, c.dstPitch));
+  drawn.dst.resize(Span(c.width, c.height, c.dstPitch, operation.dstBytes));
   if (!(traits & kInPlace))
     drawn.src.resize(Span(c.srcWidth, c.srcHeight, c.srcPitch, operation.srcBytes));
   for (Bytes* pixels : {&drawn.dst, &drawn.src}) {
@@ -617,12 +625,16 @@ Case DrawCase(const Operation& operation, Input* in) {
     if (operation.run == Key) PullTowardsKey(c, pixels, random);
   }
   drawn.side = in->Below(2) == 0 ? GuardedMemory::Side::kBefore : GuardedMemory::Side::kAfter;
+  Random random(in->Bits());
+  const Bytes more = RandomBytes(64, random);
+  Input parameters(more);
+  for (f32& real : c.reals) real = parameters.Real(1);
+  for (u32& word : c.words) word = parameters.Bits();
   return drawn;
 }
 
 Case DrawCase(const Operation& operation, Random& random) {
-  Bytes bytes(128);
-  for (u8& byte : bytes) byte = static_cast<u8>(random());
+  const Bytes bytes = RandomBytes(128, random);
   Input input(bytes);
   return DrawCase(operation, &input);
 }
@@ -640,7 +652,7 @@ Outcome RunCase(const Case& c, i32 level) {
 
 std::string Disagreement(const Case& c) {
   // Rows that share bytes are written by more than one pixel, in an order of the build's own.
-  const bool plain = std::abs(c.call.dstPitch) >= 4 * c.call.width &&
+  const bool plain = std::abs(c.call.dstPitch) >= c.operation->dstBytes * c.call.width &&
                      (!c.aliased || c.call.srcPitch == c.call.dstPitch);
   std::optional<Outcome> first;
   for (const i32 level : Levels()) {

@@ -31,6 +31,8 @@ struct Call {
   u32 selector = 0;
   i32 binCount = 256;
   u32 model = 0, matrix = 0, range = 0;
+  f32 reals[8] = {};  // what a record of parameters is made from: mostly 0 … 1, …
+  u32 words[4] = {};  // … and any bits
   i32 level = 0;
   u8* dst = nullptr;
   const u8* src = nullptr;
@@ -57,7 +59,8 @@ struct Operation {
   u32 traits;
   u32 (*run)(const Call&);
   i32 sameFrom = 0;  // the lowest level of those that give the same bytes
-  i32 srcBytes = 4;  // of a pixel of the source
+  i32 srcBytes = 4;  // of a pixel of the source, …
+  i32 dstBytes = 4;  // … of the destination
 
   /// Should it fault, the program says what it was doing.
   u32 operator()(i32 level, u8* dst, const u8* src, Call call) const;

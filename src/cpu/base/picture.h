@@ -39,12 +39,24 @@ inline bool IsTexture(const ImageDesc& image) {
 }
 
 /// The usual checks, in their order: PICTAVO_S_OK when there are pixels to work on, else what the
-/// operation returns.
+/// operation returns. `hold` says whether its own parameters are in their ranges.
+template <typename... Pictures>
+u32 CheckWith(bool hold, const Pictures&... pictures) {
+  if ((... || (pictures.pixels == nullptr))) return PICTAVO_E_POINTER;
+  if (!hold || (... || !pictures.HoldsRows())) return PICTAVO_E_INVALIDARG;
+  return (... || pictures.IsEmpty()) ? PICTAVO_S_FALSE : PICTAVO_S_OK;
+}
 template <typename... Pictures>
 u32 Check(const Pictures&... pictures) {
-  if ((... || (pictures.pixels == nullptr))) return PICTAVO_E_POINTER;
-  if ((... || !pictures.HoldsRows())) return PICTAVO_E_INVALIDARG;
-  return (... || pictures.IsEmpty()) ? PICTAVO_S_FALSE : PICTAVO_S_OK;
+  return CheckWith(true, pictures...);
+}
+
+/// The same for records of 32-bit pixels in plain memory.
+template <typename... Images>
+u32 CheckRecords(bool hold, const Images*... images) {
+  if ((... || (images == nullptr || images->data == nullptr))) return PICTAVO_E_POINTER;
+  const bool plain = (... && (!IsTexture(*images) && images->bytesPerPixel == 4));
+  return CheckWith(hold && plain, PictureIn(*images)...);
 }
 
 /// Whether two pictures whose rows hold what they should share a byte. Pictures side by side in one
