@@ -16,6 +16,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <deque>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -66,39 +68,59 @@ u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u8 b
 using Word = std::uintptr_t;
 using Words = std::array<Word, 11>;
 
-enum class Kind {
-  kInteger,
-  kUnsigned,
-  kReal,
-  kSource,
-  kTarget,
-  kRecord,
-  kLayer,
-  kMotion,
-  kKeys,
-  kRect
+/// A picture's record, another record, a rectangle, pixels or numbers that are read, or written.
+enum class Kind { kInteger, kUnsigned, kReal, kImage, kParameters, kRect, kSource, kTarget };
+
+/// A record of parameters that a call does something with, and how many of its first words are
+/// numbers.
+struct Good {
+  const void* record;
+  size_t size, numbers;
 };
+template <typename T>
+Good Of(const T& record, size_t numbers = sizeof(T) / 4) {
+  return {&record, sizeof(T), numbers};
+}
+Good GoodOf(const BlendParam*) {
+  static constexpr BlendParam good = {0, 200, 0, 0.5f, 0.5f};
+  return Of(good);
+}
+Good GoodOf(const MotionBlurParam*) {
+  static constexpr MotionBlurParam good = {1, 30, 5, 2, 1, 0, 0};
+  return Of(good);
+}
+Good GoodOf(const ChromaKey*) {
+  static constexpr ChromaKey good = {0, 255, 0, 0, 30, 20};
+  return Of(good);
+}
 
 struct Argument {
   std::string name;
   Kind kind;
+  bool constant, real;  // what a pointer points to
+  Good good = {};
   size_t index = 0;
 
   bool Is(std::string_view end) const { return name.ends_with(end); }
 };
 
 template <typename T>
-constexpr Kind KindOf() {
+Argument ArgumentOf() {
   using To = std::remove_cv_t<std::remove_pointer_t<T>>;
   constexpr bool constant = std::is_const_v<std::remove_pointer_t<T>>;
-  if (std::is_same_v<T, f32>) return Kind::kReal;
-  if (!std::is_pointer_v<T>) return std::is_signed_v<T> ? Kind::kInteger : Kind::kUnsigned;
-  if (std::is_same_v<To, ImageDesc>) return Kind::kRecord;
-  if (std::is_same_v<To, BlendParam>) return Kind::kLayer;
-  if (std::is_same_v<To, MotionBlurParam>) return Kind::kMotion;
-  if (std::is_same_v<To, ChromaKey>) return Kind::kKeys;
-  if (std::is_same_v<To, i32> && constant) return Kind::kRect;
-  return constant ? Kind::kSource : Kind::kTarget;
+  Argument argument = {"", constant ? Kind::kSource : Kind::kTarget, constant,
+                       std::is_same_v<To, f32>};
+  if constexpr (std::is_same_v<T, f32>) {
+    argument.kind = Kind::kReal;
+  } else if constexpr (!std::is_pointer_v<T>) {
+    argument.kind = std::is_signed_v<T> ? Kind::kInteger : Kind::kUnsigned;
+  } else if constexpr (std::is_same_v<To, ImageDesc>) {
+    argument.kind = Kind::kImage;
+  } else if constexpr (constant && std::is_class_v<To>) {
+    argument.kind = Kind::kParameters;
+    argument.good = GoodOf(T{});
+  }
+  return argument;
 }
 
 template <typename T>
@@ -118,12 +140,13 @@ struct Typed;
 template <typename R, typename Owner, typename... A, R (Owner::*method)(A...) noexcept>
 struct Typed<method> {
   static std::vector<Argument> Arguments(std::string names) {  // in brackets
-    std::vector<Argument> arguments = {{"", KindOf<A>()}...};
+    std::vector<Argument> arguments = {ArgumentOf<A>()...};
     std::replace_if(
         names.begin(), names.end(), [](char c) { return !std::isalnum(c); }, ' ');
     std::istringstream in(names);
     for (Argument& argument : arguments) {
       in >> argument.name;
+      if (argument.name == "rect") argument.kind = Kind::kRect;
       argument.index = static_cast<size_t>(&argument - arguments.data());
     }
     return arguments;
@@ -188,81 +211,43 @@ constexpr i32 kIntegers[] = {1, 0, -1, 2, 12, 24, 255, 256, INT32_MAX, INT32_MIN
 constexpr i32 kSizes[] = {0, 1, 3, -1, INT32_MIN, INT32_MAX};
 constexpr i32 kRectangles[6][4] = {{1, 1, 9, 8},  {9, 1, 1, 8},         {1, 8, 9, 1},
                                    {-1, 0, 5, 5}, {0, INT32_MIN, 5, 5}, {5, 5, 5, 5}};
+constexpr f32 kRealRectangles[6][4] = {{0.5f, 1.25f, 9.5f, 8}, {9, 1, 1, 8},     {1, 8, NAN, 9},
+                                       {-1e38f, 0, 1e38f, 5},  {-90, 0, -80, 5}, {5, 5, 5, 5}};
 
-/// A field of a record.
-struct Field {
-  const char* name;
-  Kind record;
-  size_t offset, size;
-  bool real;
-};
-#define FIELD(kind, record, field)                                      \
-  {                                                                     \
-#field, Kind::kind, offsetof(record, field), sizeof(record::field), \
-        std::is_same_v < decltype(record::field), f32>                  \
-  }
-const Field kFields[] = {FIELD(kRecord, ImageDesc, data),
-                         FIELD(kRecord, ImageDesc, memoryKind),
-                         FIELD(kRecord, ImageDesc, width),
-                         FIELD(kRecord, ImageDesc, height),
-                         FIELD(kRecord, ImageDesc, bytesPerPixel),
-                         FIELD(kRecord, ImageDesc, bufferWidth),
-                         FIELD(kRecord, ImageDesc, bufferHeight),
-                         FIELD(kRecord, ImageDesc, pitch),
-                         FIELD(kLayer, BlendParam, mode),
-                         FIELD(kLayer, BlendParam, opacity),
-                         FIELD(kLayer, BlendParam, alphaMode),
-                         FIELD(kLayer, BlendParam, fractionX),
-                         FIELD(kLayer, BlendParam, fractionY),
-                         FIELD(kMotion, MotionBlurParam, strength),
-                         FIELD(kMotion, MotionBlurParam, maxSamples),
-                         FIELD(kMotion, MotionBlurParam, dirX),
-                         FIELD(kMotion, MotionBlurParam, dirY),
-                         FIELD(kMotion, MotionBlurParam, zoom),
-                         FIELD(kMotion, MotionBlurParam, angle),
-                         FIELD(kKeys, ChromaKey, angle),
-                         FIELD(kKeys, ChromaKey, denoise)};
+/// Numbers for each word of a record; those that are not, as singles.
+constexpr u32 kWords[] = {0,
+                          1,
+                          2,
+                          24,
+                          256,
+                          0x7FFFFFFF,
+                          0x80000000,
+                          0xFFFFFFFF,
+                          0x3F000000,
+                          0xBF800000,
+                          0x7E967699 /* 1e38 */,
+                          0x7FC00000,
+                          0x7F800000};
 
-Word Bits(double value, bool real) {
-  return real ? std::bit_cast<u32>(static_cast<f32>(value))
-              : static_cast<Word>(static_cast<i64>(value));
-}
-
-/// All that methods may read or write. Of records, the first is good and the others differ from it
-/// in one field.
+/// All that methods may read or write. Of the pictures' records, the first is good and the others
+/// differ from it in one field.
 struct Memory {
   struct Zone {
     u8 before[kAround], picture[kPitch * kHeight], after[kAround];
   } dst, src;
   u32 numbers[16 * 11 + 256];
-  ImageDesc dstRecords[44], srcRecords[44], bordered[44];
-  BlendParam layers[53];
-  MotionBlurParam motions[66];
-  ChromaKey keys[21];
-  i32 rectangles[6][4];
+  ImageDesc dstImages[44], srcImages[44], bordered[44];
 };
 Memory memory;
 
-template <typename T, size_t count>
-void Vary(T (&records)[count], Kind kind, const T& good) {
-  std::fill(std::begin(records), std::end(records), good);
-  T* next = records;
-  for (const Field& field : kFields) {
-    const auto set = [&](double value) {
-      const Word bits = Bits(value, field.real);
-      std::memcpy(reinterpret_cast<u8*>(++next) + field.offset, &bits, field.size);
-    };
-    if (field.record != kind) continue;
-    if (field.size == sizeof(void*)) {
-      set(0);
-    } else if (field.real) {
-      std::for_each(std::begin(kReals), std::end(kReals), set);
-    } else if (kind == Kind::kRecord) {
-      std::for_each(std::begin(kSizes), std::end(kSizes), set);
-    } else {
-      std::for_each(std::begin(kIntegers), std::end(kIntegers), set);
-    }
-  }
+void Vary(ImageDesc (&images)[44], const ImageDesc& good) {
+  std::fill(std::begin(images), std::end(images), good);
+  images[1].data = nullptr;
+  ImageDesc* next = images + 2;
+  for (const auto field : {&ImageDesc::width, &ImageDesc::height, &ImageDesc::bytesPerPixel,
+                           &ImageDesc::bufferWidth, &ImageDesc::bufferHeight, &ImageDesc::pitch})
+    for (const i32 size : kSizes) next++->*field = size;
+  for (const i32 size : kSizes) next++->memoryKind = static_cast<u32>(size);
 }
 
 void MakeMemory() {
@@ -273,20 +258,37 @@ void MakeMemory() {
     bytes[1][i] = static_cast<u8>(i * 13 + i / 251);
   }
   ImageDesc image = {{}, kWidth, kHeight, 0, memory.dst.picture, kWidth, kHeight, kPitch, 4};
-  Vary(memory.dstRecords, Kind::kRecord, image);
+  Vary(memory.dstImages, image);
   image.data = memory.src.picture;
-  Vary(memory.srcRecords, Kind::kRecord, image);
+  Vary(memory.srcImages, image);
   image = {{}, kWidth, kHeight, 0, memory.dst.picture + 3 * (kPitch + 4), 10, 6, kPitch, 4};
-  Vary(memory.bordered, Kind::kRecord, image);
-  Vary(memory.layers, Kind::kLayer, {0, 200, 0, 0.5f, 0.5f});
-  Vary(memory.motions, Kind::kMotion, {1, 30, 5, 2, 1, 0, 0});
-  Vary(memory.keys, Kind::kKeys, {0, 255, 0, 0, 30, 20});
-  std::memcpy(memory.rectangles, kRectangles, sizeof(kRectangles));
+  Vary(memory.bordered, image);
 }
 
-std::vector<Word> Each(const auto& records) {
+struct alignas(void*) Record : std::array<u32, 48> {};
+
+/// Some records, and null.
+template <size_t count>
+std::vector<Word> Each(const ImageDesc (&images)[count]) {
   std::vector<Word> words;
-  for (const auto& record : records) words.push_back(reinterpret_cast<Word>(&record));
+  for (const ImageDesc& image : images) words.push_back(reinterpret_cast<Word>(&image));
+  words.push_back(0);
+  return words;
+}
+
+/// Records of parameters that differ from the good one in a number, and null.
+std::vector<Word> Each(const Good& good) {
+  static std::map<const void*, std::vector<Record>> made;
+  std::vector<Record>& records = made[good.record];
+  if (records.empty()) {
+    records.resize(1 + good.numbers * std::size(kWords));
+    Record* next = records.data();
+    for (Record& record : records) std::memcpy(&record, good.record, good.size);
+    for (size_t i = 0; i < good.numbers; ++i)
+      for (const u32 word : kWords) (*++next)[i] = word;
+  }
+  std::vector<Word> words;
+  for (const Record& record : records) words.push_back(reinterpret_cast<Word>(&record));
   words.push_back(0);
   return words;
 }
@@ -306,23 +308,25 @@ std::vector<Word> Values(const Argument& a) {
     case Kind::kSource:
       return {reinterpret_cast<Word>(memory.src.picture), 0};
     case Kind::kTarget: {
-      const bool picture = a.Is("dst") || a.Is("buffer") || a.Is("image");
+      const bool picture = a.Is("dst") || a.Is("buffer") || a.Is("image") || a.Is("pixels");
       return {reinterpret_cast<Word>(picture ? static_cast<void*>(memory.dst.picture)
                                              : &memory.numbers[16 * a.index]),
               0};
     }
-    case Kind::kRecord:
-      return Each(a.Is("dst")   ? memory.dstRecords
-                  : a.Is("src") ? memory.srcRecords
-                                : memory.bordered);
-    case Kind::kLayer:
-      return Each(memory.layers);
-    case Kind::kMotion:
-      return Each(memory.motions);
-    case Kind::kKeys:
-      return Each(memory.keys);
-    case Kind::kRect:
-      return Each(memory.rectangles);
+    case Kind::kImage:
+      return Each(a.Is("image") ? memory.bordered
+                  : a.constant  ? memory.srcImages
+                                : memory.dstImages);
+    case Kind::kParameters:
+      return Each(a.good);
+    case Kind::kRect: {
+      std::vector<Word> words;
+      for (size_t i = 0; i < std::size(kRectangles); ++i)
+        words.push_back(a.real ? reinterpret_cast<Word>(kRealRectangles[i])
+                               : reinterpret_cast<Word>(kRectangles[i]));
+      words.push_back(0);
+      return words;
+    }
     default:
       break;
   }
@@ -376,24 +380,26 @@ struct Call {
 
   bool HasNull() const {
     return std::any_of(method.arguments.begin(), method.arguments.end(), [&](const Argument& a) {
-      return (a.kind == Kind::kSource || a.kind == Kind::kTarget || a.kind == Kind::kRecord) &&
+      return (a.kind == Kind::kSource || a.kind == Kind::kTarget || a.kind == Kind::kImage) &&
              WordOf(a) == 0;
     });
   }
 
-  /// The bytes of a picture (dst or src). Where a method takes rows of records as packed whatever
-  /// the pitch, those too.
+  /// The bytes of a record's picture, also where a method takes rows as packed whatever the pitch.
+  Span Picture(const ImageDesc& image) const {
+    // A motion blur that does not move copies to all the bytes that there are.
+    const i64 room = method.slot == 63 ? std::max<i64>(0, i64{image.pitch} * image.height) : 0;
+    const Span packed = SpanOf(image.width, image.height, 4 * i64{image.width});
+    const Span pitched = SpanOf(image.width, image.height, image.pitch);
+    return {std::min(packed.from, pitched.from), std::max({packed.to, pitched.to, room}),
+            packed.rows};
+  }
+
+  /// The bytes of a picture (dst or src) that arguments describe.
   Span Picture(const std::string& picture) const {
-    const Argument* record = method.Find(picture);
-    if (record != nullptr && record->kind == Kind::kRecord) {
-      const auto& image = *reinterpret_cast<const ImageDesc*>(WordOf(*record));
-      // A motion blur that does not move copies to all the bytes that there are.
-      const i64 room = method.slot == 63 ? std::max<i64>(0, i64{image.pitch} * image.height) : 0;
-      const Span packed = SpanOf(image.width, image.height, 4 * i64{image.width});
-      const Span pitched = SpanOf(image.width, image.height, image.pitch);
-      return {std::min(packed.from, pitched.from), std::max({packed.to, pitched.to, room}),
-              packed.rows};
-    }
+    const Argument* const count = method.Find("count");
+    if (count != nullptr && count->kind <= Kind::kUnsigned)
+      return SpanOf(static_cast<i32>(WordOf(*count)), 1, 0);
     const i64 width = Number(picture, "Width", kWidth), height = Number(picture, "Height", kHeight);
     i64 pitch = Number(picture, "Pitch", 4 * width);  // without one, rows follow each other
     if (method.slot == 46) pitch = (width + (pitch - 4 * width) / 4) * 4;
@@ -401,16 +407,29 @@ struct Call {
     return SpanOf(width, height, pitch);
   }
 
+  /// The bytes of all pictures, the destination's first.
+  std::vector<Span> Pictures() const {
+    std::vector<Span> spans;
+    for (const Argument& a : method.arguments) {
+      if (a.kind != Kind::kImage) continue;
+      const Span span = Picture(*reinterpret_cast<const ImageDesc*>(WordOf(a)));
+      spans.insert(a.constant ? spans.end() : spans.begin(), span);
+    }
+    if (spans.empty()) spans = {Picture("dst"), Picture("src")};
+    return spans;
+  }
+
   /// What may be written of the destination.
   Span Target() const {
     if (HasNull()) return {};
-    return method.slot == 71 || method.slot == 107 ? Span{0, kPitch * kHeight} : Picture("dst");
+    return method.slot == 71 || method.slot == 107 ? Span{0, kPitch * kHeight} : Pictures()[0];
   }
 
   /// Whether the memory that it describes exists, or none does.
   bool IsHonest() const {
-    return HasNull() ||
-           (Picture("dst").IsThere() && Picture("src").IsThere() && Picture("image").IsThere());
+    if (HasNull()) return true;
+    const std::vector<Span> spans = Pictures();
+    return std::all_of(spans.begin(), spans.end(), [](const Span& s) { return s.IsThere(); });
   }
 
   std::string Text() const {
@@ -535,7 +554,7 @@ TEST_F(Slots, AreTheirOperationsAndStayInTheirRows) {
 
 struct Refusal {
   const char* slots;
-  const char* changes;  // of good calls, apart by |: arguments, or fields of their records
+  const char* changes;  // of good calls, apart by |: arguments, or fields of records
   u32 result;
 };
 /// What the tests of the kernels do not ask the operations themselves.
@@ -565,25 +584,32 @@ const Refusal kRefusals[] = {
     {"90 91 92", "model=3|matrix=3|range=2|model=1 matrix=1|model=2 range=0", PICTAVO_E_INVALIDARG},
 };
 
-/// Applies one change, as kRefusals has it. Records are numbered from 1 where they are arguments.
+/// The fields of records that changes name, and where they lie.
+const std::map<std::string, size_t> kFields = {{"mode", offsetof(BlendParam, mode)},
+                                               {"opacity", offsetof(BlendParam, opacity)},
+                                               {"memoryKind", offsetof(ImageDesc, memoryKind)},
+                                               {"data", offsetof(ImageDesc, data)}};
+
+/// Applies one change, as kRefusals has it. Rectangles are numbered from 1.
 void Change(Call* call, const std::string& change) {
   const std::string target = change.substr(0, change.find('='));
-  const double value = std::strtod(change.c_str() + target.size() + 1, nullptr);
+  const auto value = static_cast<Word>(std::stoll(change.substr(target.size() + 1)));
   const size_t dot = target.find('.');
   const Argument* const a = call->method.Find(target.substr(0, dot));
   ASSERT_NE(a, nullptr) << "slot " << call->method.slot << " has no " << target;
   Word& word = call->WordOf(*a);
-  if (dot == std::string::npos) {
-    word = a->kind == Kind::kRect && value > 0 ? Values(*a)[static_cast<size_t>(value)]
-                                               : Bits(value, a->kind == Kind::kReal);
-    return;
+  if (dot != std::string::npos) {
+    if (a->kind == Kind::kParameters) {
+      static std::deque<Record> changed;  // the good ones are others', too
+      word = reinterpret_cast<Word>(&changed.emplace_back(*reinterpret_cast<Record*>(word)));
+    }
+    const std::string field = target.substr(dot + 1);
+    std::memcpy(reinterpret_cast<u8*>(word) + kFields.at(field), &value, field == "data" ? 8 : 4);
+  } else if (a->kind == Kind::kRect && value > 0) {
+    word = Values(*a)[value];
+  } else {
+    word = a->kind == Kind::kReal ? std::bit_cast<u32>(static_cast<f32>(value)) : value;
   }
-  const auto* field = std::find_if(std::begin(kFields), std::end(kFields), [&](const Field& f) {
-    return target.substr(dot + 1) == f.name;
-  });
-  ASSERT_NE(field, std::end(kFields)) << target;
-  const Word bits = Bits(value, field->real);
-  std::memcpy(reinterpret_cast<u8*>(word) + field->offset, &bits, field->size);
 }
 
 std::vector<std::string> Split(const std::string& text, char separator) {
