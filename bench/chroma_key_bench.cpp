@@ -1,19 +1,11 @@
 // The chroma key: its rows on one thread, and whole calls, which use all processors. Another
 // library's filter, where it is installed, keys planes of YUVA by a distance, without hues or
 // spill.
-#include <cstdlib>
 #include <memory>
+#include <utility>
 
-#include "bench.h"
+#include "av_filter.h"
 #include "chromakey/chroma_key_fx.h"
-
-#ifdef PICTAVO_BENCH_AVFILTER
-extern "C" {
-#include <libavfilter/avfilter.h>
-#include <libavfilter/buffersink.h>
-#include <libavfilter/buffersrc.h>
-}
-#endif
 
 namespace pictavo::bench {
 namespace {
@@ -62,48 +54,17 @@ void KeyPicture(i32 level, const std::vector<ChromaKey>& keys, const Size& size,
 }
 
 #ifdef PICTAVO_BENCH_AVFILTER
-/// Of frames whose planes hold the picture's bytes in some order; a frame is copied, since the
-/// filter works in place.
-Run AvFilter(const Size& size) {
-  struct Keyer {
-    AVFilterGraph* graph = avfilter_graph_alloc();
-    AVFilterContext *source = nullptr, *sink = nullptr;
-    AVFrame *frame = av_frame_alloc(), *keyed = av_frame_alloc();
-    ~Keyer() {
-      av_frame_free(&keyed);
-      av_frame_free(&frame);
-      avfilter_graph_free(&graph);
+/// Of planes that hold the picture's bytes; a frame is copied, since the filter works in place.
+Run KeyPlanes(const Size& size) {
+  const auto filter = std::make_shared<AvFilter>("chromakey=0x26A83E:0.1:0.1", "yuva444p", size);
+  return [=, loaded = false](u8*, const u8* src) mutable {
+    if (!std::exchange(loaded, true)) {
+      Bytes planes;
+      for (i64 channel = 0; channel < 4; ++channel)
+        for (i64 i = 0; i < size.pixels(); ++i) planes.push_back(src[4 * i + channel]);
+      filter->Load(planes.data());
     }
-  };
-  const auto keyer = std::make_shared<Keyer>();
-  const std::string chain = "buffer@in=video_size=" + size.name() +
-                            ":pix_fmt=yuva444p:time_base=1/25,chromakey=0x26A83E:0.1:0.1,"
-                            "buffersink@out";
-  keyer->graph->nb_threads = 1;
-  AVFilterInOut *inputs = nullptr, *outputs = nullptr;
-  keyer->frame->format = AV_PIX_FMT_YUVA444P;
-  keyer->frame->width = size.width;
-  keyer->frame->height = size.height;
-  if (avfilter_graph_parse2(keyer->graph, chain.c_str(), &inputs, &outputs) < 0 ||
-      avfilter_graph_config(keyer->graph, nullptr) < 0 ||
-      av_frame_get_buffer(keyer->frame, 0) < 0) {
-    std::abort();
-  }
-  keyer->source = avfilter_graph_get_filter(keyer->graph, "buffer@in");
-  keyer->sink = avfilter_graph_get_filter(keyer->graph, "buffersink@out");
-  return [=](u8*, const u8* src) {
-    if (keyer->frame->opaque != src) {  // once
-      keyer->frame->opaque = const_cast<u8*>(src);
-      for (i64 i = 0; i < 4 * size.pixels(); ++i) {
-        const i64 x = i / 4 % size.width, y = i / 4 / size.width;
-        keyer->frame->data[i % 4][y * keyer->frame->linesize[i % 4] + x] = src[i];
-      }
-    }
-    if (av_buffersrc_add_frame_flags(keyer->source, keyer->frame, AV_BUFFERSRC_FLAG_KEEP_REF) < 0 ||
-        av_buffersink_get_frame(keyer->sink, keyer->keyed) < 0) {
-      std::abort();
-    }
-    av_frame_unref(keyer->keyed);
+    filter->Run();
   };
 }
 #endif
@@ -119,7 +80,7 @@ Table ChromaKeys() {
                        std::function<void(i32 level, u8 * dst, const u8* src)> run) {
     std::vector<Run> runs = AtEachBuild(std::move(run));
 #ifdef PICTAVO_BENCH_AVFILTER
-    runs.push_back(AvFilter(size));
+    runs.push_back(KeyPlanes(size));
 #endif
     table.lines.push_back({name, size.name() + data, size.pixels(), &src, &src, false, runs});
   };
