@@ -67,9 +67,9 @@ std::vector<Step> ParseChain(const std::wstring& chain, Size frame) {
 }
 
 Frame::Frame(const std::vector<Step>& steps, Size size) : steps_(steps) {
-  pictures_.emplace_back(size.width, size.height);
+  pictures_.push_back(Picture::Promised(size));
   for (const Step& step : steps) {
-    if (!step.inPlace) pictures_.emplace_back(step.size.width, step.size.height);
+    if (!step.inPlace) pictures_.push_back(Picture::Promised(step.size));
   }
 }
 
@@ -77,6 +77,7 @@ const Picture& Frame::Run(pictavo::IPictavo6* object) {
   Picture* frame = source();
   for (const Step& step : steps_) {
     Picture* const result = step.inPlace ? frame : frame + 1;
+    result->pixels.resize(result->bytes());
     if (const pictavo::Outcome outcome = step.run(object, frame, result); !outcome) {
       throw Refusal('"' + step.text + '"', outcome.result);
     }

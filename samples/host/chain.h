@@ -39,7 +39,7 @@ Size FrameSize(Parser* parser, const std::string& what);
 /// up. Throws UsageFailure.
 std::vector<Step> ParseChain(const std::wstring& chain, Size frame);
 
-/// A frame on its way through a chain; one thread's own.
+/// A frame on its way through a chain; one thread's own. Takes no memory before there are pixels.
 class Frame {
  public:
   Frame(const std::vector<Step>& steps, Size size);

@@ -15,7 +15,8 @@ struct Room {
     pictavo::ImageDesc dst = {};
     i32 offsetX, offsetY;
     object->GetMotionBlurDstSize(&src, &dst, &param, &offsetX, &offsetY);
-    picture = Picture(dst.width, dst.height);
+    // The sizes are sums modulo 2^32.
+    picture = Picture(static_cast<u32>(dst.width), static_cast<u32>(dst.height));
     place = {-offsetX, -offsetY, source.width, source.height};
   }
 

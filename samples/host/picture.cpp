@@ -101,19 +101,30 @@ i32 Scaled(i32 size, i64 numerator, i64 denominator) {
 
 }  // namespace
 
-bool Fits(i32 width, i32 height) {
+bool Fits(i64 width, i64 height) {
   // Pitches are 32-bit signed numbers, and the codecs take sizes of 32 bits.
   constexpr i64 kLargestPitch = std::numeric_limits<i32>::max();
   constexpr i64 kLargestSize = std::numeric_limits<u32>::max();
-  return width >= 1 && height >= 1 && 4 * i64{width} <= kLargestPitch &&
-         4 * i64{width} <= kLargestSize / height;
+  return width >= 1 && height >= 1 && width <= kLargestPitch / 4 &&
+         4 * width <= kLargestSize / height;
 }
 
-Picture::Picture(i32 pictureWidth, i32 pictureHeight) : width(pictureWidth), height(pictureHeight) {
-  if (!Fits(width, height)) {
-    throw Failure(Format("a picture of %d x %d pixels is too large", width, height));
+Picture::Picture(i64 pictureWidth, i64 pictureHeight)
+    : width(static_cast<i32>(pictureWidth)), height(static_cast<i32>(pictureHeight)) {
+  if (!Fits(pictureWidth, pictureHeight)) {
+    throw Failure(Format("a picture of %lld x %lld pixels is too large",
+                         static_cast<long long>(pictureWidth),
+                         static_cast<long long>(pictureHeight)));
   }
-  pixels.resize(4 * static_cast<size_t>(width) * static_cast<size_t>(height));
+  pixels.resize(bytes());
+}
+
+Picture Picture::Promised(Size size) {
+  Picture picture(1, 1);
+  picture.width = size.width;
+  picture.height = size.height;
+  picture.pixels.clear();
+  return picture;
 }
 
 pictavo::ImageDesc Describe(Picture& picture) {

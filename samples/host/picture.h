@@ -19,7 +19,7 @@ struct Size {
 };
 
 /// Whether a picture may have that size.
-bool Fits(i32 width, i32 height);
+bool Fits(i64 width, i64 height);
 
 struct Rect {
   i32 left, top, width, height;
@@ -29,9 +29,13 @@ struct Rect {
 /// row first.
 struct Picture {
   /// Clear black. Throws Failure when that many pixels do not fit.
-  Picture(i32 pictureWidth, i32 pictureHeight);
+  Picture(i64 pictureWidth, i64 pictureHeight);
+
+  /// One whose pixels are yet to come, and their memory with them.
+  static Picture Promised(Size size);
 
   i32 pitch() const { return 4 * width; }
+  size_t bytes() const { return 4 * static_cast<size_t>(width) * static_cast<size_t>(height); }
   u8* At(i32 x, i32 y) { return pixels.data() + Offset(x, y); }
   const u8* At(i32 x, i32 y) const { return pixels.data() + Offset(x, y); }
 

@@ -1,11 +1,13 @@
 // Resizing: pictavo-host resize, and the demo's part.
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <optional>
 
 #include "chain.h"
 #include "commands.h"
 #include "demo.h"
+#include "text.h"
 
 namespace host {
 namespace {
@@ -14,41 +16,44 @@ struct Method {
   const char* name;
   int slot;
   const char* description;
+  i32 largestSource;  // width or height
   pictavo::Outcome (*resize)(pictavo::IPictavo6* object, Picture* dst, const Picture& src);
 };
 
+constexpr i32 kAnySource = std::numeric_limits<i32>::max(), kFixedPoint = 32767;
+
 const Method kMethods[] = {
-    {"nearest", 55, "the pixel at the upper left",
+    {"nearest", 55, "the pixel at the upper left", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeNearest32>(
            object, reinterpret_cast<u32*>(d->pixels.data()), d->width, d->height, d->pitch(),
            reinterpret_cast<const u32*>(s.pixels.data()), s.width, s.height, s.pitch());
      }},
-    {"bilinear7", 31, "bilinear, 7-bit weights",
+    {"bilinear7", 31, "bilinear, 7-bit weights", kAnySource,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear7>(
            object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
            s.height, s.pitch());
      }},
-    {"bilinear16", 58, "bilinear, 16-bit weights",
+    {"bilinear16", 58, "bilinear, 16-bit weights", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear16KeepAlpha>(
            object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
            s.height, s.pitch(), 1);
      }},
-    {"bilinear16-opaque", 30, "the same, made opaque",
+    {"bilinear16-opaque", 30, "the same, made opaque", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear16>(
            object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
            s.height, s.pitch(), 1, 1);
      }},
-    {"box", 57, "the mean of sixteen samples",
+    {"box", 57, "the mean of sixteen samples", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeBox16>(
            object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
            s.height, s.pitch());
      }},
-    {"box-weighted", 29, "the same, weighted by alpha",
+    {"box-weighted", 29, "the same, weighted by alpha", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeBox16AlphaWeighted>(
            object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
@@ -108,12 +113,17 @@ const Command kResizeCommand = {
     RunResize};
 
 const Effect kResizeEffect = {
-    "resize", 2, [](Parser& settings, Size) -> Step {
+    "resize", 2, [](Parser& settings, Size frame) -> Step {
       const Size size = FrameSize(&settings, "WxH of resize");
       const Method& method =
           FindMethod(settings.AtEnd() ? "bilinear16" : Utf8(settings.Next("METHOD of resize")));
-      return {size, false, [&](pictavo::IPictavo6* object, Picture* frame, Picture* result) {
-                return method.resize(object, result, *frame);
+      if (std::max(frame.width, frame.height) > method.largestSource) {
+        throw UsageFailure(Format("resize by %s takes no more than %d pixels a side, not %d x %d",
+                                  method.name, method.largestSource, frame.width, frame.height),
+                           kBadSize);
+      }
+      return {size, false, [&](pictavo::IPictavo6* object, Picture* taken, Picture* result) {
+                return method.resize(object, result, *taken);
               }};
     }};
 

@@ -20,12 +20,20 @@ using Clock = std::chrono::steady_clock;
 // The program's exit codes for what befalls a stream.
 constexpr int kShortFrame = 5, kOutputClosed = 6;
 
-/// Fills the frame from the standard input. False at the end of the stream.
+constexpr size_t kPiece = size_t{1} << 24;  // of a frame, read or written at once
+
+/// Fills the frame from the standard input. False at the end of the stream. Memory is taken piece
+/// by piece as bytes come: a size that is asked for by mistake costs nothing.
 bool ReadFrame(Picture* frame) {
   const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+  const size_t size = frame->bytes();
   size_t filled = 0;
-  while (filled < frame->pixels.size()) {
-    const size_t rest = std::min(frame->pixels.size() - filled, size_t{1} << 24);
+  while (filled < size) {
+    if (filled == frame->pixels.size()) {
+      if (filled > 0) frame->pixels.reserve(size);
+      frame->pixels.resize(std::min(size, filled + kPiece));
+    }
+    const size_t rest = std::min(frame->pixels.size() - filled, kPiece);
     DWORD got = 0;
     if (!ReadFile(input, &frame->pixels[filled], static_cast<DWORD>(rest), &got, nullptr) &&
         GetLastError() != ERROR_BROKEN_PIPE) {
@@ -34,9 +42,8 @@ bool ReadFrame(Picture* frame) {
     if (got == 0) break;
     filled += got;
   }
-  if (filled != 0 && filled < frame->pixels.size()) {
-    throw Failure(Format("the last frame is short: %zu of %zu bytes", filled, frame->pixels.size()),
-                  kShortFrame);
+  if (filled != 0 && filled < size) {
+    throw Failure(Format("the last frame is short: %zu of %zu bytes", filled, size), kShortFrame);
   }
   return filled != 0;
 }
@@ -44,7 +51,7 @@ bool ReadFrame(Picture* frame) {
 void WriteFrame(const Picture& frame) {
   const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
   for (size_t written = 0; written < frame.pixels.size();) {
-    const size_t rest = std::min(frame.pixels.size() - written, size_t{1} << 24);
+    const size_t rest = std::min(frame.pixels.size() - written, kPiece);
     DWORD put = 0;
     if (!WriteFile(output, &frame.pixels[written], static_cast<DWORD>(rest), &put, nullptr)) {
       const DWORD error = GetLastError();

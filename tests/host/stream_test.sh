@@ -35,6 +35,9 @@ expect 5 "short: 9408 of 12288" --size 64x48 blur=2
 expect 3 "width" --size 0x48 blur=2
 expect 3 "too many" --size 1048576x1048576 blur=2
 expect 3 "resize" --size 64x48 resize=0x5
+expect 3 "32767.*40000 x 1" --size 40000x1 resize=20x1
+# A frame of 4 GB of which little comes, where there is no room for it.
+(ulimit -v $((3 << 20)) && expect 5 "short: 120000 of" --threads 1 --size 32767x32767 blur=2) || exit 1
 expect 3 "needs the size" blur=2
 expect 4 '"blurr"' --size 64x48 'blurr=2'
 expect 4 '""' --size 64x48 'blur=2 | '
@@ -54,6 +57,8 @@ mkdir "$work/folder.png"
 blur old.bmp; [ $? -eq 2 ] && grep -q "\.jpeg" "$work/errors" && grep -q old "$work/old.bmp" || fail "an unknown ending"
 blur folder.png; [ $? -eq 1 ] && ! ls "$work"/*.part 2>/dev/null || fail "what is left of a failed write"
 blur two.png || fail "a plain write"
+(cd "$work" && "$source/scripts/wine.sh" "$program" motion-blur one.png three.png --direction 4e9 0 2> errors)
+[ $? -eq 1 ] && grep -q "2147483649 x 1 pixels is too large" "$work/errors" || fail "a motion that is too large"
 cmp -n 8 "$work/one.png" "$work/two.png" || fail "no PNG was written"
 
 # The library without its modules says so.
