@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the API reference and the guides into build/docs/html, with pictures that the sample host
-# makes from photographs. A warning is an error.
+# makes from photographs. A warning is an error, and so is a dead link.
 #   scripts/docs.sh [PICTAVO-HOST.EXE]     without it, sets up and builds one
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -35,4 +35,5 @@ version=$(sed -n 's/^project(Pictavo VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 (cd "$scratch" && PICTAVO_VERSION=$version doxygen docs/Doxyfile)
 rm -rf build/docs/html
 mv "$scratch/html" build/docs/html
+tests/docs/links_test.py build/docs/html
 echo "$PWD/build/docs/html/index.html"

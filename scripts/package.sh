@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the SDK and zips it: DLLs, import libraries, headers, debug symbols, samples.
+# Builds the SDK and zips it: DLLs, import libraries, headers, debug symbols, samples, documents with
+# their pictures.
 #   scripts/package.sh [FOLDER]     build/package by default
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -10,6 +11,7 @@ cd "$root"
 scripts/setup.sh
 cmake --preset windows >/dev/null
 cmake --build --preset windows
+scripts/docs.sh build/windows/bin/pictavo-host.exe >/dev/null
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' build/windows/CMakeCache.txt)
 name=pictavo-$version-win64
 

@@ -30,6 +30,7 @@ for binary in "$sdk"/bin/*.dll "$sdk"/bin/*.exe; do
   x86_64-w64-mingw32-objdump -h "$binary" | grep -q gnu_debuglink || fail "$binary names no symbols"
   x86_64-w64-mingw32-objdump -h "$binary" | grep -q debug_info && fail "$binary has its symbols inside"
 done
+"$source/tests/docs/links_test.py" "$sdk"
 # The readme shows the first sample; it must be the file that is compiled below.
 sed -n '/^```cpp$/,/^```$/p' "$sdk/README.md" | sed '1d;$d' | diff - "$sdk/samples/first_host/first_host.cpp" ||
   fail "the readme shows another program than samples/first_host"
