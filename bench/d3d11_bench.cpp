@@ -22,6 +22,8 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 constexpr i32 kWidth = 1920, kHeight = 1080;
 
 constexpr D3DRegion kAll = {0, 0, 0, 0, kWidth, kHeight};
+constexpr f32 kColour[] = {0, 0.5f, 1, 1};
+constexpr D3DClearParam kClear = {kColour, 4};
 constexpr D3DBlurParam kBlur8 = {8, 8, 1}, kBlur100 = {100, 100, 1};
 constexpr D3DGrowParam kSquare8 = {8, 8, 0, 1}, kSquare32 = {32, 32, 0, 1}, kDisc8 = {8, 8, 1, 1},
                        kBell8 = {8, 8, 3, 1};
@@ -149,10 +151,12 @@ void Bench::Time(const char* name, const std::function<u32()>& run) {
 
 int main() {
   Bench bench;
+  bench.Run("0 copy without a shader", PICTAVO_D3D_COPY_TEXTURE, nullptr);
   bench.Run("2 box blur, radius 8", PICTAVO_D3D_BOX_BLUR, &kBlur8);
   bench.Run("2 box blur, radius 100", PICTAVO_D3D_BOX_BLUR, &kBlur100);
   bench.Run("3 growing, square of 8", PICTAVO_D3D_GROW, &kSquare8);
   bench.Run("3 growing, disc of 8", PICTAVO_D3D_GROW, &kDisc8);
+  bench.Run("4 clear", PICTAVO_D3D_CLEAR, &kClear);
   bench.Run("5 region copy", PICTAVO_D3D_COPY_REGION, &kAll);
   bench.Run("6 scaling to half", PICTAVO_D3D_SCALE, &kHalf);
   bench.Run("9 region filter, radius 8", PICTAVO_D3D_FILTER_REGION, &kFilter8);

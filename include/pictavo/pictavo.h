@@ -175,13 +175,14 @@ struct ChromaKey {
 };
 static_assert(sizeof(ChromaKey) == 12, "ChromaKey is 12 bytes");
 
-/// A picture of the host's for the OpenCL methods. The host implements it; the library only calls
-/// it, from the thread of the call that it was given to, and keeps neither it nor its record.
+/// A picture of the host's for the OpenCL methods and slots 97 and 101. The host implements it; the
+/// library only calls it, from the thread of the call that it was given to, and keeps neither it
+/// nor its record.
 struct IPictavoSurface {
   /// Fills in the record, which comes zeroed: plain memory with `data`, `width`, `height`, `pitch`
-  /// (bytes, negative where rows run upwards) and `bytesPerPixel`; `bufferWidth` and `bufferHeight`
-  /// where a method asks for them. The pixels stay where they are until the method returns, which
-  /// copies them to the device and back.
+  /// (bytes; on OpenCL negative where rows run upwards) and `bytesPerPixel`; `bufferWidth` and
+  /// `bufferHeight` where a method asks for them. The pixels stay where they are until the method
+  /// returns; the OpenCL methods copy them to the device and back.
   /// @return 1 when the surface can be used; any other value refuses the call
   virtual u32 Query(ImageDesc* image) noexcept = 0;
 
@@ -190,13 +191,16 @@ struct IPictavoSurface {
 };
 
 /// @name Operations of D3DComputeOp
-/// Each with its parameter record below it.
+/// Each with the record of its parameters, below.
 /// @{
+inline constexpr i32 PICTAVO_D3D_COPY_TEXTURE = 0;   ///< by its sub-mode
 inline constexpr i32 PICTAVO_D3D_COPY = 1;           ///< no record
 inline constexpr i32 PICTAVO_D3D_BOX_BLUR = 2;       ///< D3DBlurParam
 inline constexpr i32 PICTAVO_D3D_GROW = 3;           ///< D3DGrowParam
+inline constexpr i32 PICTAVO_D3D_CLEAR = 4;          ///< D3DClearParam
 inline constexpr i32 PICTAVO_D3D_COPY_REGION = 5;    ///< D3DRegion
 inline constexpr i32 PICTAVO_D3D_SCALE = 6;          ///< D3DScaleParam
+inline constexpr i32 PICTAVO_D3D_RELEASE = 7;        ///< no record
 inline constexpr i32 PICTAVO_D3D_COPY_MATERIAL = 8;  ///< D3DRegion
 inline constexpr i32 PICTAVO_D3D_FILTER_REGION = 9;  ///< D3DRegionFilterParam
 inline constexpr i32 PICTAVO_D3D_COPY_AFFINE = 10;   ///< D3DAffineParam
@@ -204,6 +208,12 @@ inline constexpr i32 PICTAVO_D3D_FILL = 11;          ///< D3DFillParam
 inline constexpr i32 PICTAVO_D3D_GROW_REGION = 12;   ///< D3DGrowRegionParam
 inline constexpr i32 PICTAVO_D3D_TINT = 13;          ///< D3DTintParam
 inline constexpr i32 PICTAVO_D3D_CHROMA_KEY = 14;    ///< D3DKeyParam
+/// @}
+
+/// @name Sub-modes of PICTAVO_D3D_COPY_TEXTURE
+/// @{
+inline constexpr i32 PICTAVO_D3D_WHOLE = 0;  ///< no record; the sub-mode of all other operations
+inline constexpr i32 PICTAVO_D3D_PART = 2;   ///< D3DRegion
 /// @}
 
 /// A part of the source and where it goes, in pixels. What leaves either picture is cut off.
@@ -244,6 +254,13 @@ struct D3DGrowRegionParam {
   u32 clipSource;       ///< non-zero takes out what the source itself covers: an outline remains
 };
 static_assert(sizeof(D3DGrowRegionParam) == 44, "D3DGrowRegionParam is 44 bytes");
+
+/// A colour for a whole texture.
+struct D3DClearParam {
+  const f32* colour;  ///< blue, green, red, alpha, each 0 … 1
+  i32 count;          ///< how many these are: 4
+};
+static_assert(sizeof(D3DClearParam) == 16, "D3DClearParam is 16 bytes");
 
 /// The rectangle of the destination that the whole source is scaled into, in pixels. What leaves
 /// the destination is cut off.
@@ -955,7 +972,13 @@ struct IPictavo5 : IPictavo4 {
                               u8* b) noexcept = 0;
 
   virtual u32 Reserved96() noexcept = 0;  ///< Slot 96. A resampling.
-  virtual u32 Reserved97() noexcept = 0;  ///< Slot 97. An operation on host surfaces.
+  /// Slot 97. Copies what two 32-bit surfaces have in common, from their upper left corners on; the
+  /// rest of the destination stays. They may be the same picture, which then stays as it is.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or its picture's data is null;
+  /// PICTAVO_E_FAIL when a surface's query does not answer 1; PICTAVO_E_INVALIDARG for a texture,
+  /// pixels of other than 4 bytes, a pitch shorter than its row and different pictures that share a
+  /// byte; PICTAVO_S_FALSE for an empty picture
+  virtual u32 CopySurface(IPictavoSurface* dst, IPictavoSurface* src) noexcept = 0;
 
  protected:
   ~IPictavo5() = default;
@@ -1054,11 +1077,14 @@ struct IPictavo6 : IPictavo5 {
   ///
   /// | opCode | param | what the destination gets |
   /// |---|---|---|
+  /// | 0 | null, D3DRegion | the source, or with subMode 2 the region, copied as it is |
   /// | 1 | null | the source's pixels, as far as both reach; both colour or both planes |
   /// | 2 | D3DBlurParam | slot 103 with a radius for columns and one for rows |
   /// | 3 | D3DGrowParam | the source grown by a filter, as far as both reach; no planes |
+  /// | 4 | D3DClearParam | one colour all over; `src` is not read |
   /// | 5 | D3DRegion | the region |
   /// | 6 | D3DScaleParam | the source scaled by the rule of slot 29 |
+  /// | 7 | null | nothing: no argument is read; the object lets go of what it keeps |
   /// | 8 | D3DRegion | the region; where it leaves the source, the source's edge goes on |
   /// | 9 | D3DRegionFilterParam | operation 8's region, filtered |
   /// | 10 | D3DAffineParam | the source through an affine map |
@@ -1069,6 +1095,11 @@ struct IPictavo6 : IPictavo5 {
   ///
   /// With colours as bytes, and divisions rounding towards zero:
   ///
+  /// - Copied as it is: by the card's own copy, without a shader. Both textures have one format
+  ///   and, for subMode 0, one size. They may have any D3D11_BIND flags and usages, but for a
+  ///   destination that is D3D11_USAGE_IMMUTABLE, and a source may be bound for output.
+  /// - All over: by the card's own clear, to the nearest bytes, halves up. A destination with
+  ///   D3D11_BIND_RENDER_TARGET will do too.
   /// - Filtered: along rows, then along columns, the mean of the pixels up to the radius away and
   ///   inside the region. Of n pixels with S the sum of alphas, alpha becomes (S + n / 2) / n and
   ///   each colour (the sum of colour * alpha + S / 2) / S, 0 where S = 0.
@@ -1091,15 +1122,16 @@ struct IPictavo6 : IPictavo5 {
   /// unbinds the destination from wherever else it is bound. A predicate that the host has set
   /// holds for this work too: where it forbids drawing, nothing is written. The call only records
   /// work, so a deferred context will do. The object keeps shaders, buffers and textures in between
-  /// of the last device, and so the device, until it is released or used with another one: after
+  /// of the last device, and so the device, until it is released, used with another one or told
+  /// to let go by operation 7: after
   /// operations 2 and 9, 8 to 12 bytes a pixel (2 or 3 for planes in operation 2), after 3 and 12
   /// up to 8, after 11 up to the rectangle. Of contexts and of the host's textures it keeps
   /// nothing. One thread at a time may use a context.
   ///
-  /// @param subMode 0; for opCode 0 also 2
-  /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when nothing is to be written; PICTAVO_E_NOTIMPL for
-  /// opCode 0, 4 and 7; PICTAVO_E_FAIL for another opCode and for a texture of another format;
-  /// PICTAVO_E_POINTER when an argument, a record's texture or the keys are null;
+  /// @param subMode PICTAVO_D3D_WHOLE; for opCode 0 also PICTAVO_D3D_PART
+  /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when nothing is to be written; PICTAVO_E_FAIL for
+  /// another opCode and for a texture of another format; PICTAVO_E_POINTER when an argument, a
+  /// record's texture, the colour or the keys are null;
   /// PICTAVO_E_INVALIDARG for another subMode, a context of another device, pictures that cannot be
   /// used as stated, one texture as both, values out of their range and places too far out to
   /// compute; PICTAVO_E_OUTOFMEMORY;

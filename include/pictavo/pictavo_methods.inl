@@ -6,9 +6,10 @@
 //   #include "pictavo/pictavo_methods.inl"
 //
 // `where` says what a method works with: OBJECT (the object itself), CPU (the processor alone),
-// MODULE (a sibling module, found at run time), OPENCL or D3D11. `arguments` are their names in
-// pictavo.h, in brackets; their types are those of &pictavo::IPictavo6::name. A macro that is not
-// defined leaves its lines out; both are undefined again at the end.
+// MODULE (a sibling module, found at run time), SURFACE (the processor, on host surfaces), OPENCL
+// or D3D11. `arguments` are their names in pictavo.h, in brackets; their types are those of
+// &pictavo::IPictavo6::name. A macro that is not defined leaves its lines out; both are undefined
+// again at the end.
 #ifndef PICTAVO_METHOD
 #define PICTAVO_METHOD(slot, name, where, arguments)
 #endif
@@ -133,7 +134,7 @@ PICTAVO_RESERVED(93, ())
 PICTAVO_RESERVED(94, ())
 PICTAVO_METHOD(95, ConvertHSLToRGB, CPU, (hue, saturation, lightness, r, g, b))
 PICTAVO_RESERVED(96, ())
-PICTAVO_RESERVED(97, ())
+PICTAVO_METHOD(97, CopySurface, SURFACE, (dst, src))
 PICTAVO_METHOD(98, ExtendBoundaryOpenCL, OPENCL, (dst, border))
 PICTAVO_RESERVED(99, ())
 PICTAVO_METHOD(100, TransformOpenCL, OPENCL, (dst, src, matrix))

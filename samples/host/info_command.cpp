@@ -75,13 +75,6 @@ bool IsBuilt<&IPictavo6::GetCPULevel>(IPictavo6* object) {
   return IsBuilt<&IPictavo6::SetCPULevel>(object);
 }
 
-/// Of its operations any will do, but for those that are not built.
-template <>
-bool IsBuilt<&IPictavo6::D3DComputeOp>(IPictavo6* object) {
-  return object->D3DComputeOp(pictavo::PICTAVO_D3D_COPY, 0, nullptr, nullptr, nullptr, nullptr,
-                              nullptr) != pictavo::PICTAVO_E_NOTIMPL;
-}
-
 /// A method of the interface that is not reserved.
 struct Method {
   int slot;

@@ -162,8 +162,7 @@ namespace {
 
 bool Fits(const d3d11::Picture& picture, u32 width, u32 height, DXGI_FORMAT format) {
   if (!picture.texture) return false;
-  D3D11_TEXTURE2D_DESC desc;
-  picture.texture->GetDesc(&desc);
+  const D3D11_TEXTURE2D_DESC desc = d3d11::DescOf(picture);
   return desc.Width == width && desc.Height == height && desc.Format == format;
 }
 

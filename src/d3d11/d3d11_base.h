@@ -106,6 +106,9 @@ class CPictavo_D3D : public CD3D11Base {
                  DXGI_FORMAT format, d3d11::Picture* picture) noexcept;
 
   // The operations of D3DComputeOp and BoxBlurD3D, as pictavo.h states them.
+  // `part` null is the whole texture.
+  u32 CopyTexture(const D3DCall& call, const D3DRegion* part) noexcept;
+  u32 Clear(const D3DCall& call, const D3DClearParam* param) noexcept;
   u32 PlainCopy(const D3DCall& call) noexcept;
   u32 BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexcept;
   u32 RegionCopy(const D3DCall& call, const D3DRegion* region) noexcept;

@@ -1,6 +1,8 @@
 // The compute operations: check, choose the shader and its parameters, run. Each rule stands in its
 // shader.
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <initializer_list>
 #include <memory>
 #include <new>
@@ -11,6 +13,41 @@
 namespace pictavo {
 
 using namespace d3d11;
+
+namespace {
+
+/// Copies a region that lies in both textures, of one format.
+void CopyBetween(ID3D11DeviceContext* context, const Pictures& pictures, const Region& region) {
+  const auto number = [](i64 value) { return static_cast<UINT>(value); };
+  const auto& [x, y] = region;
+  const D3D11_BOX box = {
+      number(x.src), number(y.src), 0, number(x.src + x.length), number(y.src + y.length), 1};
+  context->CopySubresourceRegion(pictures.dst.texture.Get(), 0, number(x.dst), number(y.dst), 0,
+                                 pictures.src.texture.Get(), 0, &box);
+}
+
+bool SameSize(const Pictures& pictures) {
+  const auto& [dst, src] = pictures;
+  return dst.width == src.width && dst.height == src.height;
+}
+
+}  // namespace
+
+u32 CPictavo_D3D::CopyTexture(const D3DCall& call, const D3DRegion* part) noexcept {
+  Pictures pictures;
+  const u32 code = OpenTextures(call, true, {}, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const auto& [dst, src] = pictures;
+  if (dst.format != src.format || DescOf(dst).Usage == D3D11_USAGE_IMMUTABLE ||
+      (part == nullptr && !SameSize(pictures))) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  const D3DRegion whole = {0, 0, 0, 0, src.width, src.height};
+  const Region region = Region(part != nullptr ? *part : whole).InDestination(dst).InSource(src);
+  if (region.Empty()) return PICTAVO_S_FALSE;
+  CopyBetween(call.context, pictures, region);
+  return PICTAVO_S_OK;
+}
 
 u32 CPictavo_D3D::PlainCopy(const D3DCall& call) noexcept {
   Pictures pictures;
@@ -195,12 +232,6 @@ u32 FillFrom(Computation* computation, const Picture& dst, i32 left, i32 top,
                                           .fColorA = p.alpha});
 }
 
-DXGI_FORMAT FormatOf(ID3D11Texture2D* texture) {
-  D3D11_TEXTURE2D_DESC desc;
-  texture->GetDesc(&desc);
-  return desc.Format;
-}
-
 }  // namespace
 
 u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept {
@@ -224,15 +255,48 @@ u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept 
   {
     Computation computation(this, call);
     code = GetScratch(call.device, Scratch::kPatch, static_cast<u32>(right - left),
-                      static_cast<u32>(bottom - top), FormatOf(dst.texture.Get()), &patch);
+                      static_cast<u32>(bottom - top), DescOf(dst).Format, &patch);
     if (code != PICTAVO_S_OK) return code;
     patch.format = dst.format;
     code = FillFrom(&computation, patch, 0, 0, *param);
   }
   if (code != PICTAVO_S_OK) return code;
-  call.context->CopySubresourceRegion(dst.texture.Get(), 0, static_cast<UINT>(left),
-                                      static_cast<UINT>(top), 0, patch.texture.Get(), 0, nullptr);
+  CopyBetween(call.context, {dst, patch}, Region({left, 0, patch.width}, {top, 0, patch.height}));
   return PICTAVO_S_OK;
+}
+
+u32 CPictavo_D3D::Clear(const D3DCall& call, const D3DClearParam* param) noexcept {
+  if (param == nullptr) return PICTAVO_E_POINTER;
+  Pictures pictures;
+  u32 code = OpenTextures(
+      call, false, {.dst = D3D11_BIND_UNORDERED_ACCESS | D3D11_BIND_RENDER_TARGET}, &pictures);
+  if (code != PICTAVO_S_OK) return code;
+  const f32* bgra = param->colour;
+  if (bgra == nullptr) return PICTAVO_E_POINTER;
+  if (param->count != 4 || !AreChannels({bgra[0], bgra[1], bgra[2], bgra[3]})) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  // Devices may round what lies between two bytes either way.
+  const auto byte = [=](size_t channel) {
+    return static_cast<f32>(std::floor(double{bgra[channel]} * 255 + 0.5) / 255);
+  };
+  Picture& dst = pictures.dst;
+  const f32 alpha = byte(3);
+  const std::array<f32, 4> rgba = dst.format == kPlane
+                                      ? std::array{alpha, alpha, alpha, alpha}
+                                      : std::array{byte(2), byte(1), byte(0), alpha};
+  if ((DescOf(dst).BindFlags & D3D11_BIND_UNORDERED_ACCESS) != 0) {
+    code = CreateOutput(call.device, &dst);
+    if (code == PICTAVO_S_OK) {
+      call.context->ClearUnorderedAccessViewFloat(dst.out.Get(), rgba.data());
+    }
+    return code;
+  }
+  ComPtr<ID3D11RenderTargetView> target;
+  code = Code(call.device->CreateRenderTargetView(dst.texture.Get(), nullptr,
+                                                  target.ReleaseAndGetAddressOf()));
+  if (code == PICTAVO_S_OK) call.context->ClearRenderTargetView(target.Get(), rgba.data());
+  return code;
 }
 
 u32 CPictavo_D3D::ColourFromSource(const D3DCall& call, const D3DTintParam* param) noexcept {
@@ -324,7 +388,7 @@ u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexce
   u32 radiusX = 0, radiusY = 0;
   if (!PixelsOf(param->radiusX, param->scale, &radiusX) ||
       !PixelsOf(param->radiusY, param->scale, &radiusY) || !BothColourOrBothPlanes(pictures) ||
-      dst.width != src.width || dst.height != src.height) {
+      !SameSize(pictures)) {
     return PICTAVO_E_INVALIDARG;
   }
   const u32 width = static_cast<u32>(dst.width), height = static_cast<u32>(dst.height);

@@ -18,25 +18,24 @@ bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device) {
   return SameObject(owner.Get(), device);
 }
 
-u32 OpenPicture(ID3D11Device* device, const ImageDesc* desc, u32 bindFlag, Picture* picture) {
+u32 OpenTexture(ID3D11Device* device, const ImageDesc* desc, u32 bindFlags, Picture* picture) {
   picture->texture = CPictavo_D3D::GetTexture(desc);
   if (!picture->texture) return PICTAVO_E_POINTER;
   if (CPictavo_D3D::GetColorFormat(picture->texture.Get(), &picture->format) != PICTAVO_S_OK) {
     return PICTAVO_E_FAIL;
   }
-  D3D11_TEXTURE2D_DESC texture;
-  picture->texture->GetDesc(&texture);
+  const D3D11_TEXTURE2D_DESC texture = DescOf(*picture);
   picture->width = static_cast<i32>(texture.Width);
   picture->height = static_cast<i32>(texture.Height);
   const bool usable = texture.ArraySize == 1 && texture.SampleDesc.Count == 1 &&
-                      (texture.BindFlags & bindFlag) != 0 &&
+                      (bindFlags == 0 || (texture.BindFlags & bindFlags) != 0) &&
                       BelongsTo(picture->texture.Get(), device);
   return usable ? PICTAVO_S_OK : PICTAVO_E_INVALIDARG;
 }
 
 }  // namespace
 
-u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures) {
+u32 OpenTextures(const D3DCall& call, bool hasSource, const BindFlags& flags, Pictures* pictures) {
   if (call.device == nullptr || call.context == nullptr || call.dst == nullptr ||
       (hasSource && call.src == nullptr)) {
     return PICTAVO_E_POINTER;
@@ -45,14 +44,18 @@ u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures) {
   const HRESULT removed = call.device->GetDeviceRemovedReason();
   if (FAILED(removed)) return Code(removed);
   auto& [dst, src] = *pictures;
-  u32 code = OpenPicture(call.device, call.dst, D3D11_BIND_UNORDERED_ACCESS, &dst);
-  if (code == PICTAVO_S_OK && hasSource) {
-    code = OpenPicture(call.device, call.src, D3D11_BIND_SHADER_RESOURCE, &src);
-    if (code != PICTAVO_S_OK) return code;
-    if (SameObject(dst.texture.Get(), src.texture.Get())) return PICTAVO_E_INVALIDARG;
-    code = CreateInput(call.device, &src);
-  }
-  return code == PICTAVO_S_OK ? CreateOutput(call.device, &dst) : code;
+  u32 code = OpenTexture(call.device, call.dst, flags.dst, &dst);
+  if (code != PICTAVO_S_OK || !hasSource) return code;
+  code = OpenTexture(call.device, call.src, flags.src, &src);
+  if (code != PICTAVO_S_OK) return code;
+  return SameObject(dst.texture.Get(), src.texture.Get()) ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
+}
+
+u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures) {
+  constexpr BindFlags kForShaders = {D3D11_BIND_UNORDERED_ACCESS, D3D11_BIND_SHADER_RESOURCE};
+  u32 code = OpenTextures(call, hasSource, kForShaders, pictures);
+  if (code == PICTAVO_S_OK && hasSource) code = CreateInput(call.device, &pictures->src);
+  return code == PICTAVO_S_OK ? CreateOutput(call.device, &pictures->dst) : code;
 }
 
 u32 CreateInput(ID3D11Device* device, Picture* picture) {
@@ -63,6 +66,12 @@ u32 CreateInput(ID3D11Device* device, Picture* picture) {
 u32 CreateOutput(ID3D11Device* device, Picture* picture) {
   return Code(device->CreateUnorderedAccessView(picture->texture.Get(), nullptr,
                                                 picture->out.ReleaseAndGetAddressOf()));
+}
+
+D3D11_TEXTURE2D_DESC DescOf(const Picture& picture) {
+  D3D11_TEXTURE2D_DESC desc;
+  picture.texture->GetDesc(&desc);
+  return desc;
 }
 
 bool BothColourOrBothPlanes(const Pictures& pictures) {

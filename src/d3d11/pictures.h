@@ -18,8 +18,17 @@ struct Pictures {
   Picture dst, src;
 };
 
-/// Checks a call and opens its pictures, without a source where the operation has none. @return the
+/// What the textures of a call must have been made for: D3D11_BIND flags, of which one will do; any
+/// texture without.
+struct BindFlags {
+  u32 dst = 0, src = 0;
+};
+
+/// Checks a call and finds its textures, without a source where the operation has none. @return the
 /// code to refuse the call with, or PICTAVO_S_OK
+u32 OpenTextures(const D3DCall& call, bool hasSource, const BindFlags& flags, Pictures* pictures);
+
+/// The same with views of them, for shaders.
 u32 OpenPictures(const D3DCall& call, bool hasSource, Pictures* pictures);
 
 /// As above, with one of the operation's parameter records, which must not be null.
@@ -32,6 +41,8 @@ u32 OpenPictures(const D3DCall& call, const Param* param, Pictures* pictures,
 /// Makes a picture's view to read it, and to write it.
 u32 CreateInput(ID3D11Device* device, Picture* picture);
 u32 CreateOutput(ID3D11Device* device, Picture* picture);
+
+D3D11_TEXTURE2D_DESC DescOf(const Picture& picture);
 
 bool BothColourOrBothPlanes(const Pictures& pictures);
 bool AnyPlane(const Pictures& pictures);

@@ -1,11 +1,15 @@
 // The methods of the interface. Each on the processor calls the operation of its name: the one in
 // src/cpu, or where there is more to it, one that stands here. The methods about the object itself
 // stand in pictavo_object.cpp.
+#include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "chromakey/chroma_key_fx.h"
+#include "cpu/base/picture.h"
 #include "cpu/operations.h"
 #include "frame/pictavo_object.h"
+#include "frame/surface.h"
 #include "opencl/operations.h"
 #include "platform/floating_point.h"
 
@@ -79,6 +83,19 @@ u32 BlendLayerSubpixel(Pictavo& object, ImageDesc* dst, const ImageDesc* src,
   return object.kernels().Mix(kLayerModes, kLayerModes, dst, src, param);
 }
 
+u32 CopySurface(IPictavoSurface* dst, IPictavoSurface* src) {
+  ImageDesc to, from;
+  PICTAVO_RETURN_IF_FAILED(Ask(dst, &to, src, &from));
+  if (const u32 code = CheckRecords(true, &to, &from); code != PICTAVO_S_OK) return code;
+  const Picture out = PictureIn(to), in = PictureIn(from);
+  if (out.pixels == in.pixels && out.pitch == in.pitch) return PICTAVO_S_OK;
+  if (ShareBytes(out, in)) return PICTAVO_E_INVALIDARG;
+  const auto bytes = static_cast<size_t>(4 * std::min(out.width, in.width));
+  for (i64 y = 0; y < std::min(out.height, in.height); ++y)
+    std::memcpy(out.Row(y), in.Row(y), bytes);
+  return PICTAVO_S_OK;
+}
+
 u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u8 blue, u8 green,
                    u8 red, u8 alpha) {
   const u32 colour = u32{alpha} << 24 | u32{red} << 16 | u32{green} << 8 | blue;
@@ -100,6 +117,7 @@ u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u8 b
     };                                                                                 \
     return Call(operation, *this PICTAVO_AND arguments);                               \
   }
+#define PICTAVO_DEFINE_SURFACE PICTAVO_DEFINE_CPU
 #define PICTAVO_DEFINE_OBJECT(name, arguments)  // in pictavo_object.cpp
 #define PICTAVO_DEFINE_OPENCL(name, arguments)  // below
 #define PICTAVO_DEFINE_D3D11(name, arguments)   // below
@@ -140,10 +158,14 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
                           ID3D11DeviceContext* context, const ImageDesc* dst, const ImageDesc* src,
                           const void* param) noexcept {
   if (opCode < 0 || opCode > PICTAVO_D3D_CHROMA_KEY) return PICTAVO_E_FAIL;
-  if (subMode != 0 && (opCode != 0 || subMode != 2)) return PICTAVO_E_INVALIDARG;
+  const bool part = opCode == PICTAVO_D3D_COPY_TEXTURE && subMode == PICTAVO_D3D_PART;
+  if (subMode != PICTAVO_D3D_WHOLE && !part) return PICTAVO_E_INVALIDARG;
   const D3DCall call = {device, context, dst, src};
   const DefaultFloatingPoint floatingPoint;
   switch (opCode) {
+    case PICTAVO_D3D_COPY_TEXTURE:
+      if (part && param == nullptr) return PICTAVO_E_POINTER;
+      return CopyTexture(call, part ? static_cast<const D3DRegion*>(param) : nullptr);
     case PICTAVO_D3D_COPY:
       return PlainCopy(call);
     case PICTAVO_D3D_BOX_BLUR:
@@ -151,10 +173,15 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
     case PICTAVO_D3D_GROW:
       if (!EnsureDilation()) return PICTAVO_E_OUTOFMEMORY;
       return dilation->Grow(call, static_cast<const D3DGrowParam*>(param));
+    case PICTAVO_D3D_CLEAR:
+      return Clear(call, static_cast<const D3DClearParam*>(param));
     case PICTAVO_D3D_COPY_REGION:
       return RegionCopy(call, static_cast<const D3DRegion*>(param));
     case PICTAVO_D3D_SCALE:
       return ScaledCopy(call, static_cast<const D3DScaleParam*>(param));
+    case PICTAVO_D3D_RELEASE:
+      UseDevice(nullptr);
+      return PICTAVO_S_OK;
     case PICTAVO_D3D_COPY_MATERIAL:
       return MaterialCopy(call, static_cast<const D3DRegion*>(param));
     case PICTAVO_D3D_FILTER_REGION:
@@ -168,10 +195,8 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
       return dilation->GrowRegion(call, static_cast<const D3DGrowRegionParam*>(param));
     case PICTAVO_D3D_TINT:
       return ColourFromSource(call, static_cast<const D3DTintParam*>(param));
-    case PICTAVO_D3D_CHROMA_KEY:
+    default:  // PICTAVO_D3D_CHROMA_KEY
       return ApplyKeys(call, static_cast<const D3DKeyParam*>(param));
-    default:
-      return PICTAVO_E_NOTIMPL;
   }
 }
 

@@ -8,19 +8,16 @@
 #include <utility>
 
 #include "cpu/geometry/border.h"
+#include "frame/surface.h"
 
 namespace pictavo::opencl {
 namespace {
 
-constexpr u32 kUsable = 1;  // what a surface answers
 constexpr u32 kLargestRadius = 2047;
 constexpr i32 kLargestSize = INT32_MAX / 4;  // a row's bytes and the kernels' sums fit 32 bits
 constexpr size_t kGroup = 64;                // work-items that run together
 constexpr i32 kBlurStretch = 64;             // pixels a work-item of Blur.cl slides along
 constexpr i64 kMostBorderPixels = i64{1} << 40;
-
-#define PICTAVO_RETURN_IF_FAILED(call) \
-  if (const u32 result_ = (call); static_cast<i32>(result_) < 0) return result_
 
 /// Rows of pixels in the host's memory.
 struct Rows {
@@ -33,19 +30,6 @@ struct Rows {
 Rows RowsOf(const ImageDesc& image) {
   return {static_cast<u8*>(image.data), image.pitch, i64{image.width} * image.bytesPerPixel,
           image.height};
-}
-
-/// Asks a surface for its picture.
-u32 Ask(IPictavoSurface* surface, ImageDesc* image) noexcept {
-  *image = {};
-  return surface->Query(image) == kUsable ? PICTAVO_S_OK : PICTAVO_E_FAIL;
-}
-
-u32 Ask(IPictavoSurface* dst, ImageDesc* dstImage, IPictavoSurface* src,
-        ImageDesc* srcImage) noexcept {
-  if (dst == nullptr || src == nullptr) return PICTAVO_E_POINTER;
-  PICTAVO_RETURN_IF_FAILED(Ask(dst, dstImage));
-  return Ask(src, srcImage);
 }
 
 bool IsPicture(const ImageDesc& image) noexcept {

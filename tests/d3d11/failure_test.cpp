@@ -16,6 +16,8 @@ constexpr i32 kFar = INT32_MAX;
 constexpr ChromaKey kGreen = {0, 255, 0, 0, 30, 20};
 constexpr D3DRegion kRegion = {1, 1, 0, 0, 8, 8};
 constexpr D3DBlurParam kBlur = {1, 1, 1};
+constexpr f32 kColour[] = {0, 0.5f, 1, 0.25f};
+constexpr D3DClearParam kClear = {kColour, 4};
 constexpr D3DGrowParam kFilter = {1, 1, 0, 1};
 constexpr D3DScaleParam kScale = {0, 0, 4, 4};
 constexpr D3DRegionFilterParam kRegionFilter = {kRegion, 1};
@@ -29,10 +31,17 @@ struct Op {
   i32 code;
   const void* param;
   bool planesAlone;  // of planes it takes none, or none together with colours
+  i32 mode = PICTAVO_D3D_WHOLE;
+
+  bool HasSource() const { return code != PICTAVO_D3D_FILL && code != PICTAVO_D3D_CLEAR; }
+  bool Copies() const { return code == PICTAVO_D3D_COPY_TEXTURE; }  // whatever the flags
 } const kOps[] = {
+    {PICTAVO_D3D_COPY_TEXTURE, nullptr, true},
+    {PICTAVO_D3D_COPY_TEXTURE, &kRegion, true, PICTAVO_D3D_PART},
     {PICTAVO_D3D_COPY, nullptr, true},
     {PICTAVO_D3D_BOX_BLUR, &kBlur, true},
     {PICTAVO_D3D_GROW, &kFilter, true},
+    {PICTAVO_D3D_CLEAR, &kClear, false},
     {PICTAVO_D3D_COPY_REGION, &kRegion, false},
     {PICTAVO_D3D_SCALE, &kScale, false},
     {PICTAVO_D3D_COPY_MATERIAL, &kRegion, false},
@@ -55,6 +64,7 @@ struct DeviceMethod {
                             {"CreateShaderResourceView", 7, 1},
                             {"GetDeviceRemovedReason", 39, 1},
                             {"CreateUnorderedAccessView", 8, 1}};
+constexpr size_t kCreateRenderTargetView = 9;
 
 /// Puts a function in the place of a method of an object's class for this object's life.
 class Replaced {
@@ -138,6 +148,10 @@ class Failures : public OnDevice {
  protected:
   using OnDevice::Run;
   u32 Run(i32 code, const void* param) { return Run(code, param, dst_, src_); }
+  u32 Run(const Op& op, const ImageDesc& dst, const ImageDesc& src) {
+    return interface_->D3DComputeOp(op.code, op.mode, device, context, &dst, &src, op.param);
+  }
+  u32 Run(const Op& op) { return Run(op, dst_, src_); }
 
   template <typename Param>
   void Expect(u32 result, i32 code, std::initializer_list<Param> params) {
@@ -166,24 +180,25 @@ TEST_F(Failures, NullPointersAndCodes) {
                  {device, nullptr, &dst_, &src_, op.param, true},
                  {device, context, nullptr, &src_, op.param, true},
                  {device, context, &empty, &src_, op.param, true},
-                 {device, context, &dst_, nullptr, op.param, op.code != PICTAVO_D3D_FILL},
-                 {device, context, &dst_, &empty, op.param, op.code != PICTAVO_D3D_FILL},
+                 {device, context, &dst_, nullptr, op.param, op.HasSource()},
+                 {device, context, &dst_, &empty, op.param, op.HasSource()},
                  {device, context, &dst_, &src_, nullptr, op.param != nullptr}};
     for (const auto& c : cases) {
-      EXPECT_EQ(interface_->D3DComputeOp(op.code, 0, c.device, c.context, c.dst, c.src, c.param),
-                c.needed ? kNull : kOk)
+      EXPECT_EQ(
+          interface_->D3DComputeOp(op.code, op.mode, c.device, c.context, c.dst, c.src, c.param),
+          c.needed ? kNull : kOk)
           << "operation " << op.code << ", case " << &c - cases;
     }
-    EXPECT_EQ(interface_->D3DComputeOp(op.code, 1, device, context, &dst_, &src_, op.param),
-              kInvalid);
+    for (const i32 mode : {1, 2, 3, -1}) {
+      if (op.code == PICTAVO_D3D_COPY_TEXTURE && mode == PICTAVO_D3D_PART) continue;
+      EXPECT_EQ(interface_->D3DComputeOp(op.code, mode, device, context, &dst_, &src_, op.param),
+                kInvalid)
+          << "operation " << op.code << ", sub-mode " << mode;
+    }
   }
   EXPECT_EQ(interface_->BoxBlurD3D(nullptr, context, &dst_, &src_, 1), kNull);
   for (const i32 code : {-1, 15, INT32_MIN, kFar}) EXPECT_EQ(Run(code, &kRegion), PICTAVO_E_FAIL);
-  for (const i32 code : {0, 4, 7}) EXPECT_EQ(Run(code, &kRegion), PICTAVO_E_NOTIMPL);
-  for (const i32 mode : {1, 2}) {
-    EXPECT_EQ(interface_->D3DComputeOp(0, mode, device, context, nullptr, nullptr, nullptr),
-              mode == 2 ? PICTAVO_E_NOTIMPL : kInvalid);
-  }
+  Expect<D3DClearParam>(kNull, PICTAVO_D3D_CLEAR, {{nullptr, 4}, {nullptr, 0}});
 }
 
 TEST_F(Failures, TexturesThatCannotBeUsed) {
@@ -212,22 +227,32 @@ TEST_F(Failures, TexturesThatCannotBeUsed) {
   };
   const Texture plane = device_.Upload(Image(8, 8, kPlane));
   for (const Op& op : kOps) {
-    const bool fills = op.code == PICTAVO_D3D_FILL;
     for (const auto& c : cases) {
       SCOPED_TRACE(std::string(c.what) + ", operation " + std::to_string(op.code));
       const ImageDesc picture = Describe(c.texture);
-      EXPECT_EQ(Run(op.code, op.param, dst_, picture), fills ? kOk : c.asSource);
-      EXPECT_EQ(Run(op.code, op.param, picture, src_), c.asDestination);
+      const bool anyFlags = op.Copies() && std::string(c.what).ends_with("only");
+      EXPECT_EQ(Run(op, dst_, picture), anyFlags || !op.HasSource() ? kOk : c.asSource);
+      EXPECT_EQ(Run(op, picture, src_), anyFlags ? kOk : c.asDestination);
     }
     const u32 mixed = op.planesAlone ? kInvalid : kOk;
-    EXPECT_EQ(Run(op.code, op.param, Describe(plane), src_), mixed) << op.code;
-    EXPECT_EQ(Run(op.code, op.param, dst_, Describe(plane)), mixed) << op.code;
-    EXPECT_EQ(Run(op.code, op.param, dst_, dst_), fills ? kOk : kInvalid) << op.code;
-    EXPECT_EQ(
-        interface_->D3DComputeOp(op.code, 0, other.device.Get(), context, &dst_, &src_, op.param),
-        kInvalid);
+    EXPECT_EQ(Run(op, Describe(plane), src_), mixed) << op.code;
+    EXPECT_EQ(Run(op, dst_, Describe(plane)), op.HasSource() ? mixed : kOk) << op.code;
+    EXPECT_EQ(Run(op, dst_, dst_), op.HasSource() ? kInvalid : kOk) << op.code;
+    EXPECT_EQ(interface_->D3DComputeOp(op.code, op.mode, other.device.Get(), context, &dst_, &src_,
+                                       op.param),
+              kInvalid);
   }
-  const Texture wide = device_.Upload(Image(9, 8, kBgra));
+  const Texture wide = device_.Upload(Image(9, 8, kBgra)),
+                rgba = device_.Upload(Image(8, 8, kRgba));
+  const D3D11_TEXTURE2D_DESC fixed = {8, 8, 1, 1, kBgra, {1, 0}, D3D11_USAGE_IMMUTABLE, kIn, 0, 0};
+  const D3D11_SUBRESOURCE_DATA data = {picture_.bytes.data(), 32, 0};
+  Texture immutable;
+  ASSERT_EQ(device->CreateTexture2D(&fixed, &data, immutable.ReleaseAndGetAddressOf()), S_OK);
+  for (const Texture& unfit : {wide, rgba, immutable}) {
+    EXPECT_EQ(Run(kOps[0], Describe(unfit), src_), kInvalid);
+  }
+  EXPECT_EQ(Run(kOps[1], Describe(rgba), src_), kInvalid);
+  EXPECT_EQ(Run(kOps[1], Describe(immutable), src_), kInvalid);
   EXPECT_EQ(Run(PICTAVO_D3D_BOX_BLUR, &kBlur, Describe(wide), src_), kInvalid);
 }
 
@@ -241,6 +266,7 @@ TEST_F(Failures, ValuesOutOfRange) {
                              {kFar, kFar, kFar, kFar, kFar, kFar}}) {
     const u32 beyondSource = r.srcX == 8 ? kOk : kNothing;
     Expect(kNothing, PICTAVO_D3D_COPY_REGION, {r});
+    EXPECT_EQ(Run({PICTAVO_D3D_COPY_TEXTURE, &r, true, PICTAVO_D3D_PART}), kNothing);
     Expect(beyondSource, PICTAVO_D3D_COPY_MATERIAL, {r});
     Expect<D3DRegionFilterParam>(r.width == kFar ? kInvalid : beyondSource,
                                  PICTAVO_D3D_FILTER_REGION, {{r, 1}});
@@ -253,7 +279,13 @@ TEST_F(Failures, ValuesOutOfRange) {
     Expect(kInvalid, PICTAVO_D3D_GROW, {p});
     Expect<D3DGrowRegionParam>(kInvalid, PICTAVO_D3D_GROW_REGION, {{kRegion, p, 0}});
   }
+  Expect<D3DClearParam>(kInvalid, PICTAVO_D3D_CLEAR, {{kColour, 3}, {kColour, 5}, {kColour, -4}});
   for (const f32 bad : {-0.01f, 1.01f, kNaN}) {
+    for (size_t i = 0; i < 4; ++i) {
+      f32 colour[4] = {};
+      colour[i] = bad;
+      Expect<D3DClearParam>(kInvalid, PICTAVO_D3D_CLEAR, {{colour, 4}});
+    }
     Expect<D3DGrowParam>(kInvalid, PICTAVO_D3D_GROW, {{1, 1, 0, bad}});
     Expect<D3DGrowRegionParam>(kInvalid, PICTAVO_D3D_GROW_REGION, {{kRegion, {1, 1, 0, bad}, 0}});
     Expect<D3DFillParam>(kInvalid, PICTAVO_D3D_FILL,
@@ -348,7 +380,7 @@ TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
           IPictavo6* const object = fresh.get();
           const Failing failing(device, method.place, callsBefore);
           const u32 result =
-              object->D3DComputeOp(op.code, 0, device, context, &dst_, &src_, op.param);
+              object->D3DComputeOp(op.code, op.mode, device, context, &dst_, &src_, op.param);
           failed = failing.failed;
           EXPECT_EQ(result, failed != 0 ? kRemoved : kOk);
         }
@@ -368,15 +400,20 @@ TEST_F(Failures, NothingIsKeptOfADeviceAfterTheNext) {
   const Texture source = other.Upload(picture_), destination = other.Upload(picture_);
   const ImageDesc src = Describe(source), dst = Describe(destination);
   const ULONG before = References(other.device.Get());
-  // One operation of each class of objects that keep something.
-  for (const Op& next : {kOps[0], kOps[2]}) {
+  // One operation of each class of objects that keep something, and the one to let go.
+  for (const i32 next : {PICTAVO_D3D_COPY, PICTAVO_D3D_GROW, PICTAVO_D3D_RELEASE}) {
     for (const Op& op : kOps) {
-      EXPECT_EQ(interface_->D3DComputeOp(op.code, 0, other.device.Get(), other.context.Get(), &dst,
-                                         &src, op.param),
+      EXPECT_EQ(interface_->D3DComputeOp(op.code, op.mode, other.device.Get(), other.context.Get(),
+                                         &dst, &src, op.param),
                 kOk);
     }
     EXPECT_GT(References(other.device.Get()), before);
-    EXPECT_EQ(Run(next.code, next.param), kOk);
+    if (next == PICTAVO_D3D_RELEASE) {
+      EXPECT_EQ(interface_->D3DComputeOp(next, 0, nullptr, nullptr, nullptr, nullptr, nullptr),
+                kOk);
+    } else {
+      EXPECT_EQ(Run(next, &kFilter), kOk);
+    }
     EXPECT_EQ(References(other.device.Get()), before);
   }
 }
@@ -384,10 +421,10 @@ TEST_F(Failures, NothingIsKeptOfADeviceAfterTheNext) {
 TEST_F(Failures, NothingIsMadeTwiceButViewsOfTheHostsPictures) {
   const ULONG before = References(source_.Get()) + References(destination_.Get());
   for (const Op& op : kOps) {
-    EXPECT_EQ(Run(op.code, op.param), kOk);
+    EXPECT_EQ(Run(op), kOk);
     for (const DeviceMethod& method : kDeviceMethods) {
       const Failing failing(device, method.place, method.callsAnyway);
-      EXPECT_EQ(Run(op.code, op.param), kOk) << "operation " << op.code << ", " << method.name;
+      EXPECT_EQ(Run(op), kOk) << "operation " << op.code << ", " << method.name;
     }
   }
   EXPECT_EQ(References(source_.Get()) + References(destination_.Get()), before);
@@ -411,7 +448,7 @@ TEST_F(Failures, NothingBecomesAnOutputWhileItIsAnInput) {
     if (hostsToo) context->CSSetUnorderedAccessViews(0, 1, output.GetAddressOf(), nullptr);
     for (const Op& op : kOps) {
       const Hazards hazards(context);
-      EXPECT_EQ(Run(op.code, op.param), kOk);
+      EXPECT_EQ(Run(op), kOk);
       EXPECT_EQ(hazards.seen, 0) << "operation " << op.code;
     }
   }
@@ -425,6 +462,7 @@ TEST_F(Failures, SourcesThatAreBoundForOutput) {
             S_OK);
   context->OMSetRenderTargets(1, target.GetAddressOf(), nullptr);
   EXPECT_EQ(Run(PICTAVO_D3D_COPY, nullptr, dst_, Describe(shown)), kInvalid);
+  EXPECT_EQ(Run(kOps[0], dst_, Describe(shown)), kOk);
   context->ClearState();
   EXPECT_EQ(Run(PICTAVO_D3D_COPY, nullptr, dst_, Describe(shown)), kOk);
 }

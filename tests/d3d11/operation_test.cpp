@@ -14,7 +14,7 @@ namespace {
 using Result = std::optional<Colour>;
 
 /// The pictures that an operation takes.
-enum class Kinds { kAny, kAlike, kColour };
+enum class Kinds { kAny, kAlike, kColour, kSame };
 
 /// One operation on the device, and the same on the CPU.
 struct Work {
@@ -25,6 +25,7 @@ struct Work {
   Kinds kinds = Kinds::kAny;
   int tolerance = 0;
   std::function<Image(const Image& src)> prepare = {};  // makes what the rule reads of the source
+  i32 mode = PICTAVO_D3D_WHOLE;
 };
 
 struct Size {
@@ -43,13 +44,16 @@ class Operations : public OnDevice {
         const bool alike = (srcFormat == kPlane) == (dstFormat == kPlane);
         if (work.kinds != Kinds::kAny && !alike) continue;
         if (work.kinds == Kinds::kColour && srcFormat == kPlane) continue;
+        if (work.kinds == Kinds::kSame && srcFormat != dstFormat) continue;
         SCOPED_TRACE(work.name + ", format " + std::to_string(srcFormat) + " to " +
                      std::to_string(dstFormat));
         const Image src(from.width, from.height, srcFormat, random_);
         Image dst(to.width, to.height, dstFormat, random_);
         const Texture source = device_.Upload(src, D3D11_BIND_SHADER_RESOURCE);
         const Texture destination = device_.Upload(dst, D3D11_BIND_UNORDERED_ACCESS);
-        ASSERT_EQ(Run(work.opCode, work.param, Describe(destination), Describe(source)),
+        const ImageDesc record = Describe(source), result = Describe(destination);
+        ASSERT_EQ(interface_->D3DComputeOp(work.opCode, work.mode, device_.device.Get(),
+                                           device_.context.Get(), &result, &record, work.param),
                   PICTAVO_S_OK);
         const Image prepared = work.prepare ? work.prepare(src) : src;
         Apply(work, prepared, &dst);
@@ -112,7 +116,16 @@ TEST_F(Operations, CopyWhatBothReach) {
 
 TEST_F(Operations, CopyRegionsAndMaterialBeyondItsEdge) {
   const D3DRegion remote[] = {{0, 0, INT32_MAX, INT32_MIN, 40, 40}, {-5, 7, 30, INT32_MAX, 70, 40}};
+  Check({"whole", PICTAVO_D3D_COPY_TEXTURE, nullptr, PixelOf, Kinds::kSame}, {61, 83});
   for (const D3DRegion& r : kRegions) {
+    Check({"part",
+           PICTAVO_D3D_COPY_TEXTURE,
+           &r,
+           Region(r, PixelOf),
+           Kinds::kSame,
+           0,
+           {},
+           PICTAVO_D3D_PART});
     Check({"region", PICTAVO_D3D_COPY_REGION, &r, Region(r, PixelOf)});
     Check({"material", PICTAVO_D3D_COPY_MATERIAL, &r, Region(r, OnEdge)});
   }
@@ -231,6 +244,25 @@ TEST_F(Operations, CopyThroughAffineMaps) {
 }
 
 int Byte(f32 value) { return static_cast<int>(value * 255.0f + 0.5f); }
+
+TEST_F(Operations, ClearWholeTextures) {
+  // Halves go up, and what lies between two bytes is no device's to round.
+  const f32 colours[][4] = {{0, 1, 10 / 255.0f, 200 / 255.0f},
+                            {0.5f, 0.50195f, 100.49f / 255, 254.51f / 255},
+                            {254.4f / 255, 0.1f, 0.71f, 0.3f}};
+  for (const auto& c : colours) {
+    const D3DClearParam p = {c, 4};
+    const Colour colour = {Byte(c[2]), Byte(c[1]), Byte(c[0]), Byte(c[3])};
+    const auto rule = [&](const Image&, int, int) { return Result(colour); };
+    const Work work = {"clear", PICTAVO_D3D_CLEAR, &p, rule};
+    Check(work);
+    Image picture(33, 5, kBgra, random_);
+    const Texture target = device_.Upload(picture, D3D11_BIND_RENDER_TARGET);
+    ASSERT_EQ(Run(PICTAVO_D3D_CLEAR, &p, Describe(target), Describe({})), PICTAVO_S_OK);
+    Apply(work, picture, &picture);
+    EXPECT_EQ(picture.Difference(device_.Download(target.Get())), "");
+  }
+}
 
 TEST_F(Operations, FillRectanglesAndTint) {
   const D3DFillParam fills[] = {{0, 0, 61, 83, 10 / 255.0f, 20 / 255.0f, 30 / 255.0f, 40 / 255.0f},

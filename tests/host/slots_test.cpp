@@ -198,6 +198,7 @@ const std::vector<Method> kMethods = {
 #define METHOD_CPU ON_PROCESSOR
 #define METHOD_MODULE ON_PROCESSOR
 #define METHOD_OBJECT(slot, name, arguments)
+#define METHOD_SURFACE(slot, name, arguments)
 #define METHOD_OPENCL(slot, name, arguments)
 #define METHOD_D3D11(slot, name, arguments)
 #define PICTAVO_METHOD(slot, name, where, arguments) METHOD_##where(slot, name, arguments)
