@@ -88,6 +88,14 @@ void AvFilter::Run() {
   Expect(av_buffersink_get_frame(g.sink, g.filtered) >= 0, "gives no frame");
 }
 
+void AvFilter::RunInPlace() {
+  Graph& g = *graph_;
+  AVFrame* const frame = g.frames[0];
+  frame->pts = g.time++;
+  Expect(av_buffersrc_add_frame_flags(g.sources[0], frame, 0) >= 0, "takes no frame");
+  Expect(av_buffersink_get_frame(g.sink, frame) >= 0, "gives no frame");
+}
+
 Bytes AvFilter::Result() const {
   const AVFrame& frame = *graph_->filtered;
   const auto format = static_cast<AVPixelFormat>(frame.format);

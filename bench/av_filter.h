@@ -22,7 +22,9 @@ class AvFilter {
   void Load(const u8* picture, int input = 0);
   /// Filters a frame.
   void Run();
-  /// The last frame filtered, as packed as those given.
+  /// Filters the frame of the only input where it lies, and keeps what comes out in its place.
+  void RunInPlace();
+  /// The last frame that Run filtered, as packed as those given.
   Bytes Result() const;
 
  private:

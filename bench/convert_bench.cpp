@@ -2,6 +2,7 @@
 // same kind, not the same arithmetic: its YUV is three planes without alpha.
 #include <array>
 
+#include "av_filter.h"
 #include "bench.h"
 #include "convert_utility/colour.h"
 #include "cpu/colour/channels.h"
@@ -60,12 +61,6 @@ constexpr auto ToSpace = ConvertSpace<colour::ConvertPictureFromRGB, model>;
 template <u32 model>
 constexpr auto FromSpace = ConvertSpace<colour::ConvertPictureToRGB, model>;
 
-/// A border of 16 pixels within the picture.
-void ExtendBorder(i32, u8* d, const u8*, i32 w, i32 h) {
-  ImageDesc image = {{}, w, h, 0, d + 4 * (16 * w + 16), w - 32, h - 32, 4 * w, 4};
-  cpu::ExtendBoundary(&image, 16);
-}
-
 void Mean(i32 level, u8* d, const u8* s, i32 w, i32 h) {
   cpu::ComputeMean(level, s, 4 * w, h, reinterpret_cast<f32*>(d));
 }
@@ -111,7 +106,6 @@ const Conversion kConversions[] = {
        cpu::FillSolidColor(level, d, w, h, w * 4, 0x80FF4020);
      },
      FillRect},
-    {"71 border of 16", false, true, {"soft"}, ExtendBorder, nullptr, 0b001},
     {"82 mean", true, false, {"soft"}, Mean, nullptr},
     {"88 RGB to YUV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_YUV>, ToPlanes},
     {"88 RGB to HSV", true, false, {"soft"}, ToSpace<PICTAVO_COLOR_HSV>, nullptr},
@@ -130,6 +124,26 @@ const Conversion kConversions[] = {
      0b011,
      1},
 };
+
+/// A border of 16 pixels within the picture, beside a filter that extends one over the edges of
+/// four planes.
+Line Border(const Size& size) {
+  std::vector<Run> runs = AtEachBuild(
+      [size](i32, u8* d, const u8*) {
+        const i32 w = size.width, h = size.height;
+        ImageDesc image = {{}, w, h, 0, d + 4 * (16 * w + 16), w - 32, h - 32, 4 * w, 4};
+        cpu::ExtendBoundary(&image, 16);
+      },
+      0b001);
+  const Bytes& pixels = Pixels(size, "soft");
+#ifdef PICTAVO_BENCH_AVFILTER
+  AvFilter filter("fillborders=16:16:16:16:smear", "gbrap", size);
+  filter.Load(pixels.data());
+  runs.push_back({});
+  runs.push_back([filter](u8*, const u8*) mutable { filter.RunInPlace(); });
+#endif
+  return {"71 border of 16", size.name() + " soft", size.pixels(), nullptr, &pixels, true, runs};
+}
 
 struct Histogram {
   const char* name;
@@ -171,7 +185,7 @@ const Histogram kHistograms[] = {
 Table Conversions() {
   std::vector<std::string> columns = BuildColumns();
   const size_t builds = columns.size();
-  columns.push_back("libyuv");
+  columns.insert(columns.end(), {"libyuv", "libavfilter"});
   Table table = {"Conversions", columns, builds, {}};
   for (const Conversion& c : kConversions) {
     for (const Size& size : {kHd, kCached}) {
@@ -191,6 +205,7 @@ Table Conversions() {
       }
     }
   }
+  for (const Size& size : {kHd, kCached}) table.lines.push_back(Border(size));
   return table;
 }
 

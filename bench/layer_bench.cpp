@@ -2,6 +2,10 @@
 #include "bench.h"
 #include "cpu/blending/layer.h"
 
+#ifdef PICTAVO_BENCH_PIXMAN
+#include <pixman.h>
+#endif
+
 namespace pictavo::bench {
 namespace {
 
@@ -29,20 +33,43 @@ const Layer kLayers[] = {
     {"74 hue", 19, 0},
 };
 
+std::vector<Run> Runs(const Layer& layer, const Size& size) {
+  std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
+    cpu::kLayerKernels[layer.mode].For(level)(dst, src, size.width, size.height, size.width * 4,
+                                              size.width * 4,
+                                              {layer.mode, 255, layer.alphaMode, 0.3f, 0.6f});
+  });
+#ifdef PICTAVO_BENCH_PIXMAN
+  if (layer.mode == 8) {  // adds as it is, without weighing by alpha
+    runs.push_back([=](u8* dst, const u8* src) {
+      const auto picture = [=](const u8* pixels) {
+        return pixman_image_create_bits(PIXMAN_a8r8g8b8, size.width, size.height,
+                                        const_cast<u32*>(reinterpret_cast<const u32*>(pixels)),
+                                        size.width * 4);
+      };
+      pixman_image_t *from = picture(src), *to = picture(dst);
+      pixman_image_composite32(PIXMAN_OP_ADD, from, nullptr, to, 0, 0, 0, 0, 0, 0, size.width,
+                               size.height);
+      pixman_image_unref(from);
+      pixman_image_unref(to);
+    });
+  }
+#endif
+  return runs;
+}
+
 }  // namespace
 
 Table Layers() {
-  Table table = {"Layer modes", BuildColumns(), BuildColumns().size(), {}};
+  std::vector<std::string> columns = BuildColumns();
+  columns.push_back("pixman");
+  Table table = {"Layer modes", columns, BuildColumns().size(), {}};
   for (const Layer& layer : kLayers) {
     for (const Size& size : {kHd, kCached}) {
       for (const char* alpha : {"opaque", "clear", "mixed", "soft"}) {
-        table.lines.push_back(
-            {layer.name, size.name() + " " + alpha, size.pixels(), &Pixels(size, alpha),
-             &Pixels(size, "soft"), true, AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-               cpu::kLayerKernels[layer.mode].For(level)(
-                   dst, src, size.width, size.height, size.width * 4, size.width * 4,
-                   {layer.mode, 255, layer.alphaMode, 0.3f, 0.6f});
-             })});
+        table.lines.push_back({layer.name, size.name() + " " + alpha, size.pixels(),
+                               &Pixels(size, alpha), &Pixels(size, "soft"), true,
+                               Runs(layer, size)});
       }
     }
   }

@@ -82,6 +82,19 @@ void ForRows(const Picture& dst, const Source& src, Row row) {
   for (i64 y = 0; y < dst.height; ++y) row(dst.Row(y), src.Row(y), dst.width);
 }
 
+/// The same for rules that make each pixel of its own: packed pictures are then one row, which
+/// begins and ends but once.
+template <typename Row>
+void ForPixels(const Picture& dst, const Source& src, Row row) {
+  const bool packed =
+      dst.pitch == dst.width * dst.pixelBytes && src.pitch == dst.width * src.pixelBytes;
+  if (packed && dst.height > 0) {
+    row(dst.pixels, src.pixels, dst.width * dst.height);
+  } else {
+    ForRows(dst, src, row);
+  }
+}
+
 }  // namespace pictavo::cpu
 
 #endif  // PICTAVO_CPU_BASE_PICTURE_H_

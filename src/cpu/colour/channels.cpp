@@ -31,7 +31,7 @@ u32 ExpandPlane(i32 level, const u8* src, i32 width, i32 height, i32 srcPitch, u
   if (code != PICTAVO_E_POINTER && to.IsEmpty()) return PICTAVO_S_OK;
   if (code != PICTAVO_S_OK) return code;
   if (ShareBytes(to, from)) return PICTAVO_E_INVALIDARG;
-  ForRows(to, from, kBuilds.For(level));
+  ForPixels(to, from, kBuilds.For(level));
   return PICTAVO_S_OK;
 }
 

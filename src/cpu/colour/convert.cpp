@@ -98,7 +98,7 @@ RowFn* RowFor(i32 level, RowFn* ConvertBuild::*rule) { return kBuilds.For(level)
 
 u32 ConvertInPlace(RowFn* row, u8* buffer, i32 width, i32 height, i32 pitch) {
   if (buffer == nullptr || width < 1) return 1;
-  ForRows({buffer, width, height, pitch}, {buffer, width, height, pitch}, row);
+  ForPixels({buffer, width, height, pitch}, {buffer, width, height, pitch}, row);
   return 1;
 }
 
@@ -173,8 +173,8 @@ u32 ConvertBGRAToYUVA(i32 level, const u8* src, u32 width, i32 height, i32 srcPi
                       i32 dstPitch) noexcept {
   if (src == nullptr || dst == nullptr) return PICTAVO_E_INVALIDARG;
   if (width == 0 || height == 0) return PICTAVO_S_FALSE;
-  ForRows({dst, width, height, dstPitch}, {src, width, height, srcPitch},
-          RowFor(level, &ConvertBuild::yuva));
+  ForPixels({dst, width, height, dstPitch}, {src, width, height, srcPitch},
+            RowFor(level, &ConvertBuild::yuva));
   return PICTAVO_S_OK;
 }
 
@@ -204,8 +204,8 @@ u32 ConvertBGRAToGray(i32 level, const u8* src, i32 width, i32 height, i32 srcPi
   if (src == nullptr || dst == nullptr) return PICTAVO_E_FAIL;
   if (width < 1) return PICTAVO_S_OK;
   const i64 dstStep = (width + (dstPitch - 4 * i64{width}) / 4) * 4;  // whole pixels
-  ForRows({reinterpret_cast<u8*>(dst), width, height, dstStep}, {src, width, height, srcPitch},
-          RowFor(level, &ConvertBuild::gray));
+  ForPixels({reinterpret_cast<u8*>(dst), width, height, dstStep}, {src, width, height, srcPitch},
+            RowFor(level, &ConvertBuild::gray));
   return PICTAVO_S_OK;
 }
 

@@ -5,6 +5,7 @@
 
 #include "cpu/base/builds.h"
 #include "cpu/base/picture.h"
+#include "cpu/base/string_moves.h"
 #include "cpu/simd/sse2.h"
 
 namespace pictavo::cpu {
@@ -16,13 +17,8 @@ void FillRow(u8* row, i64 width, u32 colour) {
   for (i64 x = 0; x < width; ++x) std::memcpy(row + 4 * x, &colour, 4);
 }
 
-/// The processor's own string store: it fills whole cache lines without reading them first, which a
-/// loop of stores cannot ask for. A short row is over before it has begun.
 void FillRow_SSE2(u8* row, i64 width, u32 colour) {
-  if (width >= 128) {
-    asm volatile("rep stosl" : "+D"(row), "+c"(width) : "a"(colour) : "memory");
-    return;
-  }
+  if (width >= 128) return StringFill(row, width, colour);
   const auto pixels = sse2::V::All32(colour);
   i64 x = 0;
   for (; x + 4 <= width; x += 4) pixels.Store(row + 4 * x);

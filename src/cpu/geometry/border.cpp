@@ -1,5 +1,6 @@
 #include "cpu/geometry/border.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -62,9 +63,15 @@ template <typename Pixel>
 void ExtendAround(const Frame& f, Pixel kept) {
   constexpr i64 kBytes = sizeof(Pixel);
   if (f.border == 0) return;
+  constexpr i64 kAhead =
+      16;  // rows; each edge lies in a page of its own, as do those of other rows
+  const i64 asked = std::min<i64>(f.border * kBytes, 256);
   u8* left = f.picture - f.border * kBytes;
   for (i64 y = 0; y < f.height; ++y, left += f.step) {
     u8* const right = left + (f.border + f.width) * kBytes;
+    for (const u8* edge : {left, right - kBytes}) {
+      for (i64 at = 0; at <= asked; at += 64) __builtin_prefetch(edge + kAhead * f.step + at, 1);
+    }
     FillRow(left, f.border, PixelAt(left + f.border * kBytes, kept));
     FillRow(right, f.border, PixelAt(right - kBytes, kept));
   }

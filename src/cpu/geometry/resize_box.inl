@@ -24,19 +24,17 @@ inline Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
   const V opaque = V::All32(row.opaque ? kAlpha : 0);
   const auto rows = row.rows;
   const i64 first = strip.first;
-  V least = V::All32(~0u), most = V::All32(0);
+  V all = V::All32(~0u), any = V::All32(0);
   ForColumns(strip.columns, [&](i64 i) {
     V p[4];
     for (size_t j = 0; j < 4; ++j) p[j] = V::Load(rows[j] + 4 * (first + i)) | opaque;
-    least = MinU8(least, MinU8(MinU8(p[0], p[1]), MinU8(p[2], p[3])));
-    most = MaxU8(most, MaxU8(MaxU8(p[0], p[1]), MaxU8(p[2], p[3])));
+    all = all & p[0] & p[1] & p[2] & p[3];
+    any = any | p[0] | p[1] | p[2] | p[3];
     V low, high;
     SumBytes(p[0], p[1], p[2], p[3], &low, &high);
     StoreWide(low, high, reinterpret_cast<u8*>(sums->data() + 4 * i));
   });
-  return AlphasOpaque(least) ? Alphas::kOpaque
-         : AlphasClear(most) ? Alphas::kClear
-                             : Alphas::kMixed;
+  return AlphasOpaque(all) ? Alphas::kOpaque : AlphasClear(any) ? Alphas::kClear : Alphas::kMixed;
 }
 
 /// Sums of four rows, for each column: blue, green and red times alpha, and alpha.
@@ -142,21 +140,18 @@ struct Squares {
   }
 
   V WeightedMeans() const {
-    V least = p[0][0], most = p[0][0];
+    V all = p[0][0], any = p[0][0];  // the bits that all, or any, of the pixels have
     for (const auto& rows : p) {
       for (const V pixels : rows) {
-        least = MinU8(least, pixels);
-        most = MaxU8(most, pixels);
+        all = all & pixels;
+        any = any | pixels;
       }
     }
-    if (AlphasOpaque(least)) return PlainMeans();
-    if (AlphasClear(most)) return V::Zero();
+    if (AlphasOpaque(all)) return PlainMeans();
+    if (AlphasClear(any)) return V::Zero();
     V means[4];
     for (size_t i = 0; i < 4; ++i) {
-      WeightedColumns columns(p[i]);
-      V(&sums)[4] = columns.sums;
-      Transpose32(sums);
-      means[i] = MeansByLast32(Add32(Add32(sums[0], sums[1]), Add32(sums[2], sums[3])));
+      means[i] = MeansByLast32(SumsAcross32(WeightedColumns(p[i]).sums));
     }
     return PackU8(means);
   }
@@ -166,6 +161,7 @@ template <bool isWeighted>
 void QuarterRow(u8* dst, const BoxRow& row) {
   for (i64 i = 0; i < row.dstWidth; i += V::kPixels) {
     const i64 x = std::min(i, row.dstWidth - V::kPixels);  // the last vector ends at the last pixel
+    for (const u8* pixels : row.rows) Prefetch(pixels + 16 * x, 16 * V::kPixels);
     const Squares squares(row, x);
     (isWeighted ? squares.WeightedMeans() : squares.PlainMeans()).Store(dst + 4 * x);
   }

@@ -43,6 +43,10 @@ inline V MeansOfPairs(const V (&a)[4]) {
   };
   return {_mm_packus_epi16(means(a[0], a[1]), means(a[2], a[3]))};
 }
+/// In each 128 bits, the sums of the four numbers that each vector has there.
+inline V SumsAcross32(const V (&a)[4]) {
+  return {_mm_hadd_epi32(_mm_hadd_epi32(a[0].v, a[1].v), _mm_hadd_epi32(a[2].v, a[3].v))};
+}
 /// Stores what SumBytes makes, in the order of the pixels.
 inline void StoreWide(V low, V high, u8* p) {
   low.Store(p);
@@ -98,6 +102,9 @@ inline V MeansOfPairs(const V (&a)[4]) {
     return ShiftRightU16(Add16(low, high), 4).v;
   };
   return {_mm256_packus_epi16(means(a[0], a[1]), means(a[2], a[3]))};
+}
+inline V SumsAcross32(const V (&a)[4]) {
+  return {_mm256_hadd_epi32(_mm256_hadd_epi32(a[0].v, a[1].v), _mm256_hadd_epi32(a[2].v, a[3].v))};
 }
 inline void StoreWide(V low, V high, u8* p) {
   FirstHalves(low, high).Store(p);
