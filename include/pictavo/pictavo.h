@@ -104,6 +104,23 @@ inline constexpr u32 PICTAVO_RANGE_FULL = 1;     ///< 0 … 255; 256 hues to a t
 inline constexpr u32 PICTAVO_RANGE_DEGREES = 2;  ///< single colours with a hue: 360 to a turn
 /// @}
 
+/// @name Sampling
+/// How slots 67, 79 and 81 take a pixel from a place between the source's pixels.
+///
+/// A place (x, y) is in pixels, with the centre of the source's first pixel at (0, 0), and what
+/// lies outside the source is clear, so that edges are smooth. PICTAVO_SAMPLE_NEAREST copies the
+/// pixel at (floor(x + 1/2), floor(y + 1/2)). PICTAVO_SAMPLE_BILINEAR rounds x and y to the nearest
+/// 1/256; the four pixels around the place have the weights (256 - p) * (256 - q), p * (256 - q),
+/// (256 - p)
+/// * q and p * q of its fractions p / 256 and q / 256. With W the sum of weight * alpha, alpha
+/// becomes (W + 32768) >> 16 and a colour the nearest integer, halves up, to the sum of weight *
+/// alpha * colour divided by W; a pixel of alpha 0 is four zeros. At a pixel's own centre that
+/// pixel is copied as it is. Opaque pixels take the plain weighted mean, at the speed of one.
+/// @{
+inline constexpr u32 PICTAVO_SAMPLE_NEAREST = 0;   ///< the pixel that a place lies in
+inline constexpr u32 PICTAVO_SAMPLE_BILINEAR = 1;  ///< of the four around it
+/// @}
+
 /// Value of ImageDesc::memoryKind for a picture that is a Direct3D 11 texture.
 inline constexpr u32 PICTAVO_MEMORY_D3D11_TEXTURE = 3;
 
@@ -151,6 +168,44 @@ struct BlendParam {
   f32 fractionY;  ///< sub-pixel modes: how far below the pixel the source is sampled, 0 … 1
 };
 static_assert(sizeof(BlendParam) == 20, "BlendParam is 20 bytes");
+
+/// How RotatePicture turns: about a point that comes to lie where the host wants it. Lengths are
+/// pixels from the pictures' top left corners, so that the centre of the first pixel is 0.5.
+struct RotateParam {
+  f32 angle;   ///< degrees, clockwise
+  f32 scale;   ///< size of the turned picture beside the source's, above 0
+  f32 srcX;    ///< the point of the source …
+  f32 srcY;    ///< … -16777216 … 16777216
+  f32 dstX;    ///< … that comes to lie on this one of the destination
+  f32 dstY;    ///< … -16777216 … 16777216
+  u32 filter;  ///< PICTAVO_SAMPLE_
+};
+static_assert(sizeof(RotateParam) == 28 && offsetof(RotateParam, filter) == 24,
+              "RotateParam is 28 bytes");
+
+/// How TiltPicture turns a picture in space. Angles are degrees.
+struct TiltParam {
+  f32 centreX;      ///< the point that keeps its place, in pixels from the left edge …
+  f32 centreY;      ///< … and from the top edge, -16777216 … 16777216
+  f32 yaw;          ///< above 0 the right edge goes away from the camera
+  f32 pitch;        ///< above 0 the top edge goes away from it
+  f32 roll;         ///< clockwise, before the other two
+  f32 fieldOfView;  ///< that the untilted picture fills from left to right, 1 … 170
+  u32 filter;       ///< PICTAVO_SAMPLE_
+};
+static_assert(sizeof(TiltParam) == 28 && offsetof(TiltParam, filter) == 24,
+              "TiltParam is 28 bytes");
+
+/// The disc that SwirlPicture turns, most in its middle and not at its edge.
+struct SwirlParam {
+  f32 centreX;  ///< its centre, in pixels from the left edge …
+  f32 centreY;  ///< … and from the top edge, -16777216 … 16777216
+  f32 radius;   ///< in pixels, 0 … 16777216
+  f32 angle;    ///< of the middle, degrees, clockwise, -360000 … 360000
+  u32 filter;   ///< PICTAVO_SAMPLE_
+};
+static_assert(sizeof(SwirlParam) == 20 && offsetof(SwirlParam, filter) == 16,
+              "SwirlParam is 20 bytes");
 
 /// The motion that MotionBlur smears along.
 struct MotionBlurParam {
@@ -728,7 +783,26 @@ struct IPictavo3 : IPictavo2 {
 
   virtual u32 Reserved65() noexcept = 0;  ///< Slot 65. Image records and a mode.
   virtual u32 Reserved66() noexcept = 0;  ///< Slot 66. Two image records and parameters.
-  virtual u32 Reserved67() noexcept = 0;  ///< Slot 67. A geometric operation.
+
+  /// Slot 67. Turns and scales a picture into another one, of any size; the whole destination is
+  /// written. The levels give the same bytes; they change at 6 and 8.
+  ///
+  /// The pixel in column x and row y is sampled (see PICTAVO_SAMPLE_) at the place (X + x * c + y *
+  /// s, Y - x * s + y * c) of the source, in 1/2^32 of a pixel: c and s are the cosine and the sine
+  /// of the angle divided by the scale, X = srcX - 1/2 + u * c + v * s and Y = srcY - 1/2 + v * c -
+  /// u * s with u = 1/2 - dstX and v = 1/2 - dstY; these four are computed in double precision and
+  /// rounded to the nearest 1/2^32, halves up. Multiples of 90 degrees have exact sines, so that
+  /// quarter turns at scale 1 that put pixels onto pixels copy them.
+  ///
+  /// Large pictures are shared out by rows, as in slot 86.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, pixels
+  /// of other than 4 bytes, a pitch shorter than a row, a side above 2^28, a parameter that is no
+  /// number or outside its range, a map that takes a corner of the destination from more than 2^28
+  /// pixels away or has steps as long, and pictures that share a byte; PICTAVO_S_FALSE for an empty
+  /// picture
+  virtual u32 RotatePicture(const ImageDesc* src, ImageDesc* dst,
+                            const RotateParam* param) noexcept = 0;
+
   virtual u32 Reserved68() noexcept = 0;  ///< Slot 68. A Direct3D operation.
   virtual u32 Reserved69() noexcept = 0;  ///< Slot 69. A rectangle operation.
   virtual u32 Reserved70() noexcept = 0;  ///< Slot 70. An operation with modes.
@@ -812,9 +886,55 @@ struct IPictavo4 : IPictavo3 {
                              u8 red, u8 alpha) noexcept = 0;
 
   virtual u32 Reserved78() noexcept = 0;  ///< Slot 78.
-  virtual u32 Reserved79() noexcept = 0;  ///< Slot 79. A geometric operation.
+
+  /// Slot 79. Swirls a disc of a picture; around it, and where nothing is left to turn, pixels are
+  /// copied. Source and destination have their top left corners in common; what the destination has
+  /// beyond the source is clear.
+  ///
+  /// The pixel in column x and row y lies at u = x - a to the right of the centre and v = y - b
+  /// below it, where a = centreX - 1/2 and b = centreY - 1/2. With r = sqrt(u * u + v * v) and t =
+  /// max(0, 1 - r * (1 / radius)) it is sampled (see PICTAVO_SAMPLE_) at (u * c + v * s + a, v * c
+  /// - u * s + b), where c and s are the cosine and the sine of angle * t * t. All is double
+  /// precision; of two 1/256 as near to a place the even one is taken, and
+  /// PICTAVO_SAMPLE_NEAREST takes its place from x + 1/2 and y + 1/2 so rounded.
+  ///
+  /// Large pictures are shared out by rows, as in slot 86. The levels give the same bytes; they
+  /// change at 6 and 8.
+  /// @return as slot 67
+  virtual u32 SwirlPicture(const ImageDesc* src, ImageDesc* dst,
+                           const SwirlParam* param) noexcept = 0;
+
   virtual u32 Reserved80() noexcept = 0;  ///< Slot 80. An operation with modes.
-  virtual u32 Reserved81() noexcept = 0;  ///< Slot 81. A geometric operation.
+
+  /// Slot 81. Shows a picture as a plane that is turned in space, in perspective: by roll as slot
+  /// 67 turns it, then by pitch about the horizontal and by yaw about the vertical axis, all
+  /// through its centre, which keeps its place. The camera stands before the centre, d = width / 2
+  /// / tan(fieldOfView / 2) away, with the source's width. From behind the picture is its mirror
+  /// image.
+  ///
+  /// A point (p, q) right of and below the centre goes to p * m + q * n in space, x to the right, y
+  /// down, z away from the camera; with the sines and cosines of yaw (sy, cy), pitch (sp, cp) and
+  /// roll (sr, cr)
+  ///
+  ///     m = (cr * cy + sr * sp * sy, sr * cp, cr * sy - sr * sp * cy)
+  ///     n = (cr * sp * sy - sr * cy, cr * cp, -sr * sy - cr * sp * cy)
+  ///
+  /// and is seen at (x, y) * d / (d + z). So the pixel in column x and row y, u = x + 1/2 - centreX
+  /// right of the centre and v = y + 1/2 - centreY below it, is sampled (see PICTAVO_SAMPLE_) at
+  /// centreX - 1/2 + (u * n.y / k - v * n.x / k) / w and centreY - 1/2 + (v * m.x / k - u * m.y /
+  /// k) / w, where k = cp * cy and w = 1 + u * -cp * sy / (k * d) + v * sp / (k * d). All is double
+  /// precision, the factors of u and v made once and one 1 / w for both; of two 1/256 as near to a
+  /// place the even one is taken, and PICTAVO_SAMPLE_NEAREST takes its pixel from x + 1/2 and y +
+  /// 1/2 so rounded. Where w is 2^-20 or less, at the horizon and behind the camera, and everywhere
+  /// when the plane is seen from its edge, pixels are clear. With yaw and pitch multiples of 180
+  /// degrees nothing is farther away than the rest, and places go in steps as in slot 67; at 0 they
+  /// are that slot's, with scale 1 and the centre as both points.
+  ///
+  /// Large pictures are shared out by rows, as in slot 86. The levels give the same bytes; they
+  /// change at 6 and 8.
+  /// @return as slot 67
+  virtual u32 TiltPicture(const ImageDesc* src, ImageDesc* dst,
+                          const TiltParam* param) noexcept = 0;
 
   /// Slot 82. The mean of a packed 8-bit picture: the exact sum of its width * height bytes divided
   /// by their number.
@@ -971,7 +1091,26 @@ struct IPictavo5 : IPictavo4 {
   virtual u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g,
                               u8* b) noexcept = 0;
 
-  virtual u32 Reserved96() noexcept = 0;  ///< Slot 96. A resampling.
+  /// Slot 96. Scales a layer into a rectangle between the destination's pixels and mixes it in as
+  /// slot 73 does.
+  ///
+  /// The rectangle is left, top, right, bottom in pixels; what leaves the destination is cut off. A
+  /// column x samples the source's at (x + 1/2 - left) * (source width / (right - left)) - 1/2,
+  /// limited to 0 … source width - 1, in double precision, to the nearest 1/256, halves up; rows
+  /// likewise. The four pixels around that place make a pixel as PICTAVO_SAMPLE_BILINEAR weighs them.
+  /// Its alpha is then multiplied by the part of the destination's pixel that lies in the rectangle,
+  /// the product of its parts across and down, each in the nearest 1/256, and rounded to the
+  /// nearest, halves up. What comes out is blended by the record's mode, opacity and alphaMode; its
+  /// fractions are not read. To less than half its size a layer loses pixels: a filtered resizer
+  /// comes first. The levels give the same bytes; they change as those of slot 73.
+  /// @return PICTAVO_S_OK, also when nothing of the rectangle lies in the destination, it has no
+  /// area, or the opacity is 0; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture,
+  /// pixels of other than 4 bytes, a pitch shorter than a row, a mode above 11, an opacity above
+  /// 255, an alphaMode above 2, a rectangle that is no number, beyond -16777216 … 16777216 or
+  /// ends before it begins, and pictures that share a byte; PICTAVO_S_FALSE for an empty picture
+  virtual u32 BlendLayerScaled(ImageDesc* dst, const ImageDesc* src, const BlendParam* param,
+                               const f32* rect) noexcept = 0;
+
   /// Slot 97. Copies what two 32-bit surfaces have in common, from their upper left corners on; the
   /// rest of the destination stays. They may be the same picture, which then stays as it is.
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a surface or its picture's data is null;

@@ -4,6 +4,7 @@
 
 #include "cpu/blending/blend.h"
 #include "cpu/blending/layer.h"
+#include "cpu/blending/layer_scaled.h"
 #include "cpu/colour/channels.h"
 #include "cpu/colour/convert.h"
 #include "cpu/drawing/draw.h"
@@ -11,6 +12,7 @@
 #include "cpu/filters/motion_blur.h"
 #include "cpu/geometry/border.h"
 #include "cpu/geometry/resize.h"
+#include "cpu/geometry/warp.h"
 #include "cpu/measuring/histogram.h"
 
 #endif  // PICTAVO_CPU_OPERATIONS_H_

@@ -75,6 +75,58 @@ u32 Key(const Call& c) {
                                    c.format);
 }
 
+/// Often a quarter turn about points that fit.
+u32 Rotate(const Call& c) {
+  Records records(c);
+  const auto& [angle, scale, srcX, srcY, dstX, dstY, more, last] = c.reals;
+  RotateParam param = {360 * angle,
+                       1 + scale,
+                       srcX * static_cast<f32>(c.srcWidth),
+                       srcY * static_cast<f32>(c.srcHeight),
+                       dstX * static_cast<f32>(c.width),
+                       dstY * static_cast<f32>(c.height),
+                       c.words[0] % 16 < 15 ? c.words[0] % 2 : 2};
+  if (c.words[1] % 4 == 1) {
+    param.angle = 90 * std::round(8 * angle);
+    param.scale = 1;
+    for (f32* const place : {&param.srcX, &param.srcY, &param.dstX, &param.dstY})
+      *place = std::round(*place);
+  }
+  return cpu::RotatePicture(c.level, records.src(), records.dst(), &param);
+}
+
+u32 Swirl(const Call& c) {
+  Records records(c);
+  const SwirlParam param = {c.reals[0] * static_cast<f32>(c.srcWidth),
+                            c.reals[1] * static_cast<f32>(c.srcHeight),
+                            c.reals[2] * static_cast<f32>(c.width), 720 * c.reals[3],
+                            c.words[0] % 16 < 15 ? c.words[0] % 2 : 2};
+  return cpu::SwirlPicture(c.level, records.src(), records.dst(), &param);
+}
+
+u32 Tilt(const Call& c) {
+  Records records(c);
+  const auto& [x, y, yaw, pitch, roll, view, more, last] = c.reals;
+  const f32 turn = c.words[1] % 4 == 1 ? 0 : 100;
+  const TiltParam param = {x * static_cast<f32>(c.srcWidth),
+                           y * static_cast<f32>(c.srcHeight),
+                           turn * yaw,
+                           turn * pitch,
+                           100 * roll,
+                           60 + 100 * view,
+                           c.words[0] % 16 < 15 ? c.words[0] % 2 : 2};
+  return cpu::TiltPicture(c.level, records.src(), records.dst(), &param);
+}
+
+/// Of the whole destination, moved at its edges.
+u32 ScaledLayer(const Call& c) {
+  Records records(c);
+  const f32 right = static_cast<f32>(c.width), bottom = static_cast<f32>(c.height);
+  const f32 rect[] = {right * c.reals[0], bottom * c.reals[1], right * (1 + c.reals[2]),
+                      bottom * (1 + c.reals[3])};
+  return cpu::BlendLayerScaled(c.level, records.dst(), records.src(), &c.layer, rect);
+}
+
 /// The picture lies in the middle of the destination's bytes, with the border around it; where rows
 /// are tight, it may be one of bytes.
 template <auto kExtend>
@@ -294,11 +346,14 @@ const Operation kOperations[] = {
      [](C c) { return cpu::ResizeBilinear16KeepAlpha(c.level, SCALED, c.fullSize); }},
     {"63 MotionBlur", kOwnSize, Motion},
     {"64 GetMotionBlurDstSize", kOwnSize | kPacked, MotionSize},
+    {"67 RotatePicture", kOwnSize, Rotate},
     {"71 ExtendBoundary", kInPlace | kWholePitch, Border<cpu::ExtendBoundary>},
     {"73 BlendLayer", kEachPixel | kManyRules, Layer<0>},
     {"74 BlendLayerSubpixel", 0, Layer<cpu::kLayerModes>},
     {"77 FillSolidColor", kInPlace,
      [](C c) { return cpu::FillSolidColor(IN_PLACE, c.dstPitch, c.colour); }},
+    {"79 SwirlPicture", kOwnSize, Swirl},
+    {"81 TiltPicture", kOwnSize, Tilt},
     {"82 ComputeMean", kPacked, Mean},
     {"86 ApplyChromaKey", kPacked | kMayAlias | kEachPixel, Key},
     {"87 GaussianBlurBox3", kInPlace,
@@ -311,6 +366,7 @@ const Operation kOperations[] = {
     {"91 ConvertColorToRGB", kInPlacePacked, Singles<SpaceColour<colour::ConvertColorToRGB>>},
     {"92 ConvertPixelFromRGB", kInPlacePacked, Singles<SpacePixel>},
     {"95 ConvertHSLToRGB", kInPlacePacked, Singles<HslToRgb>},
+    {"96 BlendLayerScaled", kOwnSize, ScaledLayer},
     {"107 ExtendBoundaryTransparent", kInPlace | kWholePitch,
      Border<cpu::ExtendBoundaryTransparent>},
     {"110 ExpandPlane", 0, [](C c) { return cpu::ExpandPlane(FROM_TO); }, 0, 1},

@@ -39,7 +39,7 @@ constexpr Change kNoDst = [](C c) { c.dst = nullptr; }, kNoSrc = [](C c) { c.src
 
 const std::vector<int> kBlends = {2, 3, 4, 5, 6, 7, 8, 9, 10, 36, 37},
                        kInPlaceConversions = {16, 17, 18, 19}, kResizers = {29, 30, 31, 55, 57, 58},
-                       kSpaces = {88, 89};
+                       kSpaces = {88, 89}, kWarps = {67, 79, 81, 96};
 
 const Refusals kRefusals[] = {
     {kBlends, 0, {kNoDst, kNoSrc}},
@@ -96,6 +96,40 @@ const Refusals kRefusals[] = {
      I,
      {[](C c) { c.layer.fractionX = kNan; }, [](C c) { c.layer.fractionX = -0.1f; },
       [](C c) { c.layer.fractionY = 1.5f; }, [](C c) { c.layer.fractionY = -0.1f; }}},
+
+    {kWarps, P, {kNoDst, kNoSrc, RECORDS(i.data = nullptr)}},
+    {kWarps, E, {RECORDS(i.width = 0), RECORDS(i.height = -1), RECORDS(i.height = kLeast)}},
+    {kWarps,
+     I,
+     {RECORDS(i.memoryKind = 3), RECORDS(i.bytesPerPixel = 1), RECORDS(i.pitch = 15),
+      RECORDS(i.pitch = -16), [](C c) { c.src = c.dst + 4; }}},
+    {{67, 79, 81},
+     I,
+     {[](C c) { c.words[0] = 15; }, RECORDS((i.width = (1 << 28) + 1, i.pitch = kMost)),
+      RECORDS(i.height = kMost), [](C c) { c.reals[0] = kNan; },
+      [](C c) { c.reals[1] = kInfinite; }, [](C c) { c.reals[2] = kNan; },
+      [](C c) { c.reals[3] = kInfinite; }}},
+    {{67},
+     I,
+     {[](C c) { c.reals[1] = -1; }, [](C c) { c.reals[1] = -2; }, [](C c) { c.reals[4] = -1e7f; },
+      // Places too far out.
+      [](C c) { c.reals[1] = -0.99999994f, c.reals[4] = 1e6f; }}},
+    {{79},
+     I,
+     {[](C c) { c.reals[2] = -1; }, [](C c) { c.reals[2] = 1e8f; },
+      [](C c) { c.reals[3] = 1000; }}},
+    {{81}, I, {[](C c) { c.reals[5] = 1.2f; }, [](C c) { c.reals[5] = -0.6f; }}},
+    {{96},
+     I,
+     {[](C c) { c.layer.mode = 12; }, [](C c) { c.layer.opacity = 256; },
+      [](C c) { c.layer.alphaMode = 3; }, [](C c) { c.reals[0] = kNan; },
+      [](C c) { c.reals[1] = 1.5f; }, [](C c) { c.reals[2] = kInfinite; },
+      [](C c) { c.reals[3] = -2; }}},
+    {{96},
+     S,
+     {[](C c) { c.layer.opacity = 0; }, [](C c) { c.reals[0] = 1; },
+      [](C c) { c.reals[1] = 1.5f, c.reals[3] = 0.5f; },
+      [](C c) { c.reals[0] = 1, c.reals[2] = 9; }}},
 
     {{63},
      I,

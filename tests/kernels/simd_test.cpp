@@ -23,6 +23,7 @@ namespace {
 
 using i16 = std::int16_t;
 using u16 = std::uint16_t;
+using u64 = std::uint64_t;
 
 /// Operands that stand side by side: all pairs of bytes; of longer numbers corners and random ones.
 template <typename Lane>

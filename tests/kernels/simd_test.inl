@@ -73,6 +73,7 @@ void CheckLanes() {
   CHECK_LANES(u32, ShiftLeft32(a, 9), a << 9);
   CHECK_LANES(u32, ShiftRightU32(a, 9), a >> 9);
   CHECK_LANES(i32, ShiftRightI32(a, 9), a >> 9);
+  CHECK_LANES(u64, ShiftLeft64(a, 24), a << 24);
   CHECK_LANES(u32, DotProduct32(a, b),
               static_cast<u32>(Low(a) * Low(b)) + static_cast<u32>(High(a) * High(b)));
   CHECK_LANES(u32, Quotient32(ShiftRightU32(a, 8), Add32(ShiftRightU32(b, 16), V::All32(1))),
@@ -180,6 +181,9 @@ void CheckMoves() {
     const size_t half = static_cast<size_t>(i < kHalf ? i : i - kHalf + kLanes);
     EXPECT_EQ(lane(FirstHalves(load(0), load(1)), i), in[half]);
     EXPECT_EQ(lane(SecondHalves(load(0), load(1)), i), in[half + kHalf]);
+    const size_t pair = static_cast<size_t>(2 * i);
+    EXPECT_EQ(lane(LowHalves64(load(0), load(1)), i), in[pair]);
+    EXPECT_EQ(lane(HighHalves64(load(0), load(1)), i), in[pair + 1]);
     for (i64 j = 0; j < 4; ++j)
       EXPECT_EQ(lane(square[j], i), in[static_cast<size_t>(kLanes * (i % 4) + i / 4 * 4 + j)]);
     EXPECT_EQ(lane(lanes, i), in[static_cast<size_t>(1 + i / 4 * 5 + i % 4)]);
@@ -210,6 +214,9 @@ void CheckMoves() {
       EXPECT_EQ(lane(Gather32(bytes, T{places}), i), in[static_cast<size_t>(7 ^ i)]);
       EXPECT_EQ(lane(Gather32(bytes, T{places}, some), i),
                 i > 1 ? in[static_cast<size_t>(7 ^ i)] : 0);
+      const auto pairs = GatherPairs(bytes, T{places});
+      EXPECT_EQ(lane(pairs.here, i), in[static_cast<size_t>(7 ^ i)]);
+      EXPECT_EQ(lane(pairs.right, i), in[static_cast<size_t>((7 ^ i) + 1)]);
     }
   }
 }

@@ -30,6 +30,16 @@ struct SineCosine {
   D sin, cos;
 };
 
+/// Of an angle so many quarter turns further, a whole number.
+inline SineCosine Turned(const SineCosine& angle, D quarters) {
+  const D turned = quarters - Round(quarters * D::All(0.25)) * D::All(4);  // -2 to 2
+  const auto isOdd = Abs(Abs(turned) - D::All(1)) < D::All(0.5);
+  const auto sinFlips = D::All(1) < Abs(turned - D::All(0.5));  // -2, -1 and 2
+  const auto cosFlips = D::All(1) < Abs(turned + D::All(0.5));  // -2, 1 and 2
+  const D s = Select(isOdd, angle.cos, angle.sin), c = Select(isOdd, angle.sin, angle.cos);
+  return {Select(sinFlips, D::All(0) - s, s), Select(cosFlips, D::All(0) - c, c)};
+}
+
 /// Of an angle in radians, up to six million turns.
 inline SineCosine SineCosineOf(D angle) {
   // The rest from the nearest quarter turn, whose first parts have few enough digits for exact
@@ -44,12 +54,14 @@ inline SineCosine SineCosineOf(D angle) {
   sin = x - x * (w * sin);
   cos = D::All(1) - w * (D::All(0.5) - w * cos);
 
-  const D turned = quarters - Round(quarters * D::All(0.25)) * D::All(4);  // -2 to 2
-  const auto isOdd = Abs(Abs(turned) - D::All(1)) < D::All(0.5);
-  const auto sinFlips = D::All(1) < Abs(turned - D::All(0.5));  // -2, -1 and 2
-  const auto cosFlips = D::All(1) < Abs(turned + D::All(0.5));  // -2, 1 and 2
-  const D s = Select(isOdd, cos, sin), c = Select(isOdd, sin, cos);
-  return {Select(sinFlips, D::All(0) - s, s), Select(cosFlips, D::All(0) - c, c)};
+  return Turned({sin, cos}, quarters);
+}
+
+/// Of an angle in degrees, up to 2^45. Those of quarter turns are exact.
+inline SineCosine SineCosineOfDegrees(D angle) {
+  const D quarters = Round(angle * D::All(1.0 / 90));
+  const D rest = angle - quarters * D::All(90);
+  return Turned(SineCosineOf(rest * D::All(0.017453292519943296)), quarters);
 }
 
 /// The angle of a point that lies v to the right and u upwards, from -pi to pi, which has the sign

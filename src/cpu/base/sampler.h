@@ -1,11 +1,12 @@
 // Sampling between pixels, from the four around a point; cpu/simd/sampler.inl is its vector form.
 //
-// A pixel whose colour nobody sees must not lend it to others: where one of the four is clear,
-// colours are weighted by alpha too, which leaves no fringe.
+// A pixel whose colour nobody sees must not lend it to others: SamplePixel weights colours by alpha
+// too where one of the four is clear, SampleRounded always. That leaves no fringe.
 #ifndef PICTAVO_CPU_BASE_SAMPLER_H_
 #define PICTAVO_CPU_BASE_SAMPLER_H_
 
 #include <array>
+#include <cstring>
 
 #include "pictavo/pictavo.h"
 
@@ -47,6 +48,27 @@ inline void SamplePixel(u8* out, const std::array<const u8*, 4>& pixels, SampleP
   }
   for (size_t c = 0; c < 3; ++c) out[c] = static_cast<u8>(total == 0 ? 0 : sums[c] / total);
   out[3] = static_cast<u8>(sums[3] >> 16);
+}
+
+/// To the nearest, where SamplePixel cuts. What comes out clear has no colour; at a pixel's own place
+/// it stays as it is.
+inline void SampleRounded(u8* out, const std::array<const u8*, 4>& pixels, SamplePoint point) {
+  if ((point.x | point.y) == 0) {
+    std::memcpy(out, pixels[0], 4);
+    return;
+  }
+  const std::array<i32, 4> weights = point.Weights();
+  std::array<i64, 3> sums = {};
+  i64 total = 0;
+  for (size_t i = 0; i < 4; ++i) {
+    const i64 weight = i64{weights[i]} * pixels[i][3];
+    for (size_t c = 0; c < 3; ++c) sums[c] += weight * pixels[i][c];
+    total += weight;
+  }
+  const i64 alpha = (total + 0x8000) >> 16;
+  for (size_t c = 0; c < 3; ++c)
+    out[c] = static_cast<u8>(alpha == 0 ? 0 : (sums[c] + total / 2) / total);
+  out[3] = static_cast<u8>(alpha);
 }
 
 /// Samples at the same point of each pixel from `first` to before `end`.

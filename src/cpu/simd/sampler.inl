@@ -5,29 +5,34 @@ struct Neighbours {
   V here, right, below, belowRight;
 };
 
-/// The weights of the points of a vector of pixels.
+/// The weights of the points of a vector of pixels, given in lanes of 32 bits.
 struct SampleWeights {
   V across;       // of the right pixels, in both halves of each lane
   V down;         // of the upper row, and of the lower one in the high half
   V products[4];  // in the order of SamplePoint::Weights
 
   explicit SampleWeights(SamplePoint point)
-      : across(V::All16(static_cast<u32>(point.x))),
-        down(V::All32(static_cast<u32>(256 - point.y) | static_cast<u32>(point.y) << 16)) {
-    const auto weights = point.Weights();
-    for (size_t i = 0; i < 4; ++i) products[i] = V::All32(static_cast<u32>(weights[i]));
+      : SampleWeights(V::All32(static_cast<u32>(point.x)), V::All32(static_cast<u32>(point.y))) {}
+  SampleWeights(V x, V y) : across(SpreadLow16(x)) {
+    const V restX = Sub32(V::All32(256), x), restY = Sub32(V::All32(256), y);
+    down = restY | ShiftLeft32(y, 16);
+    products[0] = DotProduct32(restX, restY);
+    products[1] = DotProduct32(x, restY);
+    products[2] = DotProduct32(restX, y);
+    products[3] = DotProduct32(x, y);
   }
 };
 
 /// Each channel by the weights alone. A row's mix has 16 bits unsigned; 0x8000 less, it is the
 /// signed number that a product takes, and 0x8000 * 256 is added to the sum again.
-inline V SamplePlain(const Neighbours& n, const SampleWeights& w) {
+/// @param rounding what is added before the sum is divided by 65536
+inline V SamplePlain(const Neighbours& n, const SampleWeights& w, u32 rounding = 0) {
   const auto across = [&](V left, V right) {
     const V mix = Add16(ShiftLeft16(left, 8), Mul16(Sub16(right, left), w.across));
     return mix ^ V::All16(0x8000);
   };
   const auto down = [&](V pairs) {
-    return Add32(DotProduct32(pairs, w.down), V::All32(0x8000 * 256));
+    return Add32(DotProduct32(pairs, w.down), V::All32(0x8000 * 256 + rounding));
   };
   const auto both = [&](V top, V bottom) {
     return PairHigh16(down(PairLow16(top, bottom)), down(PairHigh16(top, bottom)));
@@ -47,20 +52,31 @@ inline V ByteQuotient(V sum, V total, F inverse) {
   return Add32(Add32(estimate, tooMuch), Add32(tooLittle, V::All32(1)));
 }
 
-/// The colours by weights and alphas.
-inline V SampleByAlpha(const Neighbours& n, const SampleWeights& w) {
-  const V pixels[] = {n.here, n.right, n.below, n.belowRight};
-  V sums[3] = {V::Zero(), V::Zero(), V::Zero()}, total = V::Zero();
-  for (size_t i = 0; i < 4; ++i) {
-    const V weight = Mul32(w.products[i], ShiftRightU32(pixels[i], 24));
-    total = Add32(total, weight);
-    for (int c = 0; c < 3; ++c) sums[c] = Add32(sums[c], Mul32(weight, Channel(pixels[i], c)));
+/// Sums by weights and alphas.
+struct AlphaSums {
+  V colours[3] = {V::Zero(), V::Zero(), V::Zero()}, total = V::Zero();
+
+  AlphaSums(const Neighbours& n, const SampleWeights& w) {
+    const V pixels[] = {n.here, n.right, n.below, n.belowRight};
+    for (size_t i = 0; i < 4; ++i) {
+      const V weight = Mul32(w.products[i], ShiftRightU32(pixels[i], 24));
+      total = Add32(total, weight);
+      for (int c = 0; c < 3; ++c)
+        colours[c] = Add32(colours[c], Mul32(weight, Channel(pixels[i], c)));
+    }
   }
-  total = MaxI32(total, V::All32(1));
-  const F inverse = F::All(2) / ToF(total);
-  const auto quotient = [&](V sum) { return ByteQuotient(sum, total, inverse); };
-  return quotient(sums[0]) | ShiftLeft32(quotient(sums[1]), 8) | ShiftLeft32(quotient(sums[2]), 16);
-}
+
+  /// The colours' means.
+  /// @param rounding what is added to their sums, at most half of the total
+  V Means(V rounding) const {
+    const V some = MaxI32(total, V::All32(1));
+    const F inverse = F::All(2) / ToF(some);
+    const auto mean = [&](int c) {
+      return ShiftLeft32(ByteQuotient(Add32(colours[c], rounding), some, inverse), 8 * c);
+    };
+    return mean(0) | mean(1) | mean(2);
+  }
+};
 
 inline V Sample(const Neighbours& n, const SampleWeights& w) {
   const V most = MaxU8(MaxU8(n.here, n.right), MaxU8(n.below, n.belowRight));
@@ -69,7 +85,20 @@ inline V Sample(const Neighbours& n, const SampleWeights& w) {
   const V anyClear = Equal32(ShiftRightU32(least, 24), V::Zero());
   const V plain = SamplePlain(n, w);
   if (IsZero(anyClear)) return plain;
-  return Select(anyClear & V::All32(kColours), SampleByAlpha(n, w), plain);
+  return Select(anyClear & V::All32(kColours), AlphaSums(n, w).Means(V::Zero()), plain);
+}
+
+/// See SampleRounded of the portable sampler.
+inline V SampleRounded(const Neighbours& n, const SampleWeights& w) {
+  const V least = MinU8(MinU8(n.here, n.right), MinU8(n.below, n.belowRight));
+  if (AlphasOpaque(least)) return SamplePlain(n, w, 0x8000);
+  const V isPixel = Equal32(w.products[0], V::All32(65536));
+  const V most = MaxU8(MaxU8(n.here, n.right), MaxU8(n.below, n.belowRight));
+  if (AlphasClear(most)) return isPixel & n.here;
+  const AlphaSums sums(n, w);
+  const V alpha = ShiftRightU32(Add32(sums.total, V::All32(0x8000)), 16);
+  const V mixed = sums.Means(ShiftRightU32(sums.total, 1)) | ShiftLeft32(alpha, 24);
+  return Select(isPixel, n.here, AndNot(Equal32(alpha, V::Zero()), mixed));
 }
 
 /// The pixels from p on and the one that is right of the last of them.

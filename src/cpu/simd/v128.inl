@@ -65,6 +65,7 @@ inline V ShiftLeft32(V a, int bits) { return {_mm_slli_epi32(a.v, bits)}; }
 inline V ShiftRightU16(V a, int bits) { return {_mm_srli_epi16(a.v, bits)}; }
 inline V ShiftRightU32(V a, int bits) { return {_mm_srli_epi32(a.v, bits)}; }
 inline V ShiftRightI32(V a, int bits) { return {_mm_srai_epi32(a.v, bits)}; }
+inline V ShiftLeft64(V a, int bits) { return {_mm_slli_epi64(a.v, bits)}; }
 
 inline V Index32() { return {_mm_setr_epi32(0, 1, 2, 3)}; }
 /// Swaps lanes 0 and 1, 2 and 3, …
@@ -95,6 +96,14 @@ inline void Transpose32(V (&rows)[4]) {
 /// The first halves of a and b, and their second halves.
 inline V FirstHalves(V a, V b) { return {_mm_unpacklo_epi64(a.v, b.v)}; }
 inline V SecondHalves(V a, V b) { return {_mm_unpackhi_epi64(a.v, b.v)}; }
+
+/// The low, or the high, 32 bits of the 64-bit lanes of a and then of b.
+inline V LowHalves64(V a, V b) {
+  return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0x88))};
+}
+inline V HighHalves64(V a, V b) {
+  return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0xDD))};
+}
 
 /// The lanes of four vectors, limited to bytes: 128 bits of each vector in turn make four bytes.
 inline V PackU8(const V (&a)[4]) {
@@ -152,6 +161,7 @@ inline D Min(D a, D b) { return {_mm_min_pd(a.v, b.v)}; }
 inline D Max(D a, D b) { return {_mm_max_pd(a.v, b.v)}; }
 inline D Sqrt(D a) { return {_mm_sqrt_pd(a.v)}; }
 inline D operator<(D a, D b) { return {_mm_cmplt_pd(a.v, b.v)}; }
+inline V Bits(D a) { return {_mm_castpd_si128(a.v)}; }
 inline D RoundToSingle(D a) { return {_mm_cvtps_pd(_mm_cvtpd_ps(a.v))}; }
 /// The magnitude of one and the sign of the other.
 inline D WithSign(D a, D sign) {

@@ -62,6 +62,7 @@ inline V ShiftLeft32(V a, int bits) { return {_mm256_slli_epi32(a.v, bits)}; }
 inline V ShiftRightU16(V a, int bits) { return {_mm256_srli_epi16(a.v, bits)}; }
 inline V ShiftRightU32(V a, int bits) { return {_mm256_srli_epi32(a.v, bits)}; }
 inline V ShiftRightI32(V a, int bits) { return {_mm256_srai_epi32(a.v, bits)}; }
+inline V ShiftLeft64(V a, int bits) { return {_mm256_slli_epi64(a.v, bits)}; }
 
 inline V Index32() { return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}; }
 inline V SwapPairs32(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }
@@ -95,6 +96,17 @@ inline void Transpose32(V (&rows)[4]) {
 inline V FirstHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x20)}; }
 inline V SecondHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x31)}; }
 
+/// 64-bit lanes 0, 2, 1 and 3.
+inline V SwapMiddle64(V a) { return {_mm256_permute4x64_epi64(a.v, 0xD8)}; }
+inline V LowHalves64(V a, V b) {
+  return SwapMiddle64({_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0x88))});
+}
+inline V HighHalves64(V a, V b) {
+  return SwapMiddle64({_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0xDD))});
+}
+
 inline V PackU8(const V (&a)[4]) {
   return {
       _mm256_packus_epi16(_mm256_packs_epi32(a[0].v, a[1].v), _mm256_packs_epi32(a[2].v, a[3].v))};
@@ -123,6 +135,20 @@ inline V Gather32(const u8* p, V places, V mask) {
 }
 inline V Gather32(const u8* p, V places) {
   return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(p), places.v, 1)};
+}
+struct PixelPairs {
+  V here, right;
+};
+inline PixelPairs GatherPairs(const u8* p, V places) {
+  const auto four = [p](__m128i from) {
+    return _mm256_castsi256_ps(
+        _mm256_i32gather_epi64(reinterpret_cast<const long long*>(p), from, 1));
+  };
+  const __m256i order = SwapMiddle64(places).v;  // so that what follows puts them right
+  const __m256 a = four(_mm256_castsi256_si128(order));
+  const __m256 b = four(_mm256_extracti128_si256(order, 1));
+  return {{_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88))},
+          {_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD))}};
 }
 
 struct F {
@@ -163,6 +189,7 @@ inline D Max(D a, D b) { return {_mm256_max_pd(a.v, b.v)}; }
 inline D Sqrt(D a) { return {_mm256_sqrt_pd(a.v)}; }
 inline D operator<(D a, D b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_LT_OQ)}; }
 inline D Select(D mask, D yes, D no) { return {_mm256_blendv_pd(no.v, yes.v, mask.v)}; }
+inline V Bits(D a) { return {_mm256_castpd_si256(a.v)}; }
 inline D RoundToSingle(D a) { return {_mm256_cvtps_pd(_mm256_cvtpd_ps(a.v))}; }
 inline D WithSign(D a, D sign) {
   const __m256d bit = _mm256_set1_pd(-0.0);
