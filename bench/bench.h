@@ -69,6 +69,7 @@ Table Histograms();
 Table Layers();
 Table MotionBlurs();
 Table Resizing();
+Table Warps();
 
 }  // namespace pictavo::bench
 

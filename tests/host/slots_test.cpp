@@ -89,6 +89,18 @@ Good GoodOf(const MotionBlurParam*) {
   static constexpr MotionBlurParam good = {1, 30, 5, 2, 1, 0, 0};
   return Of(good);
 }
+Good GoodOf(const RotateParam*) {
+  static constexpr RotateParam good = {30, 1.5f, 3, 2, 4, 5, 1};
+  return Of(good);
+}
+Good GoodOf(const SwirlParam*) {
+  static constexpr SwirlParam good = {4, 3, 6, 90, 1};
+  return Of(good);
+}
+Good GoodOf(const TiltParam*) {
+  static constexpr TiltParam good = {4, 3, 30, 20, 10, 60, 1};
+  return Of(good);
+}
 Good GoodOf(const ChromaKey*) {
   static constexpr ChromaKey good = {0, 255, 0, 0, 30, 20};
   return Of(good);

@@ -6,9 +6,8 @@
 inline void SampleStretch(u8* out, const RowPair& rows, const Stretch& stretch, i32 down) {
   const V y = V::All32(static_cast<u32>(down));
   for (i64 x = 0; x < stretch.count; x += V::kPixels) {
-    const V places = V::Load(reinterpret_cast<const u8*>(stretch.places + x));
-    const PixelPairs top = GatherPairs(rows.top, places);
-    const PixelPairs bottom = GatherPairs(rows.bottom, places);
+    const PixelPairs top = LoadPairs(rows.top, stretch.places + x);
+    const PixelPairs bottom = LoadPairs(rows.bottom, stretch.places + x);
     const V across = V::Load(reinterpret_cast<const u8*>(stretch.across + x));
     SampleRounded({top.here, top.right, bottom.here, bottom.right}, SampleWeights(across, y))
         .Store(out + 4 * x);

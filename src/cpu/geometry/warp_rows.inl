@@ -95,8 +95,10 @@ V SampleInside(const Source& src, const Places& at) {
   const V pitch = V::All32(static_cast<u32>(src.pitch));
   const V places = Add32(Mul32(at.Rows(), pitch), ShiftLeft32(at.Columns(), 2));
   if constexpr (filter == Filter::kNearest) return Gather32(src.pixels, places);
-  const PixelPairs top = GatherPairs(src.pixels, places);
-  const PixelPairs bottom = GatherPairs(src.pixels + src.pitch, places);
+  alignas(32) i32 at32[V::kPixels];
+  places.Store(reinterpret_cast<u8*>(at32));
+  const PixelPairs top = LoadPairs(src.pixels, at32);
+  const PixelPairs bottom = LoadPairs(src.pixels + src.pitch, at32);
   return SampleRounded({top.here, top.right, bottom.here, bottom.right}, at.Weights());
 }
 

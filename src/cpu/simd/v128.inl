@@ -105,6 +105,19 @@ inline V HighHalves64(V a, V b) {
   return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0xDD))};
 }
 
+/// One pixel at each of so many places, which are bytes from p, and the pixels right of them.
+struct PixelPairs {
+  V here, right;
+};
+inline PixelPairs LoadPairs(const u8* p, const i32* places) {
+  const auto pair = [=](int i) { return reinterpret_cast<const double*>(p + places[i]); };
+  const auto two = [&](int i) {
+    return V{_mm_castpd_si128(_mm_loadh_pd(_mm_load_sd(pair(i)), pair(i + 1)))};
+  };
+  const V a = two(0), b = two(2);
+  return {LowHalves64(a, b), HighHalves64(a, b)};
+}
+
 /// The lanes of four vectors, limited to bytes: 128 bits of each vector in turn make four bytes.
 inline V PackU8(const V (&a)[4]) {
   return {_mm_packus_epi16(_mm_packs_epi32(a[0].v, a[1].v), _mm_packs_epi32(a[2].v, a[3].v))};

@@ -35,17 +35,3 @@ inline V Gather32(const u8* p, V places) {
                          load(_mm_extract_epi32(places.v, 2)),
                          load(_mm_extract_epi32(places.v, 3)))};
 }
-
-/// The pixels at the places, which are bytes from p, and the pixels right of them.
-struct PixelPairs {
-  V here, right;
-};
-inline PixelPairs GatherPairs(const u8* p, V places) {
-  const auto pair = [p](i32 place) { return reinterpret_cast<const double*>(p + place); };
-  const auto two = [&](i32 first, i32 second) {
-    return V{_mm_castpd_si128(_mm_loadh_pd(_mm_load_sd(pair(first)), pair(second)))};
-  };
-  const V a = two(_mm_extract_epi32(places.v, 0), _mm_extract_epi32(places.v, 1));
-  const V b = two(_mm_extract_epi32(places.v, 2), _mm_extract_epi32(places.v, 3));
-  return {LowHalves64(a, b), HighHalves64(a, b)};
-}

@@ -107,6 +107,25 @@ inline V HighHalves64(V a, V b) {
       _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0xDD))});
 }
 
+struct PixelPairs {
+  V here, right;
+};
+/// By loads that need no shuffle; gathers are slower than these where processors are mended against
+/// spying on them.
+inline PixelPairs LoadPairs(const u8* p, const i32* places) {
+  const auto pair = [=](int i) {
+    return _mm256_broadcast_sd(reinterpret_cast<const double*>(p + places[i]));
+  };
+  const auto four = [&](int i) {  // 0, 1, 4 and 5 from i on
+    return _mm256_castpd_ps(
+        _mm256_blend_pd(_mm256_blend_pd(pair(i), pair(i + 1), 0b0010),
+                        _mm256_blend_pd(pair(i + 4), pair(i + 5), 0b1000), 0b1100));
+  };
+  const __m256 a = four(0), b = four(2);
+  return {{_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88))},
+          {_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD))}};
+}
+
 inline V PackU8(const V (&a)[4]) {
   return {
       _mm256_packus_epi16(_mm256_packs_epi32(a[0].v, a[1].v), _mm256_packs_epi32(a[2].v, a[3].v))};
@@ -136,21 +155,6 @@ inline V Gather32(const u8* p, V places, V mask) {
 inline V Gather32(const u8* p, V places) {
   return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(p), places.v, 1)};
 }
-struct PixelPairs {
-  V here, right;
-};
-inline PixelPairs GatherPairs(const u8* p, V places) {
-  const auto four = [p](__m128i from) {
-    return _mm256_castsi256_ps(
-        _mm256_i32gather_epi64(reinterpret_cast<const long long*>(p), from, 1));
-  };
-  const __m256i order = SwapMiddle64(places).v;  // so that what follows puts them right
-  const __m256 a = four(_mm256_castsi256_si128(order));
-  const __m256 b = four(_mm256_extracti128_si256(order, 1));
-  return {{_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88))},
-          {_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD))}};
-}
-
 struct F {
   __m256 v;
 

@@ -1,0 +1,163 @@
+// Turning, tilting, swirling and scaled layers, beside other libraries where they are installed.
+// Theirs is the same kind of work with other edges.
+#include <sched.h>
+
+#include "av_filter.h"
+#include "cpu/blending/layer_scaled.h"
+#include "cpu/geometry/warp.h"
+#include "warp_data.h"
+
+namespace pictavo::bench {
+namespace {
+
+/// The helping threads inherit the processor.
+Run OnOneProcessor(const Run& run) {
+  return [run](u8* dst, const u8* src) {
+    cpu_set_t all, one;
+    sched_getaffinity(0, sizeof all, &all);
+    CPU_ZERO(&one);
+    CPU_SET(sched_getcpu(), &one);
+    sched_setaffinity(0, sizeof one, &one);
+    run(dst, src);
+    sched_setaffinity(0, sizeof all, &all);
+  };
+}
+
+template <typename Param>
+using Warp = u32(i32 level, const ImageDesc* src, ImageDesc* dst, const Param* param) noexcept;
+
+template <typename Param>
+std::vector<Run> Runs(Warp<Param>* warp, const Param& param, const Size& size) {
+  return AtEachBuild([=](i32 level, u8* dst, const u8* src) {
+    const ImageDesc from = Describe(src, size);
+    ImageDesc to = Describe(dst, size);
+    warp(level, &from, &to, &param);
+  });
+}
+
+constexpr f32 kAngle = 15, kYaw = 30;
+
+#ifdef PICTAVO_BENCH_OPENCV
+template <auto kWarp>
+Run OpenCv(const Size& size, double angle) {
+  cv::setNumThreads(1);
+  return [=](u8* dst, const u8* src) { kWarp(dst, src, size, angle); };
+}
+#endif
+
+#ifdef PICTAVO_BENCH_AVFILTER
+Run AvChain(const char* chain, const char* format, const Size& size) {
+  AvFilter filter(chain, format, size);
+  filter.Load(Pixels(size, "opaque").data());
+  return [filter](u8*, const u8*) mutable { filter.Run(); };
+}
+#endif
+
+/// What other libraries do, in the table's columns.
+void AddPeers(std::vector<Run>* runs, const Run& openCv, const Run& avFilter) {
+#ifdef PICTAVO_BENCH_OPENCV
+  runs->push_back(openCv);
+#endif
+#ifdef PICTAVO_BENCH_AVFILTER
+  runs->push_back(avFilter);
+#endif
+  (void)openCv, (void)avFilter;
+}
+
+std::vector<Run> Rotations(const Size& size) {
+  std::vector<Run> runs = Runs(cpu::RotatePicture, Rotation(kAngle, size), size);
+  Run openCv, avFilter;
+#ifdef PICTAVO_BENCH_OPENCV
+  openCv = OpenCv<OpenCvRotate>(size, double{kAngle});
+#endif
+#ifdef PICTAVO_BENCH_AVFILTER
+  avFilter = AvChain("rotate=15*PI/180:c=none", "bgra", size);
+#endif
+  AddPeers(&runs, openCv, avFilter);
+  return runs;
+}
+
+std::vector<Run> Tilts(const Size& size) {
+  std::vector<Run> runs = Runs(cpu::TiltPicture, Yaw(kYaw, size), size);
+  Run openCv, avFilter;
+#ifdef PICTAVO_BENCH_OPENCV
+  openCv = OpenCv<OpenCvYaw>(size, double{kYaw});
+#endif
+#ifdef PICTAVO_BENCH_AVFILTER
+  avFilter =
+      AvChain("perspective=x0=0:y0=0:x1=W:y1=H/8:x2=0:y2=H:x3=W:y3=H*7/8:interpolation=linear",
+              "yuva444p", size);
+#endif
+  AddPeers(&runs, openCv, avFilter);
+  return runs;
+}
+
+/// A layer of a quarter of the picture into nearly all of it.
+std::vector<Run> ScaledLayers(const Size& size, const Size& layer) {
+  std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
+    const ImageDesc from = Describe(src, layer);
+    ImageDesc to = Describe(dst, size);
+    const BlendParam param = {0, 255, 0, 0, 0};
+    const f32 rect[] = {0.5f, 0.5f, static_cast<f32>(size.width) - 0.5f,
+                        static_cast<f32>(size.height) - 0.5f};
+    cpu::BlendLayerScaled(level, &to, &from, &param, rect);
+  });
+  Run openCv;
+#ifdef PICTAVO_BENCH_OPENCV
+  openCv = [=](u8* dst, const u8* src) {
+    cv::Mat to = Mat(dst, size), scaled;
+    cv::resize(Mat(src, layer), scaled, to.size());
+    scaled.copyTo(to);
+  };
+#endif
+  AddPeers(&runs, openCv, {});
+  return runs;
+}
+
+}  // namespace
+
+Table Warps() {
+  Table table = {"Turning, tilting, scaled layers", BuildColumns(), BuildColumns().size(), {}};
+#ifdef PICTAVO_BENCH_OPENCV
+  table.columns.push_back("OpenCV");
+#endif
+#ifdef PICTAVO_BENCH_AVFILTER
+  table.columns.push_back("libavfilter");
+#endif
+  const auto add = [&](const char* name, const Size& size, const char* alpha,
+                       const std::vector<Run>& runs) {
+    table.lines.push_back({name, size.name() + " " + alpha, size.pixels(), &Pixels(size, alpha),
+                           &Pixels(size, "opaque"), false, runs});
+    table.lines.back().runs.resize(table.columns.size());
+  };
+  const auto onOne = [&](const char* name, const Size& size, const char* alpha,
+                         std::vector<Run> runs) {
+    for (Run& run : runs) {
+      if (run) run = OnOneProcessor(run);
+    }
+    add(name, size, alpha, runs);
+  };
+  for (const Size& size : {kHd, kCached}) {
+    onOne("67 rotate by 15", size, "opaque", Rotations(size));
+    onOne("67 rotate by 15", size, "mixed", Rotations(size));
+    onOne("67 rotate by 15, nearest", size, "opaque",
+          Runs(cpu::RotatePicture, Rotation(kAngle, size, PICTAVO_SAMPLE_NEAREST), size));
+    onOne("67 rotate by 90", size, "opaque", Runs(cpu::RotatePicture, Rotation(90, size), size));
+    onOne("79 swirl", size, "opaque", Runs(cpu::SwirlPicture, SwirlOf(size), size));
+    onOne("81 tilt", size, "opaque", Tilts(size));
+    onOne("81 tilt", size, "mixed", Tilts(size));
+    const Size layer = {size.width / 2, size.height / 2};
+    for (const char* alpha : {"opaque", "mixed"}) {
+      table.lines.push_back({"96 layer scaled", size.name() + " " + alpha, size.pixels(),
+                             &Pixels(layer, alpha), &Pixels(size, "soft"), true,
+                             ScaledLayers(size, layer)});
+    }
+  }
+  add("67 rotate by 15, all processors", kHd, "opaque",
+      Runs(cpu::RotatePicture, Rotation(kAngle, kHd), kHd));
+  add("79 swirl, all processors", kHd, "opaque", Runs(cpu::SwirlPicture, SwirlOf(kHd), kHd));
+  add("81 tilt, all processors", kHd, "opaque", Runs(cpu::TiltPicture, Yaw(kYaw, kHd), kHd));
+  return table;
+}
+
+}  // namespace pictavo::bench
