@@ -105,12 +105,15 @@ inline V HighHalves64(V a, V b) {
   return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0xDD))};
 }
 
-/// One pixel at each of so many places, which are bytes from p, and the pixels right of them.
+/// One pixel at each of so many places, bytes from p and not negative, and the pixels right of
+/// them.
 struct PixelPairs {
   V here, right;
 };
 inline PixelPairs LoadPairs(const u8* p, const i32* places) {
-  const auto pair = [=](int i) { return reinterpret_cast<const double*>(p + places[i]); };
+  const auto pair = [=](int i) {
+    return reinterpret_cast<const double*>(p + static_cast<u32>(places[i]));
+  };
   const auto two = [&](int i) {
     return V{_mm_castpd_si128(_mm_loadh_pd(_mm_load_sd(pair(i)), pair(i + 1)))};
   };

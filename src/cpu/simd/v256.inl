@@ -114,12 +114,12 @@ struct PixelPairs {
 /// spying on them.
 inline PixelPairs LoadPairs(const u8* p, const i32* places) {
   const auto pair = [=](int i) {
-    return _mm256_broadcast_sd(reinterpret_cast<const double*>(p + places[i]));
+    return _mm256_broadcast_sd(reinterpret_cast<const double*>(p + static_cast<u32>(places[i])));
   };
   const auto four = [&](int i) {  // 0, 1, 4 and 5 from i on
-    return _mm256_castpd_ps(
-        _mm256_blend_pd(_mm256_blend_pd(pair(i), pair(i + 1), 0b0010),
-                        _mm256_blend_pd(pair(i + 4), pair(i + 5), 0b1000), 0b1100));
+    return _mm256_castpd_ps(_mm256_blend_pd(_mm256_blend_pd(pair(i), pair(i + 1), 0b0010),
+                                            _mm256_blend_pd(pair(i + 4), pair(i + 5), 0b1000),
+                                            0b1100));
   };
   const __m256 a = four(0), b = four(2);
   return {{_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0x88))},
