@@ -1097,12 +1097,12 @@ struct IPictavo5 : IPictavo4 {
   /// The rectangle is left, top, right, bottom in pixels; what leaves the destination is cut off. A
   /// column x samples the source's at (x + 1/2 - left) * (source width / (right - left)) - 1/2,
   /// limited to 0 … source width - 1, in double precision, to the nearest 1/256, halves up; rows
-  /// likewise. The four pixels around that place make a pixel as PICTAVO_SAMPLE_BILINEAR weighs them.
-  /// Its alpha is then multiplied by the part of the destination's pixel that lies in the rectangle,
-  /// the product of its parts across and down, each in the nearest 1/256, and rounded to the
-  /// nearest, halves up. What comes out is blended by the record's mode, opacity and alphaMode; its
-  /// fractions are not read. To less than half its size a layer loses pixels: a filtered resizer
-  /// comes first. The levels give the same bytes; they change as those of slot 73.
+  /// likewise. The four pixels around that place make a pixel as PICTAVO_SAMPLE_BILINEAR weighs
+  /// them. Its alpha is then multiplied by the part of the destination's pixel that lies in the
+  /// rectangle, the product of its parts across and down, each in the nearest 1/256, and rounded to
+  /// the nearest, halves up. What comes out is blended by the record's mode, opacity and alphaMode;
+  /// its fractions are not read. To less than half its size a layer loses pixels: a filtered
+  /// resizer comes first. The levels give the same bytes; they change as those of slot 73.
   /// @return PICTAVO_S_OK, also when nothing of the rectangle lies in the destination, it has no
   /// area, or the opacity is 0; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture,
   /// pixels of other than 4 bytes, a pitch shorter than a row, a mode above 11, an opacity above

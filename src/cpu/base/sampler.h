@@ -50,8 +50,8 @@ inline void SamplePixel(u8* out, const std::array<const u8*, 4>& pixels, SampleP
   out[3] = static_cast<u8>(sums[3] >> 16);
 }
 
-/// To the nearest, where SamplePixel cuts. What comes out clear has no colour; at a pixel's own place
-/// it stays as it is.
+/// To the nearest, where SamplePixel cuts. What comes out clear has no colour; at a pixel's own
+/// place it stays as it is.
 inline void SampleRounded(u8* out, const std::array<const u8*, 4>& pixels, SamplePoint point) {
   if ((point.x | point.y) == 0) {
     std::memcpy(out, pixels[0], 4);
