@@ -65,6 +65,7 @@ Table Blends();
 Table Blurs();
 Table ChromaKeys();
 Table Conversions();
+Table Gaussians();
 Table Histograms();
 Table Layers();
 Table MotionBlurs();

@@ -22,6 +22,7 @@ const Bytes& HardPicture(const Size& size);
 
 // The families, each in its own file.
 Comparisons CompareChannels();
+Comparisons CompareGaussians();
 Comparisons CompareWarps();
 
 }  // namespace pictavo::bench

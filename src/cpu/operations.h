@@ -9,6 +9,8 @@
 #include "cpu/colour/convert.h"
 #include "cpu/drawing/draw.h"
 #include "cpu/filters/blur.h"
+#include "cpu/filters/gauss.h"
+#include "cpu/filters/matte.h"
 #include "cpu/filters/motion_blur.h"
 #include "cpu/geometry/border.h"
 #include "cpu/geometry/resize.h"

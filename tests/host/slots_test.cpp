@@ -101,6 +101,10 @@ Good GoodOf(const TiltParam*) {
   static constexpr TiltParam good = {4, 3, 30, 20, 10, 60, 1};
   return Of(good);
 }
+Good GoodOf(const MatteParam*) {
+  static constexpr MatteParam good = {0.1f, 0.9f, 1, 1};
+  return Of(good);
+}
 Good GoodOf(const ChromaKey*) {
   static constexpr ChromaKey good = {0, 255, 0, 0, 30, 20};
   return Of(good);

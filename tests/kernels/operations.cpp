@@ -127,6 +127,23 @@ u32 ScaledLayer(const Call& c) {
   return cpu::BlendLayerScaled(c.level, records.dst(), records.src(), &c.layer, rect);
 }
 
+u32 Matte(const Call& c) {
+  Records records(c);
+  const i32 choke = static_cast<i32>(c.words[0] % 4 == 1 ? c.words[1] % 140 : c.words[1] % 9 + 66);
+  const MatteParam param = {c.reals[0] / 2, 1 - c.reals[1] / 2, choke - 70, c.radius / 2};
+  return cpu::AdjustMatte(c.level, records.dst(), &param);
+}
+
+/// The matte is a picture, or a plane.
+template <i32 kBytes>
+u32 ApplyMatte(const Call& c) {
+  Records records(c);
+  ImageDesc matte = records.src() != nullptr ? *records.src() : ImageDesc{};
+  if (c.changeSrc == nullptr) matte.bytesPerPixel = kBytes;
+  return cpu::ApplyMatte(c.level, records.dst(), records.src() != nullptr ? &matte : nullptr,
+                         c.words[0] % 4);
+}
+
 /// The picture lies in the middle of the destination's bytes, with the border around it; where rows
 /// are tight, it may be one of bytes.
 template <auto kExtend>
@@ -335,11 +352,19 @@ const Operation kOperations[] = {
                                      reinterpret_cast<u32*>(c.dst), c.dstPitch);
      }},
     {"48 DrawRectOutline", kInPlace | kWholePitch, Outline},
+    {"49 SharpenPicture", kInPlace,
+     [](C c) {
+       return cpu::SharpenPicture(IN_PLACE, c.dstPitch, 1 + c.reals[0], 9 * c.reals[1], c.radius);
+     }},
     {"55 ResizeNearest32", kOwnSize | kWholePitch,
      [](C c) {
        return cpu::ResizeNearest32(c.level, reinterpret_cast<u32*>(c.dst), SIZE, c.dstPitch,
                                    reinterpret_cast<const u32*>(c.src), c.srcWidth, c.srcHeight,
                                    c.srcPitch);
+     }},
+    {"56 GaussianBlur", kInPlace,
+     [](C c) {
+       return cpu::GaussianBlur(IN_PLACE, c.dstPitch, c.radius, 9 * c.reals[0], c.words[0] % 3);
      }},
     {"57 ResizeBox16", kOwnSize, [](C c) { return cpu::ResizeBox16(c.level, SCALED); }},
     {"58 ResizeBilinear16KeepAlpha", kOwnSize,
@@ -352,7 +377,10 @@ const Operation kOperations[] = {
     {"74 BlendLayerSubpixel", 0, Layer<cpu::kLayerModes>},
     {"77 FillSolidColor", kInPlace,
      [](C c) { return cpu::FillSolidColor(IN_PLACE, c.dstPitch, c.colour); }},
+    {"78 AdjustMatte", kInPlace, Matte},
     {"79 SwirlPicture", kOwnSize, Swirl},
+    {"80 ApplyMatte", kMayAlias | kEachPixel, ApplyMatte<4>},
+    {"80 ApplyMatte, a plane", 0, ApplyMatte<1>, 0, 1},
     {"81 TiltPicture", kOwnSize, Tilt},
     {"82 ComputeMean", kPacked, Mean},
     {"86 ApplyChromaKey", kPacked | kMayAlias | kEachPixel, Key},

@@ -59,6 +59,13 @@ u32 CheckRecords(bool hold, const Images*... images) {
   return CheckWith(hold && plain, PictureIn(*images)...);
 }
 
+/// Whether no memory holds a picture of that size, which must be known before 64-bit products of
+/// its sides and some factors are taken.
+template <typename Byte>
+bool IsBeyondMemory(const PictureOf<Byte>& picture) {
+  return picture.width * picture.height > i64{1} << 40;
+}
+
 /// Whether two pictures whose rows hold what they should share a byte. Pictures side by side in one
 /// buffer share none.
 template <typename A, typename B>

@@ -1,0 +1,223 @@
+#include "cpu/filters/matte.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "cpu/base/builds.h"
+#include "cpu/base/picture.h"
+#include "cpu/base/scratch.h"
+#include "cpu/filters/gauss.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse41.h"
+#include "platform/parallel_rows.h"
+
+namespace pictavo::cpu {
+namespace {
+
+constexpr i32 kMostChoke = 64;
+
+// ---------------------------------------------------------------------------------------------
+// The rules.
+
+/// Alphas as a plane, or 255 less them.
+void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip) {
+  for (i64 x = 0; x < width; ++x) plane[x] = pixels[4 * x + 3] ^ flip;
+}
+void PutAlphas(u8* pixels, const u8* plane, i64 width, u8 flip) {
+  for (i64 x = 0; x < width; ++x) pixels[4 * x + 3] = plane[x] ^ flip;
+}
+/// The lesser of each two bytes. They may follow the destination at a distance in one row.
+void TakeLeast(u8* dst, const u8* a, const u8* b, i64 count) {
+  for (i64 i = 0; i < count; ++i) dst[i] = std::min(a[i], b[i]);
+}
+
+u32 LumaOf(const u8* pixel) {
+  return (54u * pixel[2] + 183u * pixel[1] + 19u * pixel[0] + 128) >> 8;
+}
+
+/// product / 255 of two bytes' product, to the nearest.
+u32 Over255(u32 product) { return (product + 128 + ((product + 128) >> 8)) >> 8; }
+
+template <u32 mode>
+void ApplyPixels(u8* dst, const u8* matte, i64 width) {
+  for (i64 x = 0; x < width; ++x, dst += 4, matte += 4) {
+    const u32 m = mode < PICTAVO_MATTE_LUMA ? matte[3] : LumaOf(matte);
+    dst[3] = static_cast<u8>(Over255(dst[3] * (mode % 2 != 0 ? 255 - m : m)));
+  }
+}
+template <u32 mode>
+void ApplyPlane(u8* dst, const u8* matte, i64 width) {
+  for (i64 x = 0; x < width; ++x, dst += 4)
+    dst[3] = static_cast<u8>(Over255(dst[3] * (mode % 2 != 0 ? 255u - matte[x] : matte[x])));
+}
+
+using ApplyRow = void(u8* dst, const u8* matte, i64 width);
+
+struct ChokeRows {
+  void (*takeAlphas)(u8* plane, const u8* pixels, i64 width, u8 flip);
+  void (*putAlphas)(u8* pixels, const u8* plane, i64 width, u8 flip);
+  void (*takeLeast)(u8* dst, const u8* a, const u8* b, i64 count);
+};
+constexpr ChokeRows kChokeRows = {TakeAlphas, PutAlphas, TakeLeast};
+/// By mode; then of planes.
+constexpr ApplyRow* kApplyRows[] = {ApplyPixels<0>, ApplyPixels<1>, ApplyPixels<2>, ApplyPixels<3>,
+                                    ApplyPlane<0>,  ApplyPlane<1>,  ApplyPlane<2>,  ApplyPlane<3>};
+
+}  // namespace
+
+#define KERNELS "cpu/filters/matte_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
+
+#define KERNELS "cpu/filters/matte_apply.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// The operations.
+
+struct Levels {
+  u8 alphas[256];
+  bool changes = false;
+
+  Levels(f32 black, f32 white) {
+    const double from = static_cast<double>(black), range = static_cast<double>(white) - from;
+    for (i32 a = 0; a < 256; ++a) {
+      const double t = std::clamp((a / 255.0 - from) / range, 0.0, 1.0);
+      alphas[a] = static_cast<u8>(255 * t + 0.5);
+      changes |= alphas[a] != a;
+    }
+  }
+};
+
+/// Levels and choke. The least of a window is that of two windows half as long, which overlap in
+/// the end. The greatest is the least of what is flipped.
+class Choke {
+ public:
+  Choke(const ChokeRows& rows, const Picture& picture, const Levels& levels, i32 choke)
+      : rows_(rows),
+        picture_(picture),
+        levels_(levels),
+        flip_(choke < 0 ? 255 : 0),
+        radius_(std::abs(choke)) {}
+
+  u32 Run() {
+    const i64 bands = (picture_.height + kBandRows - 1) / kBandRows, cost = picture_.width / 2;
+    Scratch scratch((picture_.height + bands * BlockRows()) * Pitch());
+    if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
+    plane_ = scratch.data();
+    blocks_ = plane_ + picture_.height * Pitch();
+    ParallelRows(static_cast<int>(picture_.height), cost, [this](int y) { TakeRow(y); });
+    ParallelRows(static_cast<int>(bands), cost * kBandRows, [this](int band) { PutBand(band); });
+    return PICTAVO_S_OK;
+  }
+
+ private:
+  static constexpr i64 kBandRows = 32;
+
+  i64 WindowSize() const { return 2 * radius_ + 1; }
+  i64 BlockRows() const { return kBandRows + WindowSize() - 1; }
+  /// Of rows with room for the windows of both their ends.
+  i64 Pitch() const { return (picture_.width + WindowSize() + 63) / 64 * 64; }
+  u8* PlaneRow(i64 y) const { return plane_ + y * Pitch(); }
+
+  /// Calls widen(by) until windows of one are whole: each becomes the least of itself and of the
+  /// one so far behind it.
+  template <typename Widen>
+  void WidenWindows(Widen widen) const {
+    i64 size = 1;
+    for (; 2 * size <= WindowSize(); size *= 2) widen(size);
+    if (size < WindowSize()) widen(WindowSize() - size);
+  }
+
+  /// Puts a row's alphas into the plane, and of these the least along the row.
+  void TakeRow(i64 y) const {
+    u8 *const row = PlaneRow(y), *const alphas = row + radius_;
+    std::memset(row, 255, static_cast<size_t>(Pitch()));
+    rows_.takeAlphas(alphas, picture_.Row(y), picture_.width, levels_.changes ? 0 : flip_);
+    for (i64 x = 0; levels_.changes && x < picture_.width; ++x)
+      alphas[x] = levels_.alphas[alphas[x]] ^ flip_;
+    WidenWindows([&](i64 by) { rows_.takeLeast(row, row, row + by, Pitch() - by); });
+  }
+
+  /// Does the same down the columns of some rows, and puts their alphas into the picture.
+  void PutBand(i64 band) const {
+    const i64 top = band * kBandRows, width = picture_.width;
+    const i64 height = std::min(kBandRows, picture_.height - top);
+    u8* const block = blocks_ + band * BlockRows() * Pitch();
+    i64 rows = height + WindowSize() - 1;
+    const auto blockRow = [&](i64 y) { return block + y * Pitch(); };
+    const auto planeRow = [&](i64 y) {
+      return PlaneRow(std::clamp<i64>(top + y - radius_, 0, picture_.height - 1));
+    };
+    bool inPlane = true;
+    WidenWindows([&](i64 by) {
+      rows -= by;
+      for (i64 y = 0; y < rows; ++y) {
+        const u8* const a = inPlane ? planeRow(y) : blockRow(y);
+        const u8* const b = inPlane ? planeRow(y + by) : blockRow(y + by);
+        rows_.takeLeast(blockRow(y), a, b, width);
+      }
+      inPlane = false;
+    });
+    for (i64 y = 0; y < height; ++y)
+      rows_.putAlphas(picture_.Row(top + y), inPlane ? planeRow(y) : blockRow(y), width, flip_);
+  }
+
+  const ChokeRows& rows_;
+  const Picture picture_;
+  const Levels& levels_;
+  const u8 flip_;
+  const i64 radius_;
+  u8 *plane_ = nullptr, *blocks_ = nullptr;
+};
+
+bool Hold(const MatteParam& param) {
+  return param.black >= 0 && param.black < param.white && param.white <= 1 &&
+         param.choke >= -kMostChoke && param.choke <= kMostChoke && param.feather >= 0 &&
+         param.feather <= gauss::kMostSigma;
+}
+
+}  // namespace
+
+u32 AdjustMatte(i32 level, ImageDesc* picture, const MatteParam* param) noexcept {
+  if (param == nullptr) return PICTAVO_E_POINTER;
+  const u32 code = CheckRecords(Hold(*param), picture);
+  if (code != PICTAVO_S_OK) return code;
+  const Picture pixels = PictureIn(*picture);
+  if (IsBeyondMemory(pixels)) return PICTAVO_E_OUTOFMEMORY;
+  static constexpr Builds<const ChokeRows*> kBuilds = {
+      .portable = &kChokeRows, .sse41 = &sse41::kChokeRows, .avx2 = &avx2::kChokeRows};
+  const Levels levels(param->black, param->white);
+  const auto choke = [&]() -> u32 {
+    if (!levels.changes && param->choke == 0) return PICTAVO_S_OK;
+    return Choke(*kBuilds.For(level), pixels, levels, param->choke).Run();
+  };
+  if (param->feather == 0) return choke();
+  return gauss::BlurAlphaAfter(choke, level, pixels, param->feather);
+}
+
+u32 ApplyMatte(i32 level, ImageDesc* picture, const ImageDesc* matte, u32 mode) noexcept {
+  if (picture == nullptr || matte == nullptr) return PICTAVO_E_POINTER;
+  const Picture to = PictureIn(*picture);
+  const Picture from = PictureIn(*matte);
+  const bool ofBytes = from.pixelBytes == 1;
+  const bool hold = !IsTexture(*picture) && !IsTexture(*matte) && to.pixelBytes == 4 &&
+                    (ofBytes || from.pixelBytes == 4) && to.width == from.width &&
+                    to.height == from.height && mode <= PICTAVO_MATTE_INVERTED_LUMA;
+  const u32 code = CheckWith(hold, to, from);
+  if (code != PICTAVO_S_OK) return code;
+  const bool isSame = to.pixels == from.pixels && to.pitch == from.pitch && !ofBytes;
+  if (!isSame && ShareBytes(to, from)) return PICTAVO_E_INVALIDARG;
+  static constexpr Builds<ApplyRow* const*> kBuilds = {.portable = kApplyRows,
+                                                       .sse41 = sse41::kApplyRows};
+  const Source source = {from.pixels, from.width, from.height, from.pitch, from.pixelBytes};
+  ForRows(to, source, kBuilds.For(level)[mode + (ofBytes ? 4 : 0)]);
+  return PICTAVO_S_OK;
+}
+
+}  // namespace pictavo::cpu
