@@ -107,20 +107,18 @@ class Choke {
 
   u32 Run() {
     const i64 bands = (picture_.height + kBandRows - 1) / kBandRows, cost = picture_.width / 2;
-    Scratch scratch((picture_.height + bands * BlockRows()) * Pitch());
+    Scratch scratch(picture_.height * Pitch());
     if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
     plane_ = scratch.data();
-    blocks_ = plane_ + picture_.height * Pitch();
     ParallelRows(static_cast<int>(picture_.height), cost, [this](int y) { TakeRow(y); });
     ParallelRows(static_cast<int>(bands), cost * kBandRows, [this](int band) { PutBand(band); });
     return PICTAVO_S_OK;
   }
 
  private:
-  static constexpr i64 kBandRows = 32;
+  static constexpr i64 kBandRows = 32, kTileColumns = 64;
 
   i64 WindowSize() const { return 2 * radius_ + 1; }
-  i64 BlockRows() const { return kBandRows + WindowSize() - 1; }
   /// Of rows with room for the windows of both their ends.
   i64 Pitch() const { return (picture_.width + WindowSize() + 63) / 64 * 64; }
   u8* PlaneRow(i64 y) const { return plane_ + y * Pitch(); }
@@ -146,26 +144,27 @@ class Choke {
 
   /// Does the same down the columns of some rows, and puts their alphas into the picture.
   void PutBand(i64 band) const {
-    const i64 top = band * kBandRows, width = picture_.width;
+    for (i64 x = 0; x < picture_.width; x += kTileColumns) PutTile(band * kBandRows, x);
+  }
+
+  void PutTile(i64 top, i64 left) const {
+    alignas(64) u8 tile[(kBandRows + 2 * kMostChoke) * kTileColumns];
+    const i64 width = std::min(kTileColumns, picture_.width - left);
     const i64 height = std::min(kBandRows, picture_.height - top);
-    u8* const block = blocks_ + band * BlockRows() * Pitch();
     i64 rows = height + WindowSize() - 1;
-    const auto blockRow = [&](i64 y) { return block + y * Pitch(); };
-    const auto planeRow = [&](i64 y) {
-      return PlaneRow(std::clamp<i64>(top + y - radius_, 0, picture_.height - 1));
-    };
-    bool inPlane = true;
+    const u8* from[kBandRows + 2 * kMostChoke];
+    for (i64 y = 0; y < rows; ++y)
+      from[y] = PlaneRow(std::clamp<i64>(top + y - radius_, 0, picture_.height - 1)) + left;
     WidenWindows([&](i64 by) {
       rows -= by;
       for (i64 y = 0; y < rows; ++y) {
-        const u8* const a = inPlane ? planeRow(y) : blockRow(y);
-        const u8* const b = inPlane ? planeRow(y + by) : blockRow(y + by);
-        rows_.takeLeast(blockRow(y), a, b, width);
+        u8* const to = tile + y * kTileColumns;
+        rows_.takeLeast(to, from[y], from[y + by], width);
+        from[y] = to;
       }
-      inPlane = false;
     });
     for (i64 y = 0; y < height; ++y)
-      rows_.putAlphas(picture_.Row(top + y), inPlane ? planeRow(y) : blockRow(y), width, flip_);
+      rows_.putAlphas(picture_.Row(top + y) + 4 * left, from[y], width, flip_);
   }
 
   const ChokeRows& rows_;
@@ -173,7 +172,7 @@ class Choke {
   const Levels& levels_;
   const u8 flip_;
   const i64 radius_;
-  u8 *plane_ = nullptr, *blocks_ = nullptr;
+  u8* plane_ = nullptr;
 };
 
 bool Hold(const MatteParam& param) {
