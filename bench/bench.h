@@ -64,12 +64,19 @@ const Bytes& Samples(const Size& size, i32 pixelBytes);
 Table Blends();
 Table Blurs();
 Table ChromaKeys();
+Table ColourTables();
 Table Conversions();
+Table FilteredResizing();
+Table Flips();
+Table Frames();
 Table Gaussians();
+Table Gradings();
 Table Histograms();
 Table Layers();
 Table MotionBlurs();
+Table Rectangles();
 Table Resizing();
+Table Transitions();
 Table Warps();
 
 }  // namespace pictavo::bench

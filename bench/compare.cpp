@@ -88,7 +88,8 @@ int main() {
   using namespace pictavo::bench;
   std::printf("%-28s %-34s %-22s %8s %8s %8s\n", "", "", "", "largest", "mean", "PSNR");
   bool explained = true;
-  for (const auto compare : {CompareChannels, CompareGaussians, CompareWarps})
+  for (const auto compare : {CompareChannels, CompareFrames, CompareGaussians, CompareGrading,
+                             CompareRectangles, CompareResizing, CompareTransitions, CompareWarps})
     for (const Comparison& comparison : compare()) explained &= Print(comparison);
   return explained ? 0 : 1;
 }

@@ -22,7 +22,12 @@ const Bytes& HardPicture(const Size& size);
 
 // The families, each in its own file.
 Comparisons CompareChannels();
+Comparisons CompareFrames();
 Comparisons CompareGaussians();
+Comparisons CompareGrading();
+Comparisons CompareRectangles();
+Comparisons CompareResizing();
+Comparisons CompareTransitions();
 Comparisons CompareWarps();
 
 }  // namespace pictavo::bench

@@ -121,7 +121,7 @@ const Conversion kConversions[] = {
        cpu::ExpandPlane(level, s, w, h, w, d, w * 4);
      },
      ExpandJ400,
-     0b011,
+     0b111,
      1},
 };
 

@@ -192,9 +192,10 @@ class Printer : public benchmark::BenchmarkReporter {
 };
 
 int Main(int argc, char** argv) {
-  const std::vector<Table> tables = {Blends(),    Blurs(),      ChromaKeys(), Conversions(),
-                                     Gaussians(), Histograms(), Layers(),     MotionBlurs(),
-                                     Resizing(),  Warps()};
+  const std::vector<Table> tables = {
+      Blends(),      Blurs(),      ChromaKeys(), ColourTables(), Conversions(), FilteredResizing(),
+      Flips(),       Frames(),     Gaussians(),  Gradings(),     Histograms(),  Layers(),
+      MotionBlurs(), Rectangles(), Resizing(),   Transitions(),  Warps()};
   std::vector<char*> arguments(argv, argv + argc);
   RegisterAll(tables, std::regex(TakeFilter(&arguments)));
   char repetitions[] = "--benchmark_repetitions=7",

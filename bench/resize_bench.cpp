@@ -74,6 +74,12 @@ const Operation kOperations[] = {
      [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
        return cpu::ResizeBilinear16KeepAlpha(level, d, dw, dh, dp, s, sw, sh, sp, 1);
      }},
+    {"62 nearest, in a rectangle", Filter::kNearest, "opaque",
+     [](i32 level, u8* d, i32 dw, i32 dh, i32 dp, const u8* s, i32 sw, i32 sh, i32 sp) {
+       const i32 rect[] = {1, 0, dw, dh};
+       return cpu::ResizeNearestInRect(level, reinterpret_cast<u32*>(d), dw, dh, dp,
+                                       reinterpret_cast<const u32*>(s), sw, sh, sp, rect);
+     }},
 };
 
 #ifdef PICTAVO_BENCH_OPENCV

@@ -24,6 +24,7 @@ packages=(
 # What the benchmark compares with: scripts/setup.sh peers
 [ "${1-}" != peers ] || packages+=(
   libopencv-dev libyuv-dev libpixman-1-dev libswscale-dev libavfilter-dev libgegl-dev
+  libzimg-dev
 )
 
 missing=()

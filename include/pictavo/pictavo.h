@@ -62,6 +62,7 @@ struct ID3D11Texture2D;
 namespace pictavo {
 
 using u8 = uint8_t;    ///< a byte
+using u16 = uint16_t;  ///< a colour in a table
 using i32 = int32_t;   ///< a size, a coordinate or a number
 using u32 = uint32_t;  ///< a result code, a colour or a count
 using i64 = int64_t;   ///< a number that needs 64 bits
@@ -104,6 +105,53 @@ inline constexpr u32 PICTAVO_RANGE_FULL = 1;     ///< 0 … 255; 256 hues to a t
 inline constexpr u32 PICTAVO_RANGE_DEGREES = 2;  ///< single colours with a hue: 360 to a turn
 /// @}
 
+/// @name Frames
+/// Packed frames as decoders and capture cards deliver them: slots 54 and 93. Rows follow each
+/// other without gaps. With a width w and a height h, w2 and h2 are half of these, rounded up;
+/// sizes are in bytes. U and V of 2 x 2 pixels are one sample (2 x 1 in YUY2 and UYVY), at odd
+/// sizes also of the last ones alone.
+/// @{
+inline constexpr u32 PICTAVO_FRAME_NV12 = 0;   ///< Y: w h; then pairs U, V: 2 w2 h2
+inline constexpr u32 PICTAVO_FRAME_I420 = 1;   ///< Y: w h; then U: w2 h2; then V: w2 h2
+inline constexpr u32 PICTAVO_FRAME_YV12 = 2;   ///< Y: w h; then V: w2 h2; then U: w2 h2
+inline constexpr u32 PICTAVO_FRAME_YUY2 = 3;   ///< Y, U, Y, V for two pixels: 4 w2 h
+inline constexpr u32 PICTAVO_FRAME_UYVY = 4;   ///< U, Y, V, Y for two pixels: 4 w2 h
+inline constexpr u32 PICTAVO_FRAME_P010 = 5;   ///< as NV12 in 16-bit words, little-endian, of which
+                                               ///< the upper 10 bits count: 2 w h, then 4 w2 h2
+inline constexpr u32 PICTAVO_FRAME_BGR24 = 6;  ///< B, G, R: 3 w h
+inline constexpr u32 PICTAVO_FRAME_RGB24 = 7;  ///< R, G, B: 3 w h
+inline constexpr u32 PICTAVO_FRAME_RGBA32 = 8;  ///< R, G, B, A: 4 w h
+
+/// What slots 54 and 93 take as `format`: a PICTAVO_FRAME_, and for those with YUV a
+/// PICTAVO_MATRIX_ and limited or full; 0 and 0 for the others.
+constexpr u32 FrameFormat(u32 layout, u32 matrix, u32 range) {
+  return layout | matrix << 8 | range << 16;
+}
+
+/// The bytes of a frame, for sizes that are not negative; 0 for a layout that is none.
+constexpr i64 FrameBytes(u32 layout, i32 width, i32 height) {
+  const i64 w = width, h = height, w2 = (w + 1) / 2, h2 = (h + 1) / 2;
+  switch (layout) {
+    case PICTAVO_FRAME_NV12:
+    case PICTAVO_FRAME_I420:
+    case PICTAVO_FRAME_YV12:
+      return w * h + 2 * w2 * h2;
+    case PICTAVO_FRAME_YUY2:
+    case PICTAVO_FRAME_UYVY:
+      return 4 * w2 * h;
+    case PICTAVO_FRAME_P010:
+      return 2 * w * h + 4 * w2 * h2;
+    case PICTAVO_FRAME_BGR24:
+    case PICTAVO_FRAME_RGB24:
+      return 3 * w * h;
+    case PICTAVO_FRAME_RGBA32:
+      return 4 * w * h;
+    default:
+      return 0;
+  }
+}
+/// @}
+
 /// @name Sampling
 /// How slots 67, 79 and 81 take a pixel from a place between the source's pixels.
 ///
@@ -136,6 +184,14 @@ inline constexpr u32 PICTAVO_MATTE_ALPHA = 0;           ///< its alpha
 inline constexpr u32 PICTAVO_MATTE_INVERTED_ALPHA = 1;  ///< 255 - its alpha
 inline constexpr u32 PICTAVO_MATTE_LUMA = 2;            ///< its luma
 inline constexpr u32 PICTAVO_MATTE_INVERTED_LUMA = 3;   ///< 255 - its luma
+/// @name Resizing filters
+/// What ResizeParam::filter names, from soft to sharp. Each is as wide as said on either side of a
+/// pixel's centre, in pixels of the coarser picture.
+/// @{
+inline constexpr u32 PICTAVO_FILTER_TRIANGLE = 0;     ///< 1: linear between pixels
+inline constexpr u32 PICTAVO_FILTER_CATMULL_ROM = 1;  ///< 2: the cubic with B = 0, C = 1/2
+inline constexpr u32 PICTAVO_FILTER_MITCHELL = 2;     ///< 2: the cubic with B = C = 1/3
+inline constexpr u32 PICTAVO_FILTER_LANCZOS = 3;      ///< 3: sinc(x) sinc(x / 3)
 /// @}
 
 /// Value of ImageDesc::memoryKind for a picture that is a Direct3D 11 texture.
@@ -185,6 +241,16 @@ struct BlendParam {
   f32 fractionY;  ///< sub-pixel modes: how far below the pixel the source is sampled, 0 … 1
 };
 static_assert(sizeof(BlendParam) == 20, "BlendParam is 20 bytes");
+
+/// How ResizeFiltered and ResizeFilteredRegion resize.
+struct ResizeParam {
+  u32 filter;       ///< PICTAVO_FILTER_…
+  u32 alphaMode;    ///< 0 four channels alike, 1 colours weighted by alpha
+  u32 reserved[2];  ///< 0
+};
+static_assert(sizeof(ResizeParam) == 16, "ResizeParam is 16 bytes");
+static_assert(offsetof(ResizeParam, alphaMode) == 4 && offsetof(ResizeParam, reserved) == 8,
+              "the order of ResizeParam's fields is part of the contract");
 
 /// How RotatePicture turns: about a point that comes to lie where the host wants it. Lengths are
 /// pixels from the pictures' top left corners, so that the centre of the first pixel is 0.5.
@@ -258,6 +324,89 @@ struct ChromaKey {
   i32 denoise;  ///< chroma distance that becomes fully clear; for a near-grey key a tolerance
 };
 static_assert(sizeof(ChromaKey) == 12, "ChromaKey is 12 bytes");
+
+/// Levels of AdjustLevels. 1 stands for a byte of 255.
+struct LevelsParam {
+  f32 blackIn;   ///< what becomes blackOut, with all below: 0 … 1, less than whiteIn
+  f32 whiteIn;   ///< what becomes whiteOut, with all above: 0 … 1
+  f32 gamma;     ///< of what lies between, above 1 brightens: 0.01 … 100
+  f32 blackOut;  ///< 0 … 1
+  f32 whiteOut;  ///< 0 … 1; less than blackOut turns the picture into its negative
+};
+static_assert(sizeof(LevelsParam) == 20, "LevelsParam is 20 bytes");
+
+/// What AdjustColor does; in brackets what changes nothing.
+struct ColorParam {
+  f32 brightness;   ///< added to every colour, 1 for a byte of 255: -1 … 1 (0)
+  f32 contrast;     ///< factor of the distance from mid grey: 0 … 4 (1)
+  f32 saturation;   ///< factor of the distance from grey: 0 … 4 (1)
+  f32 hue;          ///< degrees that colours turn from red towards green: finite (0)
+  f32 temperature;  ///< towards blue (-1) or towards orange (1) (0)
+  f32 tint;         ///< towards green (-1) or towards magenta (1) (0)
+};
+static_assert(sizeof(ColorParam) == 24, "ColorParam is 24 bytes");
+
+/// A table of colours between whose entries ApplyColorLut interpolates. Table and record stay the
+/// host's.
+struct ColorLutParam {
+  u32 size;            ///< entries along each side of the cube: 2 … 65
+  u32 intensity;       ///< weight of the table's colour over 256, beside the pixel's own: 0 … 256
+  const u16* entries;  ///< size^3 times blue, green, red and a number that does not count; 65535
+                       ///< is a byte of 255. The entry of red r, green g and blue b is number
+                       ///< (b * size + g) * size + r
+};
+static_assert(sizeof(ColorLutParam) == 16, "ColorLutParam is 16 bytes");
+/// @name Transitions
+/// Values of TransitionParam::mode.
+/// @{
+inline constexpr u32 PICTAVO_TRANSITION_FADE = 0;      ///< one picture fades into the other
+inline constexpr u32 PICTAVO_TRANSITION_DIP = 1;       ///< … into a colour, then out of it
+inline constexpr u32 PICTAVO_TRANSITION_WIPE = 2;      ///< a straight edge crosses the picture
+inline constexpr u32 PICTAVO_TRANSITION_IRIS = 3;      ///< a circle opens from the centre
+inline constexpr u32 PICTAVO_TRANSITION_CLOCK = 4;     ///< a hand goes round the centre
+inline constexpr u32 PICTAVO_TRANSITION_BLINDS = 5;    ///< eight wipes side by side
+inline constexpr u32 PICTAVO_TRANSITION_DISSOLVE = 6;  ///< single pixels change, as by chance
+inline constexpr u32 PICTAVO_TRANSITION_PUSH = 7;      ///< one picture pushes the other out
+/// @}
+
+/// How ApplyTransition goes from one picture to another.
+struct TransitionParam {
+  u32 mode;      ///< PICTAVO_TRANSITION_…
+  f32 progress;  ///< 0 … 1: 0 is the first picture to the byte, 1 the second
+  f32 softness;  ///< 0 … 1: the width of the edge, as a part of its way; 0 is a hard one
+  f32 angle;     ///< degrees, clockwise: where a wipe, blinds or a push move to, 0 to the right;
+                 ///< where the clock's hand starts, 0 at the top
+  u32 colour;    ///< 0xAARRGGBB: what a dip goes through
+};
+static_assert(sizeof(TransitionParam) == 20, "TransitionParam is 20 bytes");
+
+/// The weights of ConvolvePicture.
+struct ConvolveParam {
+  u32 size;         ///< 3 or 5: rows and columns of weights
+  i32 shift;        ///< 0 … 15: bits by which sums are divided
+  i32 bias;         ///< added afterwards
+  u32 withAlpha;    ///< non-zero: alpha is filtered like a colour; 0: it is copied
+  i32 weights[25];  ///< -128 … 127, row by row; a size of 3 uses the first nine
+};
+static_assert(sizeof(ConvolveParam) == 116, "ConvolveParam is 116 bytes");
+
+/// A rectangle around pixels; all 0 when there are none.
+struct PixelBounds {
+  i32 left;    ///< first column
+  i32 top;     ///< first row
+  i32 right;   ///< the column after the last
+  i32 bottom;  ///< the row after the last
+};
+static_assert(sizeof(PixelBounds) == 16, "PixelBounds is 16 bytes");
+
+/// @name Measures
+/// What MeasurePicture tells of a picture.
+/// @{
+inline constexpr u32 PICTAVO_MEASURE_MEAN = 0;       ///< the mean
+inline constexpr u32 PICTAVO_MEASURE_DEVIATION = 1;  ///< the standard deviation
+inline constexpr u32 PICTAVO_MEASURE_SHARPNESS = 2;  ///< the variance of the Laplacian
+inline constexpr u32 PICTAVO_MEASURE_NOISE = 3;      ///< a robust estimate of the noise
+                                                     /// @}
 
 /// A picture of the host's for the OpenCL methods and slots 97 and 101. The host implements it; the
 /// library only calls it, from the thread of the call that it was given to, and keeps neither it
@@ -724,17 +873,72 @@ struct IPictavo2 : IPictavo {
   virtual u32 SharpenPicture(u8* buffer, i32 width, i32 height, i32 pitch, f32 amount,
                              f32 threshold, f32 radius) noexcept = 0;
 
-  /// Slot 50.
-  virtual u32 Reserved50(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
-                         i32 dstPitch) noexcept = 0;
+  /// Slot 50. YUVA, bytes V, U, Y, A, to BGRA by the rule of slot 15: the way back from slot 20.
+  /// Alpha is copied. src may be dst, with the same pitch. All builds give the same bytes; they
+  /// change at level 3.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when src or dst is null; PICTAVO_E_INVALIDARG for a
+  /// pitch shorter than a row of pixels; PICTAVO_S_FALSE for a width or height below 1
+  virtual u32 ConvertYUVAToBGRA(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                i32 dstPitch) noexcept = 0;
 
-  virtual u32 Reserved51() noexcept = 0;  ///< Slot 51. A rectangle operation.
-  virtual u32 Reserved52() noexcept = 0;  ///< Slot 52. A rectangle operation, float coordinates.
-  virtual u32 Reserved53() noexcept = 0;  ///< Slot 53. A filter with float parameters.
+  /// Slot 51. Writes a colour over a rectangle, cut to the picture. The build changes at level 3.
+  /// @param rect left, top, right, bottom in pixels, the last two beyond the last pixel; any
+  /// numbers
+  /// @param colour 0xAARRGGBB
+  /// @return PICTAVO_S_OK, also where the rectangle misses the picture; PICTAVO_E_POINTER when
+  /// buffer or rect is null; PICTAVO_E_INVALIDARG when the pitch is shorter than a row;
+  /// PICTAVO_S_FALSE for an empty picture
+  virtual u32 FillRectangle(u8* buffer, i32 width, i32 height, i32 pitch, const i32 rect[4],
+                            u32 colour) noexcept = 0;
 
-  /// Slot 54.
-  virtual u32 Reserved54(const u8* src, i32 width, i32 height, u8* dst, i32 option,
-                         u32 flags) noexcept = 0;
+  /// Slot 52. Lays a colour over a rectangle between pixels, cut to the picture. Its edges are
+  /// taken to the nearest 1/256 of a pixel, halves up, so that rectangles with a common edge cover
+  /// each pixel once. A pixel covered by cx / 256 across and cy / 256 down has the coverage c = (cx
+  /// * cy
+  /// + 128) >> 8; where c > 0 the colour is laid over it by slot 73's normal mode with the opacity
+  /// c - 1 and alphaMode 2. The builds change with slot 73's.
+  /// @param left the rectangle's left edge in pixels, 0 being the picture's; infinite ones too
+  /// @param top its upper edge
+  /// @param right its right edge; nothing is covered when it is not right of the left one
+  /// @param bottom its lower edge
+  /// @param colour 0xAARRGGBB
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer is null; PICTAVO_E_INVALIDARG when an edge
+  /// is not a number or the pitch is shorter than a row; PICTAVO_S_FALSE for an empty picture
+  virtual u32 FillRectangleSmooth(u8* buffer, i32 width, i32 height, i32 pitch, f32 left, f32 top,
+                                  f32 right, f32 bottom, u32 colour) noexcept = 0;
+
+  /// Slot 53. Levels: maps the bytes of some channels along a curve, in place. With everything in
+  /// double precision, a byte v becomes
+  ///
+  ///     t = (v - 255 * blackIn) / (255 * (whiteIn - blackIn)), kept within 0 … 1
+  ///     255 * (blackOut + t^(1 / gamma) * (whiteOut - blackOut))
+  ///
+  /// rounded to the nearest integer, halves up; what falls short of a half by less than 1e-9 counts
+  /// as one, so that the rounding of doubles does not show. The power has the same digits on every
+  /// system. All builds give the same bytes; they change at level 8.
+  /// @param channels bit 0 blue, 1 green, 2 red, 3 alpha; 0 changes nothing
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer or param is null; PICTAVO_E_INVALIDARG for
+  /// other bits in channels, a parameter outside its range or not a number, or a pitch shorter than
+  /// a row; PICTAVO_S_FALSE for an empty picture
+  virtual u32 AdjustLevels(u8* buffer, i32 width, i32 height, i32 pitch, u32 channels,
+                           const LevelsParam* param) noexcept = 0;
+
+  /// Slot 54. Makes pixels of a packed frame, which `format` describes (FrameFormat).
+  ///
+  /// A YUV frame's pixel is the exact conversion of its Y and the U and V that it shares, by slot
+  /// 89's formula: rounded once to the nearest integer, the lower of two equally near, and limited
+  /// to 0 … 255. P010 is converted from its 10 bits: limited, Y is 64 … 940, U and V 64 … 960
+  /// around 512; full, all are 0 … 1023. The lower six bits of its words are not looked at. Alpha
+  /// is 255 where the layout has none, and copied from RGBA32. Every build gives the same bytes;
+  /// rows of large frames are shared out to helping threads.
+  /// @param src     FrameBytes(layout, width, height) bytes
+  /// @param dst     rows of BGRA pixels, dstPitch bytes apart; shares no byte with src
+  /// @param format  nothing else may stand in it
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when src or dst is null; PICTAVO_E_INVALIDARG for a
+  /// format that is none, a pitch shorter than a row of pixels, or memory that is shared;
+  /// PICTAVO_S_FALSE for a width or height below 1
+  virtual u32 ConvertFrameToBGRA(const u8* src, i32 width, i32 height, u8* dst, i32 dstPitch,
+                                 u32 format) noexcept = 0;
 
   /// Slot 55. Resizes by taking the source pixel at the column (x * sx) >> 16 and row (y * sy) >>
   /// 16 for pixel (x, y), sx = (srcWidth << 16) / dstWidth and sy likewise: the upper left of those
@@ -772,12 +976,64 @@ struct IPictavo2 : IPictavo {
                                         const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
                                         i32 fullSize) noexcept = 0;
 
-  /// Slot 59.
-  virtual u32 Reserved59(void* first, void* second, u32 third, u32 fourth) noexcept = 0;
+  /// Slot 59. Sets the alpha of each pixel of a packed picture from a packed plane of bytes. All
+  /// builds give the same bytes; they change at levels 6 and 8.
+  /// @param plane width * height bytes; shares none with the picture
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for pictures that
+  /// share a byte or cannot lie in memory; PICTAVO_S_FALSE for an empty picture
+  virtual u32 SetAlphaPlane(u8* pixels, const u8* plane, u32 width, u32 height) noexcept = 0;
 
-  virtual u32 Reserved60() noexcept = 0;  ///< Slot 60. Scaling with a parameter block.
-  virtual u32 Reserved61() noexcept = 0;  ///< Slot 61. Scaling with a rectangle.
-  virtual u32 Reserved62() noexcept = 0;  ///< Slot 62. Nearest scaling inside a rectangle.
+  /// Slot 60. Resizes by a filter: centred, so that nothing moves, and without aliases, since the
+  /// filter widens with the ratio where it reduces. All builds give the same bytes; they change at
+  /// levels 5 and 8. Large pictures are shared out over threads.
+  ///
+  /// Across and down each by itself: with r = srcSize / dstSize and w = max(r, 1), destination
+  /// pixel i is the sum of the source pixels j, each times filter((j + 0.5 - (i + 0.5) r) / w),
+  /// divided by the sum of these factors. Beyond the edges, the pixels of the edge go on. A side
+  /// that keeps its size is not filtered (Mitchell would blur it), and a picture of the same size
+  /// is copied.
+  ///
+  /// - Each byte is within 1 of that real number, limited to 0 … 255, where no side shrinks to less
+  ///   than a sixteenth, and nearly always beyond. A picture of one colour keeps it.
+  /// - alphaMode 0: alpha is a channel like the others.
+  /// - alphaMode 1: alpha is that sum, A. Colours are the sum of alpha * colour divided by A,
+  ///   limited to 0 … 255, since the negative parts of a filter can lead beyond. Where the byte
+  ///   of A is 0, also for an A below 0, the pixel becomes four zeros. Opaque parts of a picture
+  ///   take no longer than in mode 0, and what is clear less.
+  ///
+  /// @param src    may have any size; shares no byte with dst
+  /// @param dst    the size to make
+  /// @param param  PICTAVO_FILTER_…, mode
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, pixels
+  /// of other than 4 bytes, a pitch shorter than its row, pictures that share a byte, another
+  /// filter or mode, and reserved words other than 0; PICTAVO_S_FALSE for an empty picture;
+  /// PICTAVO_E_OUTOFMEMORY
+  virtual u32 ResizeFiltered(const ImageDesc* src, ImageDesc* dst,
+                             const ResizeParam* param) noexcept = 0;
+
+  /// Slot 61. Resizes a rectangle of the source as ResizeFiltered the whole: destination pixel i
+  /// lies at left + (i + 0.5) r with r = (right - left) / dstWidth. The filter reads around the
+  /// rectangle; only the picture's own edges go on beyond them. So pans and zooms have no steps,
+  /// and parts made one by one join. Where the rectangle is as large as the destination and lies on
+  /// whole pixels, they are copied.
+  /// @param rect  left, top, right, bottom between the source's pixels: 0 <= left < right <= width,
+  ///              and so down; else PICTAVO_E_INVALIDARG
+  /// @return as slot 60; PICTAVO_E_POINTER for no rect
+  virtual u32 ResizeFilteredRegion(const ImageDesc* src, ImageDesc* dst, const f32 rect[4],
+                                   const ResizeParam* param) noexcept = 0;
+
+  /// Slot 62. Writes slot 55's pixels inside a rectangle of the destination only; the others stay.
+  /// All builds give the same bytes.
+  ///
+  /// Pitches in bytes, of which only whole pixels count. The pictures share no byte.
+  /// @param rect  left, top, right, bottom, the last two beyond its last pixel; cut to the
+  ///              destination
+  /// @return PICTAVO_S_OK, also where nothing of the rectangle is left; PICTAVO_E_POINTER for a
+  /// null; PICTAVO_E_INVALIDARG for a pitch shorter than its row, pictures that share a byte and a
+  /// source wider or higher than 32767; PICTAVO_S_FALSE when a size is below 1
+  virtual u32 ResizeNearestInRect(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
+                                  const u32* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
+                                  const i32 rect[4]) noexcept = 0;
 
  protected:
   ~IPictavo2() = default;
@@ -834,8 +1090,34 @@ struct IPictavo3 : IPictavo2 {
                                    const MotionBlurParam* param, i32* offsetX,
                                    i32* offsetY) noexcept = 0;
 
-  virtual u32 Reserved65() noexcept = 0;  ///< Slot 65. Image records and a mode.
-  virtual u32 Reserved66() noexcept = 0;  ///< Slot 66. Two image records and parameters.
+  /// Slot 65. Flips a picture, also in place: dst then is src, with the same pitch. All builds give
+  /// the same bytes; they change at levels 3 and 8.
+  /// @param mode  1 left to right, 2 top to bottom
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, pixels
+  /// of other than 4 bytes, a pitch shorter than its row, pictures of different sizes or that share
+  /// a byte without being the same, and another mode; PICTAVO_S_FALSE for an empty picture
+  virtual u32 FlipPicture(const ImageDesc* src, ImageDesc* dst, u32 mode) noexcept = 0;
+
+  /// Slot 66. Maps each colour by a table with three sides, between whose entries it interpolates
+  /// in tetrahedra. Alpha is copied.
+  ///
+  /// A byte v stands at v * (size - 1) / 255 along its side: the quotient is the cell, the
+  /// remainder f its distance from there in 255ths. With the largest, the middle and the least of
+  /// the three distances, f1 >= f2 >= f3, four entries count: the cell's with the weight 255 - f1,
+  /// the next one along f1's side with f1 - f2, the next from there along f2's side with f2 - f3,
+  /// and the one from there along f3's side, the cell's far corner, with f3. The sum of weights
+  /// times entries, divided by 255 * 257, is rounded to the nearest integer (there are no halves).
+  /// That byte l and the pixel's own byte c then become (l * intensity + c * (256 - intensity) +
+  /// 128) >> 8.
+  ///
+  /// Works in place. Shares the rows out over threads. All builds give the same bytes; they change
+  /// at levels 6 and 8.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a record, its data, param or its entries are
+  /// null; PICTAVO_E_INVALIDARG for a texture, pixels of other than 4 bytes, a pitch shorter than a
+  /// row, pictures of two sizes, or a size or intensity outside its range; PICTAVO_S_FALSE for
+  /// empty pictures
+  virtual u32 ApplyColorLut(const ImageDesc* src, ImageDesc* dst,
+                            const ColorLutParam* param) noexcept = 0;
 
   /// Slot 67. Turns and scales a picture into another one, of any size; the whole destination is
   /// written. The levels give the same bytes; they change at 6 and 8.
@@ -856,9 +1138,63 @@ struct IPictavo3 : IPictavo2 {
   virtual u32 RotatePicture(const ImageDesc* src, ImageDesc* dst,
                             const RotateParam* param) noexcept = 0;
 
-  virtual u32 Reserved68() noexcept = 0;  ///< Slot 68. A Direct3D operation.
-  virtual u32 Reserved69() noexcept = 0;  ///< Slot 69. A rectangle operation.
-  virtual u32 Reserved70() noexcept = 0;  ///< Slot 70. An operation with modes.
+  /// Slot 68. Turns a texture into another one by slot 67, on the processor: the source is read
+  /// back into a buffer of the memory manager, of its size and a clear rim of one pixel, and what
+  /// slot 67 makes of it is uploaded. So the call waits for the card.
+  ///
+  /// Textures as slot 108 takes them, but no planes, of any D3D11_BIND flags, the destination of
+  /// D3D11_USAGE_DEFAULT; the two may differ in the order of their channels. The context is the
+  /// immediate one; nothing that is bound to it is touched. The object keeps a texture of the
+  /// source's size for the next call, as slot 108 keeps its own.
+  /// @return as slots 67 and 108; PICTAVO_E_INVALIDARG also for a deferred context; PICTAVO_E_FAIL
+  /// also without the memory manager
+  virtual u32 RotateD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
+                        const ImageDesc* src, const RotateParam* param) noexcept = 0;
+
+  /// Slot 69. Turns a rectangle, cut to the picture, into square blocks from the upper left corner
+  /// of what is left of it; the last of a row or column may be smaller. Each pixel of a block
+  /// becomes the block's mean: of alpha, and of the colours weighted by alpha, both to the nearest,
+  /// halves up; four zeros where the mean alpha is 0. The build changes at level 8.
+  /// @param rect left, top, right, bottom in pixels, the last two beyond the last pixel; any
+  /// numbers
+  /// @param block side of a block in pixels, at least 1
+  /// @return PICTAVO_S_OK, also where the rectangle misses the picture; PICTAVO_E_POINTER when
+  /// buffer or rect is null; PICTAVO_E_INVALIDARG when block is 0 or the pitch is shorter than a
+  /// row; PICTAVO_S_FALSE for an empty picture
+  virtual u32 PixelateRegion(u8* buffer, i32 width, i32 height, i32 pitch, const i32 rect[4],
+                             u32 block) noexcept = 0;
+
+  /// Slot 70. A moment on the way from one picture to another.
+  ///
+  /// But for a push, each pixel is a mix by a weight w of 0 … 256, the second picture's: w = 0
+  /// gives the first one's pixel and w = 256 the second's to the byte; else alpha is (aF * (256 -
+  /// w) + aT * w + 128) >> 8 and each colour the mean by the weights aF * (256 - w) and aT * w, to
+  /// the nearest, halves up; four zeros where alpha is 0. Of opaque pixels that is the plain mix.
+  ///
+  /// - Fade: w is progress * 256, to the nearest, everywhere. So do both halves of a dip, from the
+  ///   first picture to the colour and from there to the second.
+  /// - Wipe, iris, clock, blinds and dissolve give each pixel's centre a place t of 0 … 1: how far
+  ///   it lies along the way of an edge from one corner, or side, of the picture to that opposite;
+  ///   its distance from the picture's centre by half the diagonal; its angle from the hand's start
+  ///   in turns; the fraction of eight times the wipe's place; a hash of its column and row, the
+  ///   same on every system. With u = (progress * (1 + softness) - t) / softness, a softness below
+  ///   1e-9 being that, limited to 0 … 1 and taken to q = trunc(1024 * u), w = (q * q * (3072 - 2 *
+  ///   q) + 2^21) >> 22. Places are worked out in single precision. No w falls while progress
+  ///   grows.
+  /// - Push: both pictures move by progress * width (or height) whole pixels, to the nearest, in
+  /// the
+  ///   direction of the quarter turn nearest to the angle; softness does not count.
+  ///
+  /// Progress 0 copies the first picture and 1 the second, in every mode. The builds change at
+  /// levels 6 and 8.
+  /// @param dst may be one of the two at the same place, but for a push
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a record, its data or param is null;
+  /// PICTAVO_E_INVALIDARG when the pictures differ in size, are textures or not of 4 bytes a pixel,
+  /// a pitch is shorter than its row, the mode is above 7, progress or softness is not in 0 … 1,
+  /// the angle is not a finite number, or dst shares a byte with a picture that pushes;
+  /// PICTAVO_S_FALSE for empty pictures; PICTAVO_E_OUTOFMEMORY
+  virtual u32 ApplyTransition(ImageDesc* dst, const ImageDesc* from, const ImageDesc* to,
+                              const TransitionParam* param) noexcept = 0;
 
   /// Slot 71. Grows a picture, in place, by a border on every side: each border pixel becomes the
   /// nearest pixel of the picture. `data` points at the picture, inside a buffer of bufferWidth x
@@ -875,7 +1211,18 @@ struct IPictavo3 : IPictavo2 {
   /// width with that border
   virtual u32 ExtendBoundary(const ImageDesc* image, u32 border) noexcept = 0;
 
-  virtual u32 Reserved72() noexcept = 0;  ///< Slot 72. A filter.
+  /// Slot 72. Filters a picture by 3 x 3 or 5 x 5 whole-number weights. Weight (row, column) counts
+  /// the pixel so far from the middle one, as it lies; pixels beyond an edge are those at the edge.
+  /// Each byte becomes the sum of its channel's products, ((sum + half) >> shift) + bias, limited
+  /// to 0 … 255, with half = 1 << (shift - 1), or 0 for a shift of 0, and an arithmetic shift;
+  /// alphas do not weigh colours. Rows of large pictures run in parallel. The builds change at
+  /// levels 6 and 8.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a record, its data or param is null;
+  /// PICTAVO_E_INVALIDARG when the pictures differ in size, share a byte, are textures or not of 4
+  /// bytes a pixel, a pitch is shorter than its row, or the size, the shift or a weight that counts
+  /// is outside its range; PICTAVO_S_FALSE for empty pictures
+  virtual u32 ConvolvePicture(const ImageDesc* src, ImageDesc* dst,
+                              const ConvolveParam* param) noexcept = 0;
 
  protected:
   ~IPictavo3() = default;
@@ -929,7 +1276,17 @@ struct IPictavo4 : IPictavo3 {
   virtual u32 BlendLayerSubpixel(ImageDesc* dst, const ImageDesc* src,
                                  const BlendParam* param) noexcept = 0;
 
-  virtual u32 Reserved75() noexcept = 0;  ///< Slot 75. Two image records and a rectangle.
+  /// Slot 75. Copies a rectangle of the source to the destination's upper left corner. The build
+  /// changes at level 8.
+  /// @param rect left, top, right, bottom in pixels of the source, the last two beyond the last
+  /// pixel
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a record, its data or rect is null;
+  /// PICTAVO_E_INVALIDARG when the rectangle leaves the source or, moved to the corner, the
+  /// destination, its right is left of its left or its bottom above its top, the pictures share a
+  /// byte, are textures or not of 4 bytes a pixel, or a pitch is shorter than its row;
+  /// PICTAVO_S_FALSE for an empty picture or rectangle
+  virtual u32 CopyRectangle(const ImageDesc* src, ImageDesc* dst, const i32 rect[4]) noexcept = 0;
+
   virtual u32 Reserved76() noexcept = 0;  ///< Slot 76.
 
   /// Slot 77. Fills a picture of 32-bit pixels with one colour.
@@ -1019,16 +1376,44 @@ struct IPictavo4 : IPictavo3 {
   /// a size is below 1
   virtual u32 ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept = 0;
 
-  /// Slot 83.
-  virtual u32 Reserved83(const f32* values, u32 count, u32* result) noexcept = 0;
+  /// Slot 83. The index that separates a histogram best (Otsu's): the variance between the values
+  /// up to and with it and those above it is the greatest; of several such, the first; where a
+  /// single index has a value, that one. In double precision.
+  /// @param values what each index counts, of any scale
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when values or index is null; PICTAVO_E_INVALIDARG
+  /// when a value is negative, infinite or not a number, and when there is none above 0
+  virtual u32 FindThreshold(const f32* values, u32 count, u32* index) noexcept = 0;
 
-  /// Slot 84.
-  virtual u32 Reserved84(const u8* buffer, i32 width, i32 height, i32 pitch, i32 option, u32 flags,
-                         f32* result) noexcept = 0;
+  /// Slot 84. A measure of one channel, from exact sums: the same on every system.
+  ///
+  /// - Mean, and standard deviation from it, of all pixels.
+  /// - Sharpness: the variance of 4 * v less the four neighbours' values; those beyond an edge have
+  ///   the value at the edge.
+  /// - Noise: the median of the absolute differences between neighbours in a row (of two in the
+  ///   middle, their mean), times 1.4826 / sqrt(2): noise's standard deviation where the picture
+  ///   itself is smooth. 0 for a picture one pixel wide.
+  ///
+  /// The builds of all but noise change at levels 3 and 8.
+  /// @param channel 0 … 3 for blue, green, red, alpha; -1 for the nearest luma, (19 * blue + 183 *
+  /// green + 54 * red + 128) >> 8
+  /// @param measure PICTAVO_MEASURE_…
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer or result is null; PICTAVO_E_INVALIDARG
+  /// for another channel or measure and a pitch shorter than a row; PICTAVO_S_FALSE for an empty
+  /// picture
+  virtual u32 MeasurePicture(const u8* buffer, i32 width, i32 height, i32 pitch, i32 channel,
+                             u32 measure, f32* result) noexcept = 0;
 
-  /// Slot 85.
-  virtual u32 Reserved85(const u8* buffer, i32 width, i32 height, u32 first, u32 second, u32 third,
-                         u32* result, void* record) noexcept = 0;
+  /// Slot 85. How many pixels have a byte above a threshold, and the least rectangle around them.
+  /// The builds change at levels 6 and 8.
+  /// @param channel 0 … 3 for blue, green, red, alpha
+  /// @param threshold no byte is above 255 or more
+  /// @param count takes at most 2^32 - 1
+  /// @param bounds all 0 where there is no such pixel
+  /// @return PICTAVO_S_OK, also where there is none; PICTAVO_E_POINTER when buffer, count or bounds
+  /// is null; PICTAVO_E_INVALIDARG for another channel, a pitch shorter than a row and an empty
+  /// picture
+  virtual u32 FindBounds(const u8* buffer, i32 width, i32 height, u32 pitch, u32 channel,
+                         u32 threshold, u32* count, PixelBounds* bounds) noexcept = 0;
 
   /// Slot 86. Makes pixels near one or more key colours clear, takes the keys' spill off the pixels
   /// around them, and writes that to a picture of the same size. The rows of both are packed: a
@@ -1153,8 +1538,33 @@ struct IPictavo5 : IPictavo4 {
   virtual u32 ConvertPixelFromRGB(const u8* pixel, u32* first, u32* second, u32* third, u32 model,
                                   u32 matrix, u32 range) noexcept = 0;
 
-  virtual u32 Reserved93() noexcept = 0;  ///< Slot 93.
-  virtual u32 Reserved94() noexcept = 0;  ///< Slot 94.
+  /// Slot 93. Makes a packed frame of pixels: the way back from slot 54.
+  ///
+  /// Y of each pixel is the exact one, by slot 88's formula; U and V are those of the mean colour
+  /// of the pixels that share them, each channel to the nearest integer, halves up, whatever the
+  /// alphas. P010 takes 10 bits, in the upper ones of its words; the lower six are 0. The second Y
+  /// of a last pixel without a neighbour, in YUY2 and UYVY, is the first. Alpha goes nowhere but
+  /// into RGBA32. Every build gives the same bytes; rows of large frames are shared out to helping
+  /// threads.
+  ///
+  /// Squares of 2 x 2 equal pixels come back from full NV12 within 1 of what they were.
+  /// @param src     rows of BGRA pixels, srcPitch bytes apart
+  /// @param dst     FrameBytes(layout, width, height) bytes; shares no byte with src
+  /// @param format  as slot 54 takes it
+  /// @return as slot 54
+  virtual u32 ConvertBGRAToFrame(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                 u32 format) noexcept = 0;
+
+  /// Slot 94. Makes a plane of bytes from one channel of a picture, or of its luma:
+  /// (19 * blue + 183 * green + 54 * red + 128) >> 8, BT.709's weights. All builds give the same
+  /// bytes; they change at levels 6 and 8.
+  /// @param dst      rows of `width` bytes, `dstPitch` bytes apart; shares no byte with src
+  /// @param channel  0 blue, 1 green, 2 red, 3 alpha, 4 luma
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for another channel,
+  /// a pitch shorter than its row or pictures that share a byte; PICTAVO_S_FALSE for an empty
+  /// picture
+  virtual u32 ExtractPlane(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                           i32 dstPitch, u32 channel) noexcept = 0;
 
   /// Slot 95. One colour from hue, saturation and lightness to RGB.
   ///
@@ -1226,7 +1636,25 @@ struct IPictavo6 : IPictavo5 {
   /// or higher than bufferHeight, or rows of bytes with a border are shorter than the two
   virtual u32 ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept = 0;
 
-  virtual u32 Reserved99() noexcept = 0;  ///< Slot 99.
+  /// Slot 99. Grades a picture in place by one matrix, made of six parameters in this order; with
+  /// luma Y = 0.2126 R + 0.7152 G + 0.0722 B (BT.709), in double precision:
+  ///
+  /// 1. White balance: red, green and blue are multiplied by 1 + temperature / 2, 1 - tint / 2 and
+  ///    1 - temperature / 2, and all three by what leaves the luma of greys.
+  /// 2. Saturation and hue: with u = (B - Y) / 1.8556 and v = (R - Y) / 1.5748, which turn by the
+  ///    hue's angle a and grow by the saturation s, R, G and B become those of the same luma, of
+  ///    u' = s * (u * cos a - v * sin a) and v' = s * (u * sin a + v * cos a).
+  /// 3. Contrast and brightness: c becomes 127.5 + contrast * (c - 127.5) + 255 * brightness.
+  ///
+  /// Each row's weights and constant are rounded to the nearest 1/4096, the weight of the channel
+  /// itself being what the other two leave of the rounded sum of the three: so greys stay grey. A
+  /// byte is (the sum of weights times bytes + constant + 2048) >> 12, kept within 0 … 255. Alpha
+  /// stays. All builds give the same bytes; they change at levels 6 and 8.
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer or param is null; PICTAVO_E_INVALIDARG for
+  /// a parameter outside its range or not a number, or a pitch shorter than a row; PICTAVO_S_FALSE
+  /// for an empty picture
+  virtual u32 AdjustColor(u8* buffer, i32 width, i32 height, i32 pitch,
+                          const ColorParam* param) noexcept = 0;
 
   /// Slot 100. Makes every pixel of a 32-bit picture from the place in the source where a matrix
   /// puts it. The destination pixel in column x and row y lies at
@@ -1243,7 +1671,11 @@ struct IPictavo6 : IPictavo5 {
   virtual u32 TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
                               const f32* matrix) noexcept = 0;
 
-  virtual u32 Reserved101() noexcept = 0;  ///< Slot 101. Host surfaces.
+  /// Slot 101. Resizes a 32-bit surface into another one by slot 60.
+  /// @return as slot 60; PICTAVO_E_POINTER also when a surface is null; PICTAVO_E_FAIL when a
+  /// surface's query does not answer 1
+  virtual u32 ResizeSurface(IPictavoSurface* dst, IPictavoSurface* src,
+                            const ResizeParam* param) noexcept = 0;
 
   /// Slot 102. Resizes a 32-bit picture to the destination's size. The destination pixel in column
   /// x lies at u = (x + 0.5) * (source width / destination width) - 0.5, kept within 0 … source
@@ -1274,9 +1706,14 @@ struct IPictavo6 : IPictavo5 {
   /// @param colour 0xAARRGGBB; its low byte for planes of bytes
   virtual u32 MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept = 0;
 
-  /// Slot 106.
-  virtual u32 Reserved106(u8* dst, const u8* src, i64 count, u32 first, u32 second, u32 third,
-                          u32 fourth) noexcept = 0;
+  /// Slot 106. Makes each byte of a pixel from one of the bytes of the source's pixel: `b` says
+  /// from which one blue is made, and so on, 0 … 3; 4 gives 0 and 5 gives 255. Works in place. All
+  /// builds give the same bytes; they change at levels 6 and 8.
+  /// @param count packed pixels
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a number above 5,
+  /// or pixels that cannot lie in memory; PICTAVO_S_FALSE for a count below 1
+  virtual u32 ShuffleChannels(u8* dst, const u8* src, i64 count, u32 b, u32 g, u32 r,
+                              u32 a) noexcept = 0;
 
   /// Slot 107. Slot 71 for 4-byte pixels, with the alpha of every border pixel cleared.
   /// @return as slot 71; PICTAVO_E_INVALIDARG also for pixels of 1 byte
@@ -1356,10 +1793,21 @@ struct IPictavo6 : IPictavo5 {
                            ID3D11DeviceContext* context, const ImageDesc* dst, const ImageDesc* src,
                            const void* param) noexcept = 0;
 
-  virtual u32 Reserved109() noexcept = 0;  ///< Slot 109. Expands a plane into 32-bit pixels.
+  /// Slot 109. Makes grey, opaque pixels of a plane of bytes times a factor: blue, green and red
+  /// become the nearest integer to byte * gain, exactly, halves up, at most 255. All builds give
+  /// the same bytes; they change at levels 6 and 8.
+  /// @param src   rows of `width` bytes, `srcPitch` bytes apart
+  /// @param dst   rows of `width` pixels of 4 bytes, `dstPitch` bytes apart; shares no byte with
+  /// src
+  /// @param gain  0 … 255
+  /// @return PICTAVO_S_OK, for an empty picture too; PICTAVO_E_POINTER for a null;
+  /// PICTAVO_E_INVALIDARG for a gain outside its range or not a number, a pitch shorter than its
+  /// row or pictures that share a byte
+  virtual u32 ExpandPlaneScaled(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                                i32 dstPitch, f32 gain) noexcept = 0;
 
   /// Slot 110. Makes grey, opaque pixels of a plane of bytes: each byte becomes a pixel's blue,
-  /// green and red; alpha is 255. All builds give the same bytes; they change at level 6.
+  /// green and red; alpha is 255. All builds give the same bytes; they change at levels 6 and 8.
   /// @param src  rows of `width` bytes, `srcPitch` bytes apart
   /// @param dst  rows of `width` pixels of 4 bytes, `dstPitch` bytes apart; shares no byte with src
   /// @return PICTAVO_S_OK, for an empty picture too; PICTAVO_E_POINTER for a null;

@@ -8,66 +8,16 @@ inline V Joined(V first, V second, V third, V alphas) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// YUV. Weights are taken apart into their high and low 16 bits, and sums of two products each are
-// put together again, without the low bits that rounding drops.
+// YUV.
 
-inline V Pair(i32 low, i32 high) {
-  return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
-}
-
-struct WeightPair {
-  V high, low;
-
-  WeightPair(i32 first, i32 second)
-      : high(Pair(High(first), High(second))),
-        low(Pair(first - (High(first) << 16), second - (High(second) << 16))) {}
-
- private:
-  static i32 High(i32 weight) { return (weight + (1 << 15)) >> 16; }
-};
-
-constexpr int kSumBits = kWeightBits - 16;
-inline V Sum(V high, V low) { return Add32(high, ShiftRightI32(low, 16)); }
-
-/// The sum of three weighted numbers, those at a pixel's even bytes and the one between, and what a
-/// sum is rounded with, a multiple of `bias`, which stands in the upper half of odd lanes.
-template <i32 bias>
-class Sum3 {
- public:
-  Sum3(const std::array<i32, 3>& row, i64 constant)
-      : even_(row[2], row[0]), odd_(row[1], static_cast<i32>(constant / bias)) {}
-
-  V operator()(V even, V odd) const {
-    return Sum(Add32(DotProduct32(even, even_.high), DotProduct32(odd, odd_.high)),
-               Add32(DotProduct32(even, even_.low), DotProduct32(odd, odd_.low)));
-  }
-
- private:
-  WeightPair even_, odd_;
-};
-
-/// The sum of two.
-class Sum2 {
- public:
-  Sum2(i32 first, i32 second, i32 constant)
-      : weights_(first, second), constant_(V::All32(static_cast<u32>(constant))) {}
-
-  V operator()(V numbers) const {
-    return Sum(DotProduct32(numbers, weights_.high),
-               Add32(DotProduct32(numbers, weights_.low), constant_));
-  }
-
- private:
-  WeightPair weights_;
-  V constant_;
-};
+#include "cpu/colour/yuv_sums.inl"
 
 class YuvFromRgb {
  public:
   explicit YuvFromRgb(const Space& space)
-      : y_(Row(space.yuv->fromRgb, 0, space.yuv->black)),
-        u_(Row(space.yuv->fromRgb, 1, kNeutral)),
-        v_(Row(space.yuv->fromRgb, 2, kNeutral)) {}
+      : y_(Row(space.yuv->fromRgb, 0, space.yuv->range.black)),
+        u_(Row(space.yuv->fromRgb, 1, space.yuv->range.neutral)),
+        v_(Row(space.yuv->fromRgb, 2, space.yuv->range.neutral)) {}
 
   V operator()(V pixels) const {
     const V even = Even(pixels), odd = JoinHalves(Odd(pixels), V::All32(kBias << 16));
@@ -81,8 +31,8 @@ class YuvFromRgb {
  private:
   static constexpr i32 kBias = 64;  // what it is multiplied by fits 16 bits
 
-  static Sum3<kBias> Row(const Matrix& matrix, size_t row, i64 zero) {
-    return {matrix.rows[row], (zero << kWeightBits) + kHalf - matrix.tie};
+  static Sum3<kBias> Row(const NarrowMatrix& matrix, size_t row, i64 zero) {
+    return {matrix.rows[row], (zero << kWeightBits) + NarrowMatrix::kHalf - matrix.tie};
   }
 
   Sum3<kBias> y_, u_, v_;
@@ -90,11 +40,11 @@ class YuvFromRgb {
 
 class RgbFromYuv {
  public:
-  explicit RgbFromYuv(const Space& space) : RgbFromYuv(space.yuv->toRgb, space.yuv->black) {}
+  explicit RgbFromYuv(const Space& space) : RgbFromYuv(space.yuv->toRgb, space.yuv->range) {}
 
   V operator()(V pixels) const {
     const V vy = Sub16(Even(pixels), evenZero_);
-    const V u1 = Sub16(JoinHalves(Odd(pixels), V::All32(1 << 16)), V::All32(kNeutral));
+    const V u1 = Sub16(JoinHalves(Odd(pixels), V::All32(1 << 16)), neutral_);
     const V r = ShiftRightI32(r_(vy), kSumBits);
     const V g = ShiftRightI32(g_(vy, u1), kSumBits);
     const V b = ShiftRightI32(b_(JoinHalves(u1, vy)), kSumBits);
@@ -102,16 +52,17 @@ class RgbFromYuv {
   }
 
  private:
-  RgbFromYuv(const Matrix& m, i32 black)
-      : r_(m.rows[0][2], m.rows[0][0], kHalf - m.tie),
-        g_(m.rows[1], kHalf - m.tie),
-        b_(m.rows[2][1], m.rows[2][0], kHalf - m.tie),
-        evenZero_(Pair(kNeutral, black)) {}
+  RgbFromYuv(const NarrowMatrix& m, const YuvRange& range)
+      : r_(m.rows[0][2], m.rows[0][0], m.kHalf - m.tie),
+        g_(m.rows[1], m.kHalf - m.tie),
+        b_(m.rows[2][1], m.rows[2][0], m.kHalf - m.tie),
+        evenZero_(Pair(range.neutral, range.black)),
+        neutral_(V::All32(static_cast<u32>(range.neutral))) {}
 
   Sum2 r_;
   Sum3<1> g_;
   Sum2 b_;
-  V evenZero_;
+  V evenZero_, neutral_;
 };
 
 // ---------------------------------------------------------------------------------------------

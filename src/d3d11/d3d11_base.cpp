@@ -188,6 +188,29 @@ u32 CPictavo_D3D::GetScratch(ID3D11Device* device, d3d11::Scratch which, u32 wid
   return PICTAVO_S_OK;
 }
 
+u32 CPictavo_D3D::GetReadBack(ID3D11Device* device, const d3d11::Picture& like,
+                              d3d11::Picture* picture) noexcept {
+  const D3D11_TEXTURE2D_DESC of = d3d11::DescOf(like);
+  *picture = ExchangeScratch(device, d3d11::Scratch::kReadBack, {});
+  if (!Fits(*picture, of.Width, of.Height, of.Format)) {
+    const D3D11_TEXTURE2D_DESC desc = {.Width = of.Width,
+                                       .Height = of.Height,
+                                       .MipLevels = 1,
+                                       .ArraySize = 1,
+                                       .Format = of.Format,
+                                       .SampleDesc = {.Count = 1, .Quality = 0},
+                                       .Usage = D3D11_USAGE_STAGING,
+                                       .BindFlags = 0,
+                                       .CPUAccessFlags = D3D11_CPU_ACCESS_READ,
+                                       .MiscFlags = 0};
+    const HRESULT code =
+        device->CreateTexture2D(&desc, nullptr, picture->texture.ReleaseAndGetAddressOf());
+    if (FAILED(code)) return d3d11::Code(code);
+  }
+  ExchangeScratch(device, d3d11::Scratch::kReadBack, *picture);
+  return PICTAVO_S_OK;
+}
+
 d3d11::Picture CPictavo_D3D::ExchangeScratch(ID3D11Device* device, d3d11::Scratch which,
                                              d3d11::Picture picture) noexcept {
   const std::lock_guard guard(resourceLock_);

@@ -31,8 +31,17 @@ struct Picture {
 };
 
 /// The pictures in between. One is kept for the next call that wants its size.
-enum class Scratch : size_t { kSums, kRemainders, kDivisors, kFirst, kSecond, kPatch, kWeights };
-inline constexpr size_t kScratchCount = 7;
+enum class Scratch : size_t {
+  kSums,
+  kRemainders,
+  kDivisors,
+  kFirst,
+  kSecond,
+  kPatch,
+  kWeights,
+  kReadBack
+};
+inline constexpr size_t kScratchCount = 8;
 
 }  // namespace d3d11
 
@@ -70,6 +79,12 @@ struct D3DCall {
   const ImageDesc* src;  // not read by operations without a source
 };
 
+/// Where an operation has pixels on the processor from: a client, and what orders its calls.
+struct PixelMemory {
+  CCommonUtility* client;
+  CriticalSection& lock;
+};
+
 /// The compute operations, and the objects of the device that they share: shaders, buffers and
 /// pictures in between, made on demand and kept for the next call on that device.
 class CPictavo_D3D : public CD3D11Base {
@@ -104,6 +119,15 @@ class CPictavo_D3D : public CD3D11Base {
   /// format. @return PICTAVO_S_OK or the failure of CreateTexture2D or the device
   u32 GetScratch(ID3D11Device* device, d3d11::Scratch which, u32 width, u32 height,
                  DXGI_FORMAT format, d3d11::Picture* picture) noexcept;
+
+  /// As much of a texture's first level as the processor can read, of its size and format; of any
+  /// content. @return as GetScratch
+  u32 GetReadBack(ID3D11Device* device, const d3d11::Picture& like,
+                  d3d11::Picture* picture) noexcept;
+
+  /// RotateD3D, by the build of a level.
+  u32 Rotate(const D3DCall& call, i32 level, const RotateParam* param,
+             const PixelMemory& memory) noexcept;
 
   // The operations of D3DComputeOp and BoxBlurD3D, as pictavo.h states them.
   // `part` null is the whole texture.

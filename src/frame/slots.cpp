@@ -96,6 +96,13 @@ u32 CopySurface(IPictavoSurface* dst, IPictavoSurface* src) {
   return PICTAVO_S_OK;
 }
 
+u32 ResizeSurface(i32 level, IPictavoSurface* dst, IPictavoSurface* src, const ResizeParam* param) {
+  if (param == nullptr) return PICTAVO_E_POINTER;
+  ImageDesc to, from;
+  PICTAVO_RETURN_IF_FAILED(Ask(dst, &to, src, &from));
+  return cpu::ResizeFiltered(level, &from, &to, param);
+}
+
 u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u8 blue, u8 green,
                    u8 red, u8 alpha) {
   const u32 colour = u32{alpha} << 24 | u32{red} << 16 | u32{green} << 8 | blue;
@@ -135,6 +142,14 @@ u32 Pictavo::TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
 
 u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept {
   return Call(&opencl::BilinearInterpolation, *this, dst, src);
+}
+
+u32 Pictavo::RotateD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
+                       const ImageDesc* src, const RotateParam* param) noexcept {
+  if (!EnsureMemoryClient()) return PICTAVO_E_OUTOFMEMORY;
+  const DefaultFloatingPoint floatingPoint;
+  // FastBlurOpenCL uses that client under this lock.
+  return Rotate({device, context, dst, src}, cpuLevel, param, {memoryClient, openclLock});
 }
 
 u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,

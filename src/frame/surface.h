@@ -2,10 +2,7 @@
 #ifndef PICTAVO_FRAME_SURFACE_H_
 #define PICTAVO_FRAME_SURFACE_H_
 
-#include "pictavo/pictavo.h"
-
-#define PICTAVO_RETURN_IF_FAILED(call) \
-  if (const u32 result_ = (call); static_cast<i32>(result_) < 0) return result_
+#include "frame/result.h"
 
 namespace pictavo {
 

@@ -4,6 +4,8 @@
 #include <memory>
 
 #include "device.h"
+#include "fakes.h"
+#include "module_folder.h"
 
 namespace pictavo::test {
 namespace {
@@ -73,7 +75,7 @@ class Replaced {
   Replaced& operator=(const Replaced&) = delete;
 
  protected:
-  // No method that is replaced takes more arguments, and the caller takes them all back.
+  // No method that is called on takes more arguments, and the caller takes them all back.
   using Method = HRESULT STDMETHODCALLTYPE(void*, void*, void*, void*, void*);
 
   Replaced(IUnknown* object, size_t method, Method* by)
@@ -393,6 +395,111 @@ TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
     EXPECT_GT(failures, 0);
   }
   context->ClearState();
+}
+
+constexpr RotateParam kTurn = {30, 1, 4, 4, 4, 4, PICTAVO_SAMPLE_BILINEAR};
+
+TEST_F(Failures, OfTurningWriteNothingAndLoseNothing) {
+  const Device other;
+  ComPtr<ID3D11DeviceContext> deferred;
+  device->CreateDeferredContext(0, deferred.ReleaseAndGetAddressOf());
+  D3D11_TEXTURE2D_DESC desc;
+  destination_->GetDesc(&desc);
+  desc.Usage = D3D11_USAGE_STAGING;
+  desc.BindFlags = 0;
+  desc.CPUAccessFlags = D3D11_CPU_ACCESS_READ;
+  Texture staging;
+  ASSERT_EQ(device->CreateTexture2D(&desc, nullptr, staging.ReleaseAndGetAddressOf()), S_OK);
+  const Texture plane = device_.Upload(Image(8, 8, kPlane));
+  const ImageDesc none = Describe({}), bytes = Describe(plane), read = Describe(staging);
+  constexpr RotateParam kFlat = {30, 0, 4, 4, 4, 4, PICTAVO_SAMPLE_BILINEAR};
+  const struct {
+    ID3D11Device* device;
+    ID3D11DeviceContext* context;
+    const ImageDesc *dst, *src;
+    const RotateParam* param;
+    u32 result;
+  } cases[] = {{nullptr, context, &dst_, &src_, &kTurn, kNull},
+               {device, nullptr, &dst_, &src_, &kTurn, kNull},
+               {device, context, nullptr, &src_, &kTurn, kNull},
+               {device, context, &none, &src_, &kTurn, kNull},
+               {device, context, &dst_, nullptr, &kTurn, kNull},
+               {device, context, &dst_, &none, &kTurn, kNull},
+               {device, context, &dst_, &src_, nullptr, kNull},
+               {device, deferred.Get(), &dst_, &src_, &kTurn, kInvalid},
+               {device, other.context.Get(), &dst_, &src_, &kTurn, kInvalid},
+               {device, context, &bytes, &src_, &kTurn, kInvalid},
+               {device, context, &dst_, &bytes, &kTurn, kInvalid},
+               {device, context, &dst_, &dst_, &kTurn, kInvalid},
+               {device, context, &read, &src_, &kTurn, kInvalid},
+               {device, context, &dst_, &src_, &kFlat, kInvalid}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(interface_->RotateD3D(c.device, c.context, c.dst, c.src, c.param), c.result)
+        << "case " << &c - cases;
+  }
+  Bind(device_, &object_, destination_, picture_);
+  const auto bound = Bound(context);
+  const ULONG before = References(source_.Get()) + References(destination_.Get());
+  const struct {
+    IUnknown* object;
+    size_t method;
+  } methods[] = {{device, 5}, {device, 39}, {context, 14}, {device, 7}};  // the last is not called
+  for (const auto& m : methods) {
+    const auto fresh = std::make_unique<Pictavo>();
+    IPictavo6* const object = fresh.get();
+    const bool called = m.method != 7;
+    {
+      const Failing failing(m.object, m.method, 0);
+      EXPECT_EQ(object->RotateD3D(device, context, &dst_, &src_, &kTurn), called ? kRemoved : kOk);
+    }
+    EXPECT_EQ(Bound(context), bound);
+    EXPECT_EQ(References(source_.Get()) + References(destination_.Get()), before);
+  }
+  EXPECT_EQ(interface_->RotateD3D(device, context, &dst_, &src_, &kTurn), kOk);
+  const Failing noTexture(device, 5, 0);  // the one to read back is kept
+  EXPECT_EQ(interface_->RotateD3D(device, context, &dst_, &src_, &kTurn), kOk);
+  context->ClearState();
+}
+
+/// A module stays the one of its name while it is loaded, wherever it is looked for.
+TEST(Turning, GivesTheMemoryManagersBuffersBack) {
+  ResetFakes(L"../host_tests/all");
+  wchar_t program[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  const auto file =
+      std::filesystem::path(program).parent_path() / L"../host_tests/all/VKTMemMgr.dll";
+  const HMODULE fake = LoadLibraryW(file.lexically_normal().c_str());
+  ASSERT_NE(fake, nullptr);
+  const Device on;
+  const Image picture(8, 8, kBgra);
+  const Texture source = on.Upload(picture), destination = on.Upload(picture);
+  const ImageDesc src = Describe(source), dst = Describe(destination);
+  const std::string rimmed = "CreateBuffer 0 1 10 10 40 0", plain = "CreateBuffer 0 1 8 8 32 0",
+                    back = "ReleaseBuffer 1";
+  const struct {
+    BufferFault fault;
+    int buffersBefore;
+    bool refuseManager;
+    u32 result;
+    Events events;
+  } cases[] = {{BufferFault::kNone, 0, false, kOk, {rimmed, plain, back, back}},
+               {BufferFault::kNoBuffer, 0, false, PICTAVO_E_OUTOFMEMORY, {rimmed}},
+               {BufferFault::kNoBuffer, 1, false, PICTAVO_E_OUTOFMEMORY, {rimmed, plain, back}},
+               {BufferFault::kNoPixels, 0, false, PICTAVO_E_OUTOFMEMORY, {rimmed, back}},
+               {BufferFault::kNone, 0, true, PICTAVO_E_FAIL, {}}};
+  for (const auto& c : cases) {
+    fakeControl.refuseManager = c.refuseManager;
+    const auto fresh = std::make_unique<Pictavo>();
+    IPictavo6* const object = fresh.get();
+    fakeControl.bufferFault = c.fault;
+    fakeControl.buffersBefore = c.buffersBefore;
+    EXPECT_EQ(object->RotateD3D(on.device.Get(), on.context.Get(), &dst, &src, &kTurn), c.result);
+    Events events = TakeEvents();
+    std::erase_if(events, [](const std::string& event) { return event.starts_with("memory"); });
+    EXPECT_EQ(events, c.events);
+    EXPECT_EQ(picture.Difference(on.Download(destination.Get())), "");
+  }
+  FreeLibrary(fake);
 }
 
 TEST_F(Failures, NothingIsKeptOfADeviceAfterTheNext) {

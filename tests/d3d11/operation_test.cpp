@@ -457,5 +457,29 @@ TEST_F(Operations, KeyAsTheCpuDoes) {
   }
 }
 
+TEST_F(Operations, TurnAsTheProcessorDoes) {
+  const RotateParam params[] = {{0, 1, 0.5f, 0.5f, 0.5f, 0.5f, PICTAVO_SAMPLE_NEAREST},
+                                {30, 1.5f, 35.3f, 22.1f, 30, 41.5f, PICTAVO_SAMPLE_BILINEAR},
+                                {-123.4f, 0.4f, -3.7f, 0.1f, 20.3f, 60, PICTAVO_SAMPLE_BILINEAR}};
+  for (const RotateParam& p : params) {
+    for (const auto& [srcFormat, dstFormat] :
+         {std::pair{kBgra, kBgra}, {kRgba, kRgba}, {kBgra, kRgba}, {kRgba, kBgra}}) {
+      const Image src(70, 45, srcFormat, random_);
+      Image before(src, dstFormat), expected(61, 83, dstFormat);
+      const ImageDesc from = {{}, 0, 0, 0, before.bytes.data(), 70, 45, 280, 4};
+      ImageDesc to = {{}, 0, 0, 0, expected.bytes.data(), 61, 83, 244, 4};
+      ASSERT_EQ(interface_->RotatePicture(&from, &to, &p), PICTAVO_S_OK);
+      const Texture source = device_.Upload(src, D3D11_BIND_RENDER_TARGET);
+      const Texture result =
+          device_.Upload(Image(61, 83, dstFormat, random_), D3D11_BIND_SHADER_RESOURCE);
+      const ImageDesc turned = Describe(result), read = Describe(source);
+      ASSERT_EQ(
+          interface_->RotateD3D(device_.device.Get(), device_.context.Get(), &turned, &read, &p),
+          PICTAVO_S_OK);
+      EXPECT_EQ(expected.Difference(device_.Download(result.Get())), "") << p.angle;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace pictavo::test

@@ -80,7 +80,7 @@ struct Manager {
 u32 Make(Buffer** buffer, u32 size) {
   static const void* const table[] = {nullptr, nullptr,         nullptr,
                                       nullptr, Slot(GetPixels), Slot(GetSize)};
-  if (Control().bufferFault != BufferFault::kNoBuffer) {
+  if (Control().buffersBefore-- > 0 || Control().bufferFault != BufferFault::kNoBuffer) {
     *buffer = new Buffer{table, std::vector<std::uint8_t>(size, 0xEE)};
   }
   return Control().createResult;

@@ -30,6 +30,7 @@ void ResetFakes(const wchar_t* folder) {
   fakeControl.refusals = 0;
   fakeControl.refuseManager = false;
   fakeControl.bufferFault = BufferFault::kNone;
+  fakeControl.buffersBefore = 0;
   fakeControl.createResult = 0;
   TakeEvents();
 }

@@ -18,6 +18,7 @@ struct FakeControl {
   std::atomic<int> refusals = 0;  // requests that fail first, for any object but a manager
   bool refuseManager = false;
   BufferFault bufferFault = BufferFault::kNone;
+  int buffersBefore = 0;           // that are made before the fault
   std::uint32_t createResult = 0;  // what making a buffer answers
 };
 

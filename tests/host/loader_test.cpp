@@ -106,7 +106,7 @@ TEST(Loader, KnowsWhichMethodsReturnAStatus) {
                      &I::BlendOverWithOpacity, &I::BlendOverWithOpacityRampAndAlpha,
                      &I::BlendOverWithOpacityRampKeepAlpha, &I::ComputeHistogram, &I::ResizeBox16,
                      &I::MotionBlur, &I::ExtendBoundary, &I::BlendLayer, &I::ApplyChromaKey,
-                     &I::Reserved109>(library);
+                     &I::Reserved47>(library);
   EXPECT_EQ(refused, std::vector<u32>(refused.size(), 0));
   u8 pixel[8] = {1, 2, 3, 4, 5, 6, 7, 128};
   EXPECT_TRUE(library.Call<&I::BlendOverPitched>(pixel, pixel + 4, 1, 1, 4));

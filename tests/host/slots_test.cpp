@@ -109,6 +109,33 @@ Good GoodOf(const ChromaKey*) {
   static constexpr ChromaKey good = {0, 255, 0, 0, 30, 20};
   return Of(good);
 }
+Good GoodOf(const LevelsParam*) {
+  static constexpr LevelsParam good = {0.1f, 0.9f, 2, 0, 1};
+  return Of(good);
+}
+Good GoodOf(const ColorParam*) {
+  static constexpr ColorParam good = {0.1f, 1.5f, 0.5f, 30, 0.2f, -0.2f};
+  return Of(good);
+}
+Good GoodOf(const ColorLutParam*) {
+  static constexpr u16 entries[24 * 24 * 24 * 4] = {};  // as many as a size among kWords takes
+  static constexpr ColorLutParam good = {2, 256, entries};
+  return Of(good, 2);
+}
+
+Good GoodOf(const TransitionParam*) {
+  static constexpr TransitionParam good = {PICTAVO_TRANSITION_WIPE, 0.5f, 0.25f, 30, 0xFF102030};
+  return Of(good);
+}
+Good GoodOf(const ConvolveParam*) {
+  static constexpr ConvolveParam good = {3, 2, 1, 0, {1, 2, 1, 0, 0, 0, -1, 2, -1}};
+  return Of(good);
+}
+
+Good GoodOf(const ResizeParam*) {
+  static constexpr ResizeParam good = {PICTAVO_FILTER_LANCZOS, 1, {}};
+  return Of(good);
+}
 
 struct Argument {
   std::string name;
@@ -416,7 +443,7 @@ struct Call {
   Span Picture(const std::string& picture) const {
     const Argument* const count = method.Find("count");
     if (count != nullptr && count->kind <= Kind::kUnsigned)
-      return SpanOf(static_cast<i32>(WordOf(*count)), 1, 0);
+      return SpanOf(Number("", "count", 0), 1, 0);
     const i64 width = Number(picture, "Width", kWidth), height = Number(picture, "Height", kHeight);
     i64 pitch = Number(picture, "Pitch", 4 * width);  // without one, rows follow each other
     if (method.slot == 46) pitch = (width + (pitch - 4 * width) / 4) * 4;

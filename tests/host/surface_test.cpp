@@ -31,6 +31,21 @@ TEST_F(Surfaces, CopyWhatTheyHaveInCommon) {
   }
 }
 
+TEST_F(Surfaces, ResizeAsPicturesDo) {
+  const ResizeParam param = {PICTAVO_FILTER_LANCZOS, 1, {}}, wrong = {9, 1, {}};
+  Surface dst(50, 31), src(33, 47);
+  Surface expected = dst;
+  ImageDesc from, to;
+  src.Query(&from);
+  expected.Query(&to);
+  ASSERT_EQ(object_->ResizeFiltered(&from, &to, &param), PICTAVO_S_OK);
+  EXPECT_EQ(object_->ResizeSurface(&dst, &src, &wrong), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(object_->ResizeSurface(&dst, &src, &param), PICTAVO_S_OK);
+  EXPECT_TRUE(dst.memory() == expected.memory());
+  EXPECT_EQ(object_->ResizeSurface(&dst, &src, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(object_->ResizeSurface(&dst, &dst, &param), PICTAVO_E_INVALIDARG);
+}
+
 TEST_F(Surfaces, RefuseWhatTheyCannotUse) {
   const struct {
     const char* name;
@@ -50,9 +65,11 @@ TEST_F(Surfaces, RefuseWhatTheyCannotUse) {
       {"empty texture", 1, [](auto* i) { i->height = 0, i->memoryKind = 3; }, PICTAVO_E_INVALIDARG},
   };
   const Surface before(8, 8);
+  const ResizeParam param = {};
   const auto expect = [&](u32 result, Surface* dst, Surface* src, const char* name) {
     const Bytes memory = dst->memory();
     EXPECT_EQ(object_->CopySurface(dst, src), result) << name;
+    EXPECT_EQ(object_->ResizeSurface(dst, src, &param), result) << name;
     EXPECT_TRUE(dst->memory() == memory) << name;
   };
   for (const auto& c : cases) {
@@ -64,8 +81,11 @@ TEST_F(Surfaces, RefuseWhatTheyCannotUse) {
     }
   }
   Surface whole = before, moved = before;
-  EXPECT_EQ(object_->CopySurface(nullptr, &whole), PICTAVO_E_POINTER);
-  EXPECT_EQ(object_->CopySurface(&whole, nullptr), PICTAVO_E_POINTER);
+  for (Surface* const there : {&whole, static_cast<Surface*>(nullptr)}) {
+    Surface* const other = there == nullptr ? &whole : nullptr;
+    EXPECT_EQ(object_->CopySurface(there, other), PICTAVO_E_POINTER);
+    EXPECT_EQ(object_->ResizeSurface(there, other, &param), PICTAVO_E_POINTER);
+  }
   // A part of the same picture, at another place of it.
   ImageDesc image;
   whole.Query(&image);

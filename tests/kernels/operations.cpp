@@ -69,6 +69,44 @@ u32 Motion(const Call& c) {
   return cpu::MotionBlur(c.level, records.src(), records.dst(), &c.motion);
 }
 
+ResizeParam FilterOf(const Call& c) {
+  return {c.words[0] % 256 == 255 ? c.words[0] : c.words[0] % 4,
+          c.words[1] % 2 + c.words[1] / ~0u,
+          {c.words[2] / ~0u, c.words[3] / ~0u}};
+}
+
+u32 Filtered(const Call& c) {
+  Records records(c);
+  const ResizeParam param = FilterOf(c);
+  return cpu::ResizeFiltered(c.level, records.src(), records.dst(), &param);
+}
+
+/// A part of the source, or the whole.
+u32 FilteredRegion(const Call& c) {
+  Records records(c);
+  const ResizeParam param = FilterOf(c);
+  const f32 width = static_cast<f32>(c.srcWidth), height = static_cast<f32>(c.srcHeight);
+  const f32 left = c.reals[0] * width, top = c.reals[1] * height;
+  const f32 rect[] = {left, top, width - c.reals[2] * (width - left),
+                      height - c.reals[3] * (height - top)};
+  return cpu::ResizeFilteredRegion(c.level, records.src(), records.dst(), rect, &param);
+}
+
+/// A rectangle that may reach beyond the picture.
+u32 NearestInRect(const Call& c) {
+  const auto place = [&](int i) { return static_cast<i32>(c.words[i] % 48) - 8; };
+  const i32 rect[] = {place(0), place(1), c.width - place(2), c.height - place(3)};
+  return cpu::ResizeNearestInRect(c.level, reinterpret_cast<u32*>(c.dst), c.width, c.height,
+                                  c.dstPitch, reinterpret_cast<const u32*>(c.src), c.srcWidth,
+                                  c.srcHeight, c.srcPitch, rect);
+}
+
+u32 Flip(const Call& c) {
+  Records records(c);
+  return cpu::FlipPicture(c.level, records.src(), records.dst(),
+                          1 + c.words[0] % 2 + c.words[0] / ~0u);
+}
+
 u32 Key(const Call& c) {
   Records records(c);
   return chromakey::ApplyChromaKey(c.level, records.src(), records.dst(), c.keys, c.keyCount,
@@ -198,6 +236,130 @@ u32 Mean(const Call& c) {
   return result;
 }
 
+/// A rectangle about a picture's size, sometimes of extreme numbers; the whole of it for words of
+/// 0.
+std::array<i32, 4> RectAbout(const Call& c) {
+  std::array<i32, 4> rect;
+  for (size_t i = 0; i < 4; ++i) {
+    const i32 size = std::max(i % 2 == 0 ? c.width : c.height, 0);
+    const i32 inside = static_cast<i32>(c.words[i] / 16 % static_cast<u32>(size + 8));
+    rect[i] = i < 2 ? inside - 4 : size + 4 - inside;
+    if (c.words[i] % 16 == 15) rect[i] = static_cast<i32>(c.words[i]);
+  }
+  return rect;
+}
+
+u32 Fill(const Call& c) {
+  return cpu::FillRectangle(c.level, c.dst, c.width, c.height, c.dstPitch, RectAbout(c).data(),
+                            c.colour);
+}
+
+u32 FillSmooth(const Call& c) {
+  const f32 width = static_cast<f32>(c.width), height = static_cast<f32>(c.height);
+  return cpu::FillRectangleSmooth(c.level, c.dst, c.width, c.height, c.dstPitch,
+                                  c.reals[0] * width / 2, c.reals[1] * height / 2,
+                                  width - c.reals[2] * width / 2, height - c.reals[3] * height / 2,
+                                  ~c.colour);
+}
+
+u32 Pixelate(const Call& c) {
+  return cpu::PixelateRegion(c.level, c.dst, c.width, c.height, c.dstPitch, RectAbout(c).data(),
+                             c.border * (2 + c.colour % 9));
+}
+
+/// A rectangle that both pictures hold, but for some that leave them.
+u32 CopyPart(const Call& c) {
+  Records records(c);
+  const i32 srcSize[] = {c.srcWidth, c.srcHeight}, dstSize[] = {c.width, c.height};
+  i32 rect[4];
+  for (size_t i = 0; i < 2; ++i) {
+    const u32 all = static_cast<u32>(std::max(srcSize[i], 0)), first = c.words[i] % (all + 1);
+    const u32 most = std::min(all - first, static_cast<u32>(std::max(dstSize[i], 0)));
+    rect[i] = static_cast<i32>(first);
+    rect[i + 2] = static_cast<i32>(first + most - c.words[i + 2] % (most + 1));
+    if (c.words[i + 2] % 64 == 63) rect[i + 2] = static_cast<i32>(c.words[i + 2]);
+  }
+  return cpu::CopyRectangle(c.level, records.src(), records.dst(), rect);
+}
+
+/// From the destination's pixels to the source's; a push, which would move them, between two parts
+/// of the source.
+u32 Transit(const Call& c) {
+  Records records(c);
+  const TransitionParam param = {c.words[0] % 9, 1 - c.reals[0], c.reals[1], 360 * c.reals[2],
+                                 c.colour};
+  if (param.mode != PICTAVO_TRANSITION_PUSH || c.src == nullptr || c.dst == nullptr)
+    return cpu::ApplyTransition(c.level, records.dst(), records.dst(), records.src(), &param);
+  ImageDesc dst = *records.dst(), from = *records.src();
+  --dst.width;
+  --from.width;
+  ImageDesc to = from;
+  to.data = static_cast<u8*>(from.data) + 4;
+  return cpu::ApplyTransition(c.level, &dst, &from, &to, &param);
+}
+
+/// Any weights, small ones or few.
+u32 Convolve(const Call& c) {
+  Records records(c);
+  ConvolveParam param = {c.format == 2  ? 4u
+                         : c.format < 1 ? 5u
+                                        : 3u,
+                         static_cast<i32>(c.words[1] % 18) - (c.words[1] % 18 == 17 ? 18 : 0),
+                         static_cast<i32>(c.words[3]) >> (c.words[1] % 4 != 1 ? 24 : 0),
+                         c.words[0] % 2,
+                         {}};
+  Random random(c.words[2]);
+  for (i32& weight : param.weights) {
+    weight = static_cast<i32>(random() % 256) - 128;
+    if (c.words[0] / 2 % 3 == 1) weight /= 16;
+    if (c.words[0] / 2 % 3 == 2 && random() % 4 != 0) weight = 0;
+  }
+  if (c.words[2] % 64 >= 62) param.weights[4] = c.words[2] % 64 == 63 ? 128 : -129;
+  return cpu::ConvolvePicture(c.level, records.src(), records.dst(), &param);
+}
+
+/// Leaves a number in the first pixel.
+template <typename Number>
+u32 Tell(const Call& c, u32 result, Number number) {
+  static_assert(sizeof(number) == 4);
+  if (result == PICTAVO_S_OK) std::memcpy(c.dst, &number, sizeof(number));
+  return result;
+}
+
+/// Of the source's first bytes, one of them more or less.
+u32 Threshold(const Call& c) {
+  const i64 count = std::clamp<i64>(i64{c.width} * std::max(c.height, 0), 0, 1000);
+  f32 values[1000] = {};
+  if (c.src != nullptr) std::copy_n(c.src, count, values);
+  values[0] += c.reals[0];
+  u32 index = 0;
+  return Tell(c,
+              cpu::FindThreshold(c.src != nullptr ? values : nullptr, static_cast<u32>(count),
+                                 c.dst != nullptr ? &index : nullptr),
+              index);
+}
+
+u32 Measure(const Call& c) {
+  f32 number = 0;
+  return Tell(c,
+              cpu::MeasurePicture(c.level, c.src, c.width, c.height, c.srcPitch,
+                                  static_cast<i32>(c.selector) - 1, c.words[0] % 5,
+                                  c.dst != nullptr ? &number : nullptr),
+              number);
+}
+
+u32 Bounds(const Call& c) {
+  if (c.srcPitch < 0) return PICTAVO_S_OK;
+  u32 count = 0;
+  PixelBounds bounds = {};
+  const u32 result = cpu::FindBounds(c.level, c.src, c.width, c.height,
+                                     static_cast<u32>(c.srcPitch), c.selector % 5, c.words[0] % 260,
+                                     &count, c.dst != nullptr ? &bounds : nullptr);
+  return Tell(c, result,
+              count * 5 + bounds.left * 7 + bounds.top * 1001 + bounds.right * 65537 +
+                  bounds.bottom * 1000003u);
+}
+
 /// What an operation on a single colour makes of it: numbers and a code.
 using Numbers = std::array<u32, 4>;
 
@@ -288,6 +450,66 @@ u32 MotionSize(const Call& c) {
   return result;
 }
 
+/// Frames are one row of bytes.
+u32 FromFrame(const Call& c) {
+  return cpu::ConvertFrameToBGRA(c.level, c.src, c.width, c.height, c.dst, c.dstPitch,
+                                 static_cast<u32>(c.format));
+}
+u32 ToFrame(const Call& c) {
+  return cpu::ConvertBGRAToFrame(c.level, c.src, c.srcWidth, c.srcHeight, c.srcPitch, c.dst,
+                                 static_cast<u32>(c.format));
+}
+
+/// Any of a record's words as a number: itself where it is small, else one below the end.
+u32 Below(u32 end, u32 word) { return word < 100 ? word : word % end; }
+
+u32 Curve(const Call& c) {
+  const LevelsParam param = {c.reals[0] / 4, 1 - c.reals[1] / 4, 0.02f + 4 * c.reals[2], c.reals[3],
+                             c.reals[4]};
+  return cpu::AdjustLevels(c.level, c.dst, c.width, c.height, c.dstPitch,
+                           15 ^ Below(16, c.words[0]), c.words[1] == 1 ? nullptr : &param);
+}
+
+u32 Colour(const Call& c) {
+  const ColorParam param = {c.reals[0],       1 + 3 * c.reals[1], 4 * c.reals[2],
+                            720 * c.reals[3], c.reals[4],         c.reals[5]};
+  return cpu::AdjustColor(c.level, c.dst, c.width, c.height, c.dstPitch,
+                          c.words[1] == 1 ? nullptr : &param);
+}
+
+constexpr u32 kMostSide = 65;
+
+/// Entries of a table of colours, which end at a forbidden page.
+struct Entries : GuardedMemory {
+  Entries() : GuardedMemory(size_t{8} * kMostSide * kMostSide * kMostSide, Side::kAfter) {
+    Random random(17);
+    std::generate(data(), data() + size(), [&] { return static_cast<u8>(random()); });
+  }
+} entries;
+
+u32 Lut(const Call& c) {
+  const u32 size = 2 + Below(c.words[2] % 4 == 0 ? kMostSide - 1 : 5, c.words[0]);
+  const size_t bytes = size_t{8} * size * size * size;
+  const auto* const first = reinterpret_cast<const u16*>(entries.data() + entries.size() -
+                                                         std::min(bytes, entries.size()));
+  const ColorLutParam param = {size, 256 - Below(257, c.words[1]),
+                               c.words[3] == 1 ? nullptr : first};
+  Records records(c);
+  return cpu::ApplyColorLut(c.level, records.src(), records.dst(),
+                            c.words[3] == 2 ? nullptr : &param);
+}
+
+u32 Shuffle(const Call& c) {
+  const auto place = [&](size_t i) { return Below(6, c.words[i]); };
+  return cpu::ShuffleChannels(c.level, c.dst, c.src, i64{c.width} * std::max(c.height, 0), place(0),
+                              place(1), place(2), place(3));
+}
+
+u32 AlphaPlane(const Call& c) {
+  return cpu::SetAlphaPlane(c.level, c.dst, c.src, static_cast<u32>(std::max(c.width, 0)),
+                            static_cast<u32>(std::max(c.height, 0)));
+}
+
 #define SIZE c.width, c.height
 #define PACKED c.level, c.dst, c.src, SIZE
 #define ONE_PITCH PACKED, c.dstPitch
@@ -356,6 +578,12 @@ const Operation kOperations[] = {
      [](C c) {
        return cpu::SharpenPicture(IN_PLACE, c.dstPitch, 1 + c.reals[0], 9 * c.reals[1], c.radius);
      }},
+    {"50 ConvertYUVAToBGRA", kMayAlias | kEachPixel,
+     [](C c) { return cpu::ConvertYUVAToBGRA(FROM_TO); }},
+    {"51 FillRectangle", kInPlace, Fill},
+    {"52 FillRectangleSmooth", kInPlace, FillSmooth},
+    {"53 AdjustLevels", kInPlace, Curve},
+    {"54 ConvertFrameToBGRA", kOwnSize, FromFrame, 0, 1},
     {"55 ResizeNearest32", kOwnSize | kWholePitch,
      [](C c) {
        return cpu::ResizeNearest32(c.level, reinterpret_cast<u32*>(c.dst), SIZE, c.dstPitch,
@@ -369,12 +597,22 @@ const Operation kOperations[] = {
     {"57 ResizeBox16", kOwnSize, [](C c) { return cpu::ResizeBox16(c.level, SCALED); }},
     {"58 ResizeBilinear16KeepAlpha", kOwnSize,
      [](C c) { return cpu::ResizeBilinear16KeepAlpha(c.level, SCALED, c.fullSize); }},
+    {"59 SetAlphaPlane", kPacked, AlphaPlane, 0, 1},
+    {"60 ResizeFiltered", kOwnSize, Filtered},
+    {"61 ResizeFilteredRegion", kOwnSize, FilteredRegion},
+    {"62 ResizeNearestInRect", kOwnSize, NearestInRect},
     {"63 MotionBlur", kOwnSize, Motion},
     {"64 GetMotionBlurDstSize", kOwnSize | kPacked, MotionSize},
+    {"65 FlipPicture", kMayAlias, Flip},
+    {"66 ApplyColorLut", kMayAlias, Lut},
     {"67 RotatePicture", kOwnSize, Rotate},
+    {"69 PixelateRegion", kInPlace, Pixelate},
+    {"70 ApplyTransition", kMayAlias | kEachPixel, Transit},
     {"71 ExtendBoundary", kInPlace | kWholePitch, Border<cpu::ExtendBoundary>},
+    {"72 ConvolvePicture", 0, Convolve},
     {"73 BlendLayer", kEachPixel | kManyRules, Layer<0>},
     {"74 BlendLayerSubpixel", 0, Layer<cpu::kLayerModes>},
+    {"75 CopyRectangle", kOwnSize, CopyPart},
     {"77 FillSolidColor", kInPlace,
      [](C c) { return cpu::FillSolidColor(IN_PLACE, c.dstPitch, c.colour); }},
     {"78 AdjustMatte", kInPlace, Matte},
@@ -383,6 +621,9 @@ const Operation kOperations[] = {
     {"80 ApplyMatte, a plane", 0, ApplyMatte<1>, 0, 1},
     {"81 TiltPicture", kOwnSize, Tilt},
     {"82 ComputeMean", kPacked, Mean},
+    {"83 FindThreshold", kPacked, Threshold},
+    {"84 MeasurePicture", 0, Measure},
+    {"85 FindBounds", 0, Bounds},
     {"86 ApplyChromaKey", kPacked | kMayAlias | kEachPixel, Key},
     {"87 GaussianBlurBox3", kInPlace,
      [](C c) { return cpu::GaussianBlurBox3(IN_PLACE, c.dstPitch, c.radius); }},
@@ -393,10 +634,17 @@ const Operation kOperations[] = {
     {"90 ConvertColorFromRGB", kInPlacePacked, Singles<SpaceColour<colour::ConvertColorFromRGB>>},
     {"91 ConvertColorToRGB", kInPlacePacked, Singles<SpaceColour<colour::ConvertColorToRGB>>},
     {"92 ConvertPixelFromRGB", kInPlacePacked, Singles<SpacePixel>},
+    {"93 ConvertBGRAToFrame", kOwnSize, ToFrame, 0, 4, 1},
+    {"94 ExtractPlane", 0, [](C c) { return cpu::ExtractPlane(FROM_TO, Below(5, c.words[0])); }, 0,
+     4, 1},
     {"95 ConvertHSLToRGB", kInPlacePacked, Singles<HslToRgb>},
     {"96 BlendLayerScaled", kOwnSize, ScaledLayer},
+    {"99 AdjustColor", kInPlace, Colour},
+    {"106 ShuffleChannels", kPacked | kMayAlias, Shuffle},
     {"107 ExtendBoundaryTransparent", kInPlace | kWholePitch,
      Border<cpu::ExtendBoundaryTransparent>},
+    {"109 ExpandPlaneScaled", 0,
+     [](C c) { return cpu::ExpandPlaneScaled(FROM_TO, 3 * c.reals[0]); }, 0, 1},
     {"110 ExpandPlane", 0, [](C c) { return cpu::ExpandPlane(FROM_TO); }, 0, 1},
 };
 
@@ -461,6 +709,17 @@ void DrawColours(Call* c, Input* in) {
   c->model = static_cast<u32>(in->Below(3));
   c->matrix = c->model == PICTAVO_COLOR_YUV ? static_cast<u32>(in->Below(3)) : 0;
   c->range = c->model == PICTAVO_COLOR_YUV ? static_cast<u32>(in->Below(2)) : PICTAVO_RANGE_FULL;
+}
+
+/// A frame's format, and its size as that of the side that has it.
+void DrawFrame(Call* c, bool isSource, Input* in) {
+  const u32 layout = static_cast<u32>(in->Below(9)), space = layout < 6 ? in->Byte() : 0u;
+  c->format = static_cast<i32>(FrameFormat(layout, space % 3, space / 128));
+  const bool empty = c->width < 1 || c->height < 1;
+  const i64 bytes = empty ? 0 : FrameBytes(layout, c->width, c->height);
+  if (!isSource) c->srcWidth = c->width, c->srcHeight = c->height;
+  (isSource ? c->srcWidth : c->width) = static_cast<i32>(bytes);
+  (isSource ? c->srcHeight : c->height) = 1;
 }
 
 /// Of one kind, or of several; long motions only take time.
@@ -670,6 +929,8 @@ Case DrawCase(const Operation& operation, Input* in) {
   c.srcWidth = traits & kOwnSize ? DrawScaled(c.width, in) : c.width;
   c.srcHeight = traits & kOwnSize ? DrawScaled(c.height, in) : c.height;
   bool packed = traits & kPacked;
+  if (operation.run == FromFrame || operation.run == ToFrame)
+    DrawFrame(&c, operation.run == FromFrame, in);
   if (operation.run == MotionSize) c.motion = DrawMotion(in);
   if (operation.run == Motion) {
     const MotionBlurParam& m = c.motion = DrawMotion(in);

@@ -92,6 +92,7 @@ void CheckLanes() {
   CHECK_LANES(u32, (JoinChannels(Channel(a, 0), Channel(a, 1), Channel(a, 2), Channel(a, 3))), a);
   CHECK_LANES(i32, (JoinChannels(a, a, a, a)), Limited(a) * 0x1010101);
   if constexpr (requires(T x) { Mul32(x, x); }) {
+    CHECK_LANES(i32, MinI32(a, b), std::min(a, b));
     CHECK_LANES(i32, MaxI32(a, b), std::max(a, b));
     CHECK_LANES(u32, Mul32(a, b), a * b);
   }
@@ -178,13 +179,16 @@ void CheckMoves() {
   const V lanes = LoadLanes([&](i64 i) { return bytes + 4 + 20 * i; });
   for (i64 i = 0; i < kLanes; ++i) {
     EXPECT_EQ(lane(Index32(), i), i);
+    EXPECT_EQ(lane(Reverse(load(0)), i), in[static_cast<size_t>(kLanes - 1 - i)]);
     EXPECT_EQ(lane(SwapPairs32(load(0)), i), in[static_cast<size_t>(i ^ 1)]);
     const size_t half = static_cast<size_t>(i < kHalf ? i : i - kHalf + kLanes);
     EXPECT_EQ(lane(FirstHalves(load(0), load(1)), i), in[half]);
     EXPECT_EQ(lane(SecondHalves(load(0), load(1)), i), in[half + kHalf]);
-    const size_t pair = static_cast<size_t>(2 * i);
+    const i64 vector = i / 2 % 2, place = i / 4 * 2 + i % 2;  // of a 64-bit lane
+    const size_t pair = static_cast<size_t>(vector * kLanes + 2 * place);
     EXPECT_EQ(lane(LowHalves64(load(0), load(1)), i), in[pair]);
     EXPECT_EQ(lane(HighHalves64(load(0), load(1)), i), in[pair + 1]);
+    EXPECT_EQ(lane(HalvesOrder32(), vector * kHalf + place), i);
     const auto pixels = LoadPairs(bytes, kPlaces);
     EXPECT_EQ(lane(pixels.here, i), in[static_cast<size_t>(7 ^ i)]);
     EXPECT_EQ(lane(pixels.right, i), in[static_cast<size_t>((7 ^ i) + 1)]);

@@ -2,11 +2,32 @@
 #ifndef PICTAVO_CPU_BASE_PICTURE_H_
 #define PICTAVO_CPU_BASE_PICTURE_H_
 
+#include <algorithm>
 #include <type_traits>
 
 #include "pictavo/pictavo.h"
 
 namespace pictavo::cpu {
+
+/// Columns and rows from the first to before the last, in 64 bits, in which a host's extreme
+/// numbers keep their meaning.
+struct Rectangle {
+  i64 left, top, right, bottom;
+
+  i64 width() const { return right - left; }
+  i64 height() const { return bottom - top; }
+  bool IsEmpty() const { return right <= left || bottom <= top; }
+  bool IsInside(const Rectangle& other) const {
+    return left >= other.left && top >= other.top && right <= other.right && bottom <= other.bottom;
+  }
+  Rectangle CutTo(const Rectangle& other) const {
+    return {std::max(left, other.left), std::max(top, other.top), std::min(right, other.right),
+            std::min(bottom, other.bottom)};
+  }
+};
+
+/// Of a host's four numbers.
+inline Rectangle RectangleOf(const i32* rect) { return {rect[0], rect[1], rect[2], rect[3]}; }
 
 /// Rows of pixels in the host's memory. Sizes in pixels, the pitch in bytes; it may be negative.
 template <typename Byte>
@@ -19,6 +40,12 @@ struct PictureOf {
   Byte* Row(i64 y) const { return pixels + y * pitch; }
   /// Whether a row is no longer than the pitch, which is not negative then.
   bool HoldsRows() const { return pitch >= (width > 0 ? width : 0) * pixelBytes; }
+
+  Rectangle Frame() const { return {0, 0, width, height}; }
+  /// The pixels of a rectangle that lies inside.
+  PictureOf Part(const Rectangle& r) const {
+    return {Row(r.top) + r.left * pixelBytes, r.width(), r.height(), pitch, pixelBytes};
+  }
 
   /// The same rows from the last to the first.
   PictureOf Flipped() const {
@@ -33,6 +60,10 @@ using Source = PictureOf<const u8>;
 inline Picture PictureIn(const ImageDesc& image) {
   return {static_cast<u8*>(image.data), image.width, image.height, image.pitch,
           image.bytesPerPixel};
+}
+inline Source SourceIn(const ImageDesc& image) {
+  const Picture picture = PictureIn(image);
+  return {picture.pixels, picture.width, picture.height, picture.pitch, picture.pixelBytes};
 }
 inline bool IsTexture(const ImageDesc& image) {
   return image.memoryKind == PICTAVO_MEMORY_D3D11_TEXTURE;
@@ -64,6 +95,11 @@ u32 CheckRecords(bool hold, const Images*... images) {
 template <typename Byte>
 bool IsBeyondMemory(const PictureOf<Byte>& picture) {
   return picture.width * picture.height > i64{1} << 40;
+}
+
+template <typename A, typename B>
+bool SameSize(const PictureOf<A>& a, const PictureOf<B>& b) {
+  return a.width == b.width && a.height == b.height;
 }
 
 /// Whether two pictures whose rows hold what they should share a byte. Pictures side by side in one

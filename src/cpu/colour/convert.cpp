@@ -35,6 +35,12 @@ constexpr ToRgb kToR = {4768, 0, 6537};
 constexpr ToRgb kToG = {4768, -1602, -3330};
 constexpr ToRgb kToB = {4768, 8266, 0};
 
+/// From a colour less its offsets.
+u32 RgbChannel(const ToRgb& row, i64 y, i64 u, i64 v) {
+  return static_cast<u32>(
+      std::clamp<i64>((y * row.y + u * row.u + v * row.v + 2048) >> 12, 0, 255));
+}
+
 /// Converts `width` pixels of src into dst; those that work in place take the same as both.
 using RowFn = void(u8* dst, const u8* src, i64 width);
 
@@ -66,6 +72,16 @@ void YuvaRow(u8* dst, const u8* src, i64 width) {
   }
 }
 
+void BgraRow(u8* dst, const u8* src, i64 width) {
+  for (i64 x = 0; x < width; ++x, dst += 4, src += 4) {
+    const i64 y = src[2] - 16, u = src[1] - 128, v = src[0] - 128;
+    dst[0] = static_cast<u8>(RgbChannel(kToB, y, u, v));
+    dst[1] = static_cast<u8>(RgbChannel(kToG, y, u, v));
+    dst[2] = static_cast<u8>(RgbChannel(kToR, y, u, v));
+    dst[3] = src[3];
+  }
+}
+
 void GrayRow(u8* dst, const u8* src, i64 width) {
   for (i64 x = 0; x < width; ++x, dst += 4, src += 4) {
     dst[0] = dst[1] = dst[2] = static_cast<u8>((src[0] + src[1] + src[2]) / 3);
@@ -74,10 +90,11 @@ void GrayRow(u8* dst, const u8* src, i64 width) {
 
 /// One build of every rule.
 struct ConvertBuild {
-  RowFn *premultiply, *unpremultiply, *yuva, *gray;
+  RowFn *premultiply, *unpremultiply, *yuva, *bgra, *gray;
 };
 
-constexpr ConvertBuild kPortableBuild = {PremultiplyRow, UnpremultiplyRow, YuvaRow, GrayRow};
+constexpr ConvertBuild kPortableBuild = {PremultiplyRow, UnpremultiplyRow, YuvaRow, BgraRow,
+                                         GrayRow};
 
 }  // namespace
 
@@ -113,12 +130,6 @@ u32 ConvertInPlace(RowFn* row, u8* buffer, i32 width, i32 height) {
 u32 Packed(i32 sum) { return std::min(255u, static_cast<u32>(sum) >> 12); }
 
 i64 Saturated16(i64 x) { return std::clamp<i64>(x, INT16_MIN, INT16_MAX); }
-
-/// From a colour less its offsets.
-u32 RgbChannel(const ToRgb& row, i64 y, i64 u, i64 v) {
-  return static_cast<u32>(
-      std::clamp<i64>((y * row.y + u * row.u + v * row.v + 2048) >> 12, 0, 255));
-}
 
 /// A channel of an HSL colour: lightness less `chroma` times a wave of the hue, which is shifted by
 /// `degrees` and runs from -30 to 30 in steps of its slopes and rests.
@@ -207,6 +218,15 @@ u32 ConvertBGRAToGray(i32 level, const u8* src, i32 width, i32 height, i32 srcPi
   ForPixels({reinterpret_cast<u8*>(dst), width, height, dstStep}, {src, width, height, srcPitch},
             RowFor(level, &ConvertBuild::gray));
   return PICTAVO_S_OK;
+}
+
+u32 ConvertYUVAToBGRA(i32 level, const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
+                      i32 dstPitch) noexcept {
+  const Picture to = {dst, width, height, dstPitch};
+  const Source from = {src, width, height, srcPitch};
+  const u32 code = Check(to, from);
+  if (code == PICTAVO_S_OK) ForRows(to, from, RowFor(level, &ConvertBuild::bgra));
+  return code;
 }
 
 u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g, u8* b) noexcept {

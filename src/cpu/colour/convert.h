@@ -1,5 +1,6 @@
-// Premultiplication and colour conversion: slots 14 to 21, 34, 35, 46 and 95. Each function is the
-// operation behind the method of the same name, which states its rule; `level` chooses the build.
+// Premultiplication and colour conversion: slots 14 to 21, 34, 35, 46, 50 and 95. Each function is
+// the operation behind the method of the same name, which states its rule; `level` chooses the
+// build.
 #ifndef PICTAVO_CPU_COLOUR_CONVERT_H_
 #define PICTAVO_CPU_COLOUR_CONVERT_H_
 
@@ -23,6 +24,9 @@ void ConvertRGBToYUV4Pixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept;
 void ConvertRGBToYUVPixelsPortable(const u8* pixels, i32* y, i32* u, i32* v) noexcept;
 
 u32 ConvertBGRAToGray(i32 level, const u8* src, i32 width, i32 height, i32 srcPitch, u32* dst,
+                      i32 dstPitch) noexcept;
+
+u32 ConvertYUVAToBGRA(i32 level, const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
                       i32 dstPitch) noexcept;
 
 u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g, u8* b) noexcept;

@@ -47,6 +47,10 @@ struct Unpremultiplied {
   }
 };
 
+inline V Pair(i32 low, i32 high) {
+  return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
+}
+
 /// A matrix row times `scale`, applied to two vectors: blue and red, and green with kOne.
 struct YuvSum {
   static constexpr u32 kOne = 512;  // the constants are multiples of it that fit 16 bits
@@ -60,11 +64,6 @@ struct YuvSum {
   V operator()(V br, V g1) const {
     return Add32(DotProduct32(br, blueRed), DotProduct32(g1, greenOne));
   }
-
- private:
-  static V Pair(i32 low, i32 high) {
-    return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
-  }
 };
 
 inline V GreenOne(V p) { return JoinHalves(Odd(p), V::All32(YuvSum::kOne << 16)); }
@@ -77,6 +76,21 @@ struct Yuva {
     const V br = Even(p), g1 = GreenOne(p);
     return PackHigh16(v(br, g1), u(br, g1), ShiftLeft32(y(br, g1), 1), Odd(p));
   }
+};
+
+struct Bgra {
+  V zeros{Pair(128, 16)}, half{V::All32(2048)};
+
+  V operator()(V p) const {
+    const V vy = Sub16(Even(p), zeros), uy = JoinHalves(Sub16(Odd(p), zeros), vy);
+    const V green =
+        Add32(DotProduct32(vy, Pair(kToG.v, kToG.y)), DotProduct32(uy, Pair(kToG.u, 0)));
+    return JoinChannels(Channel(DotProduct32(uy, Pair(kToB.u, kToB.y))), Channel(green),
+                        Channel(DotProduct32(vy, Pair(kToR.v, kToR.y))), ShiftRightU32(p, 24));
+  }
+
+ private:
+  V Channel(V sum) const { return ShiftRightI32(Add32(sum, half), 12); }
 };
 
 struct Gray {
@@ -95,4 +109,4 @@ void VectorRow(u8* dst, const u8* src, i64 width) {
 }
 
 constexpr ConvertBuild kConvertBuild = {VectorRow<Premultiplied>, VectorRow<Unpremultiplied>,
-                                        VectorRow<Yuva>, VectorRow<Gray>};
+                                        VectorRow<Yuva>, VectorRow<Bgra>, VectorRow<Gray>};

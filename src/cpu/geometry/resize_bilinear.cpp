@@ -80,7 +80,7 @@ void PickPixels(i32 level, const Bilinear& b) {
   PickRowFn* const pick = PickRowFor(level, step, b.dst.width);
   const i64 rowStep = b.dst.height > 1 ? b.rows[1].step : 0;
   for (i64 y = 0; y < b.dst.height; ++y)
-    pick(b.dst.Row(y), b.src.Row(y * rowStep), b.dst.width, b.src.width, step);
+    pick(b.dst.Row(y), b.src.Row(y * rowStep), b.dst.width, b.src.width, step, 0);
 }
 
 /// A vector build, for destinations of at least so many columns.

@@ -8,7 +8,6 @@
 
 namespace pictavo::cpu {
 
-using u16 = std::uint16_t;
 using u64 = std::uint64_t;
 
 struct ResizePictures {
@@ -29,11 +28,12 @@ struct ResizePictures {
   bool Fits16() const { return src.width <= 0x7FFF && src.height <= 0x7FFF; }
 };
 
-/// Writes a row of source pixels that lie `step` apart, in 1/65536 of a pixel, from the first on.
-using PickRowFn = void(u8* dst, const u8* row, i64 width, i64 srcWidth, u32 step);
+/// Writes a row of source pixels that lie `step` apart, in 1/65536 of a pixel, from a place within
+/// the first on.
+using PickRowFn = void(u8* dst, const u8* row, i64 width, i64 srcWidth, u32 step, u32 place);
 
 /// The fastest one up to a level for such a row.
-PickRowFn* PickRowFor(i32 level, u32 step, i64 width) noexcept;
+PickRowFn* PickRowFor(i32 level, u32 step, i64 width, u32 place = 0) noexcept;
 
 }  // namespace pictavo::cpu
 

@@ -347,11 +347,6 @@ u32 CheckWarp(bool hold, u32 filter, const ImageDesc* src, const ImageDesc* dst)
   return longest > i64{1} << 28 || ShareBytes(to, from) ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
 }
 
-Source SourceIn(const ImageDesc& image) {
-  const Picture picture = PictureIn(image);
-  return {picture.pixels, picture.width, picture.height, picture.pitch};
-}
-
 }  // namespace
 
 u32 RotatePicture(i32 level, const ImageDesc* src, ImageDesc* dst,

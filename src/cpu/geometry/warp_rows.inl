@@ -3,7 +3,7 @@
 #include "cpu/geometry/warp_spots.inl"
 #include "cpu/simd/sampler.inl"
 
-/// The places of a vector of pixels in 64-bit lanes, the first half of the pixels first.
+/// The places of a vector of pixels in 64-bit lanes, in the order of HalvesOrder32.
 struct Places {
   V x[2], y[2];
 
@@ -14,13 +14,20 @@ struct Places {
   }
 };
 
+/// The pixel of each lane of places.
+struct Order {
+  alignas(32) u32 pixel[V::kPixels];
+
+  Order() { HalvesOrder32().Store(reinterpret_cast<u8*>(pixel)); }
+};
+
 /// The places along a row, a vector of pixels at a time.
 template <typename Row>
 class Path {
  public:
   explicit Path(const Row& row)
       : row_(row), first_(D::All(static_cast<double>(row.touched.first))) {
-    const F index = ToF(Index32());
+    const F index = ToF(HalvesOrder32());
     halves_[0] = LowToD(index), halves_[1] = HighToD(index);
   }
 
@@ -67,8 +74,9 @@ class Path<AffineRow> {
   /// Modulo 2^64: the places of columns that are not touched may be any.
   static void Fill(i64 first, i64 step, V (&halves)[2]) {
     alignas(32) uint64_t lanes[V::kPixels];
-    for (uint64_t i = 0; i < V::kPixels; ++i)
-      lanes[i] = static_cast<uint64_t>(first) + i * static_cast<uint64_t>(step);
+    const Order order;
+    for (i64 i = 0; i < V::kPixels; ++i)
+      lanes[i] = static_cast<uint64_t>(first) + order.pixel[i] * static_cast<uint64_t>(step);
     const u8* const bytes = reinterpret_cast<const u8*>(lanes);
     halves[0] = V::Load(bytes);
     halves[1] = V::Load(bytes + kVectorBytes);
@@ -90,26 +98,34 @@ inline V Within(V place, i64 low, i64 end) {
   return GreaterI32(V::All32(static_cast<u32>(end - low) ^ bias), above);
 }
 
+/// Whether all that the places sample lies in the source.
+template <Filter filter>
+bool AreInside(const Source& src, const Places& at) {
+  const V inside = Within(at.Columns(), 0, src.width - Reach(filter)) &
+                   Within(at.Rows(), 0, src.height - Reach(filter));
+  return IsZero(inside ^ V::All32(~0u));
+}
+
 template <Filter filter>
 V SampleInside(const Source& src, const Places& at) {
   const V pitch = V::All32(static_cast<u32>(src.pitch));
   const V places = Add32(Mul32(at.Rows(), pitch), ShiftLeft32(at.Columns(), 2));
   if constexpr (filter == Filter::kNearest) return Gather32(src.pixels, places);
-  alignas(32) i32 at32[V::kPixels];
-  places.Store(reinterpret_cast<u8*>(at32));
-  const PixelPairs top = LoadPairs(src.pixels, at32);
-  const PixelPairs bottom = LoadPairs(src.pixels + src.pitch, at32);
+  alignas(32) i32 stored[V::kPixels];
+  i32 loaded[V::kPixels];
+  places.Store(reinterpret_cast<u8*>(stored));
+  // Through memory indeed: taking lanes out of vectors would cost more than the loads of pixels.
+  for (int i = 0; i < V::kPixels; ++i) loaded[i] = static_cast<const volatile i32&>(stored[i]);
+  const PixelPairs top = LoadPairs(src.pixels, loaded);
+  const PixelPairs bottom = LoadPairs(src.pixels + src.pitch, loaded);
   return SampleRounded({top.here, top.right, bottom.here, bottom.right}, at.Weights());
 }
 
+/// Of places that are not all inside.
 template <Filter filter>
-V SampleAnywhere(const Source& src, const Places& at) {
+V SampleAtEdges(const Source& src, const Places& at) {
   constexpr i64 reach = Reach(filter);
-  const V columns = at.Columns(), rows = at.Rows();
-  const V outside =
-      V::All32(~0u) ^ (Within(columns, 0, src.width - reach) & Within(rows, 0, src.height - reach));
-  if (IsZero(outside)) return SampleInside<filter>(src, at);
-  if (IsZero(Within(columns, -reach, src.width) & Within(rows, -reach, src.height)))
+  if (IsZero(Within(at.Columns(), -reach, src.width) & Within(at.Rows(), -reach, src.height)))
     return V::Zero();
   alignas(32) i64 x[V::kPixels], y[V::kPixels];
   alignas(32) u8 pixels[kVectorBytes];
@@ -117,7 +133,9 @@ V SampleAnywhere(const Source& src, const Places& at) {
     at.x[half].Store(reinterpret_cast<u8*>(x) + half * kVectorBytes);
     at.y[half].Store(reinterpret_cast<u8*>(y) + half * kVectorBytes);
   }
-  for (i64 i = 0; i < V::kPixels; ++i) SamplePlace<filter>(pixels + 4 * i, src, {x[i], y[i]});
+  const Order order;
+  for (i64 i = 0; i < V::kPixels; ++i)
+    SamplePlace<filter>(pixels + 4 * order.pixel[i], src, {x[i], y[i]});
   return V::Load(pixels);
 }
 
@@ -127,8 +145,9 @@ void WarpRow(u8* out, const Source& src, const Row& row) {
   const Span touched = row.touched, whole = row.whole;
   for (i64 x = touched.first; x < touched.end; x += V::kPixels) {
     const Places at = path.Next();
-    const bool isInside = x >= whole.first && x + V::kPixels <= whole.end;
-    const V pixels = isInside ? SampleInside<filter>(src, at) : SampleAnywhere<filter>(src, at);
+    const bool isInside =
+        (x >= whole.first && x + V::kPixels <= whole.end) || AreInside<filter>(src, at);
+    const V pixels = isInside ? SampleInside<filter>(src, at) : SampleAtEdges<filter>(src, at);
     if (x + V::kPixels <= touched.end) {
       pixels.Store(out + 4 * x);
     } else {

@@ -68,6 +68,8 @@ inline V ShiftRightI32(V a, int bits) { return {_mm_srai_epi32(a.v, bits)}; }
 inline V ShiftLeft64(V a, int bits) { return {_mm_slli_epi64(a.v, bits)}; }
 
 inline V Index32() { return {_mm_setr_epi32(0, 1, 2, 3)}; }
+/// The 32-bit lanes from the last to the first.
+inline V Reverse(V a) { return {_mm_shuffle_epi32(a.v, 0x1B)}; }
 /// Swaps lanes 0 and 1, 2 and 3, …
 inline V SwapPairs32(V a) { return {_mm_shuffle_epi32(a.v, 0xB1)}; }
 
@@ -97,13 +99,18 @@ inline void Transpose32(V (&rows)[4]) {
 inline V FirstHalves(V a, V b) { return {_mm_unpacklo_epi64(a.v, b.v)}; }
 inline V SecondHalves(V a, V b) { return {_mm_unpackhi_epi64(a.v, b.v)}; }
 
-/// The low, or the high, 32 bits of the 64-bit lanes of a and then of b.
+/// The low, or the high, 32 bits of 64-bit lanes: of the first two of a, of the first two of b, and
+/// so on.
 inline V LowHalves64(V a, V b) {
   return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0x88))};
 }
 inline V HighHalves64(V a, V b) {
   return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0xDD))};
 }
+
+/// The numbers that two vectors of 64-bit lanes, one after the other, have in their lanes when
+/// LowHalves64 makes 0, 1, 2, … of them.
+inline V HalvesOrder32() { return Index32(); }
 
 /// One pixel at each of so many places, bytes from p and not negative, and the pixels right of
 /// them.

@@ -9,6 +9,7 @@ inline bool IsZero(V a) { return _mm_testz_si128(a.v, a.v) != 0; }
 inline bool AlphasClear(V a) { return _mm_testz_si128(a.v, V::All32(0xFF000000).v) != 0; }
 inline bool AlphasOpaque(V a) { return _mm_testc_si128(a.v, V::All32(0xFF000000).v) != 0; }
 
+inline V MinI32(V a, V b) { return {_mm_min_epi32(a.v, b.v)}; }
 inline V MaxI32(V a, V b) { return {_mm_max_epi32(a.v, b.v)}; }
 /// The low half of the product.
 inline V Mul32(V a, V b) { return {_mm_mullo_epi32(a.v, b.v)}; }

@@ -42,6 +42,7 @@ inline V MinU8(V a, V b) { return {_mm256_min_epu8(a.v, b.v)}; }
 inline V MaxU8(V a, V b) { return {_mm256_max_epu8(a.v, b.v)}; }
 inline V MinI16(V a, V b) { return {_mm256_min_epi16(a.v, b.v)}; }
 inline V MaxI16(V a, V b) { return {_mm256_max_epi16(a.v, b.v)}; }
+inline V MinI32(V a, V b) { return {_mm256_min_epi32(a.v, b.v)}; }
 inline V MaxI32(V a, V b) { return {_mm256_max_epi32(a.v, b.v)}; }
 inline V Abs16(V a) { return {_mm256_abs_epi16(a.v)}; }
 inline V WithSignI16(V a, V other) { return {_mm256_sign_epi16(a.v, other.v)}; }
@@ -65,6 +66,9 @@ inline V ShiftRightI32(V a, int bits) { return {_mm256_srai_epi32(a.v, bits)}; }
 inline V ShiftLeft64(V a, int bits) { return {_mm256_slli_epi64(a.v, bits)}; }
 
 inline V Index32() { return {_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}; }
+inline V Reverse(V a) {
+  return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0))};
+}
 inline V SwapPairs32(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }
 inline V ShuffleBytes(V a, V from) { return {_mm256_shuffle_epi8(a.v, from.v)}; }
 
@@ -96,16 +100,15 @@ inline void Transpose32(V (&rows)[4]) {
 inline V FirstHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x20)}; }
 inline V SecondHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x31)}; }
 
-/// 64-bit lanes 0, 2, 1 and 3.
-inline V SwapMiddle64(V a) { return {_mm256_permute4x64_epi64(a.v, 0xD8)}; }
 inline V LowHalves64(V a, V b) {
-  return SwapMiddle64({_mm256_castps_si256(
-      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0x88))});
+  return {_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0x88))};
 }
 inline V HighHalves64(V a, V b) {
-  return SwapMiddle64({_mm256_castps_si256(
-      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0xDD))});
+  return {_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0xDD))};
 }
+inline V HalvesOrder32() { return {_mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7)}; }
 
 struct PixelPairs {
   V here, right;

@@ -1,0 +1,57 @@
+// What grading adds to the vocabulary.
+#ifndef PICTAVO_CPU_COLOUR_GRADING_SIMD_H_
+#define PICTAVO_CPU_COLOUR_GRADING_SIMD_H_
+
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse41.h"
+
+TARGET_REGION("sse4.1")
+namespace pictavo::cpu::sse41 {
+
+/// The 16-bit lanes of the first, or the second, half of each 128 bits of a and b in turn.
+inline V InterleaveFirst16(V a, V b) { return {_mm_unpacklo_epi16(a.v, b.v)}; }
+inline V InterleaveSecond16(V a, V b) { return {_mm_unpackhi_epi16(a.v, b.v)}; }
+
+/// One 32-bit lane of each 128 bits in all four.
+template <int lane>
+V Repeat32(V a) {
+  return {_mm_shuffle_epi32(a.v, lane * 0x55)};
+}
+
+/// The numbers of 64 bits each at the places, counted in such: those of the first two lanes of each
+/// 128 bits, and those of the other two.
+inline void Gather64(const u8* p, V places, V (&numbers)[2]) {
+  const auto two = [p](i32 first, i32 second) -> V {
+    const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 8 * i64{first}));
+    const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 8 * i64{second}));
+    return {_mm_unpacklo_epi64(low, high)};
+  };
+  numbers[0] = two(_mm_extract_epi32(places.v, 0), _mm_extract_epi32(places.v, 1));
+  numbers[1] = two(_mm_extract_epi32(places.v, 2), _mm_extract_epi32(places.v, 3));
+}
+
+}  // namespace pictavo::cpu::sse41
+TARGET_REGION_END
+
+TARGET_REGION("avx2")
+namespace pictavo::cpu::avx2 {
+
+inline V InterleaveFirst16(V a, V b) { return {_mm256_unpacklo_epi16(a.v, b.v)}; }
+inline V InterleaveSecond16(V a, V b) { return {_mm256_unpackhi_epi16(a.v, b.v)}; }
+
+template <int lane>
+V Repeat32(V a) {
+  return {_mm256_shuffle_epi32(a.v, lane * 0x55)};
+}
+
+inline void Gather64(const u8* p, V places, V (&numbers)[2]) {
+  const auto* const base = reinterpret_cast<const long long*>(p);
+  const __m256i halves = _mm256_permute4x64_epi64(places.v, 0b11'01'10'00);
+  numbers[0] = {_mm256_i32gather_epi64(base, _mm256_castsi256_si128(halves), 8)};
+  numbers[1] = {_mm256_i32gather_epi64(base, _mm256_extracti128_si256(halves, 1), 8)};
+}
+
+}  // namespace pictavo::cpu::avx2
+TARGET_REGION_END
+
+#endif  // PICTAVO_CPU_COLOUR_GRADING_SIMD_H_

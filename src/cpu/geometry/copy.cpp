@@ -1,0 +1,44 @@
+#include "cpu/geometry/copy.h"
+
+#include <cstring>
+
+#include "cpu/base/builds.h"
+#include "cpu/base/picture.h"
+#include "cpu/base/string_moves.h"
+
+namespace pictavo::cpu {
+namespace {
+
+using CopyRowFn = void(u8* dst, const u8* src, i64 width);
+
+void CopyRow(u8* dst, const u8* src, i64 width) {
+  std::memcpy(dst, src, static_cast<size_t>(4 * width));
+}
+
+void CopyRow_AVX2(u8* dst, const u8* src, i64 width) {
+  constexpr i64 kLong = 1024;
+  width < kLong ? CopyRow(dst, src, width) : StringCopy(dst, src, width);
+}
+
+}  // namespace
+
+u32 CopyRectangle(i32 level, const ImageDesc* src, ImageDesc* dst, const i32* rect) noexcept {
+  static constexpr Builds<CopyRowFn*> kBuilds = {.portable = CopyRow, .avx2 = CopyRow_AVX2};
+  if (rect == nullptr) return PICTAVO_E_POINTER;
+  const Rectangle part = RectangleOf(rect);
+  if (const u32 code = CheckRecords(part.width() >= 0 && part.height() >= 0, dst, src);
+      code != PICTAVO_S_OK) {
+    return code;
+  }
+  const Source from = SourceIn(*src);
+  const Picture to = PictureIn(*dst);
+  const Rectangle there = {0, 0, part.width(), part.height()};
+  if (!part.IsInside(from.Frame()) || !there.IsInside(to.Frame()) || ShareBytes(from, to)) {
+    return PICTAVO_E_INVALIDARG;
+  }
+  if (part.IsEmpty()) return PICTAVO_S_FALSE;
+  ForRows(to.Part(there), from.Part(part), kBuilds.For(level));
+  return PICTAVO_S_OK;
+}
+
+}  // namespace pictavo::cpu

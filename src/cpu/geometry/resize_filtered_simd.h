@@ -1,0 +1,28 @@
+// What filtered resizing adds to the vocabulary.
+#ifndef PICTAVO_CPU_GEOMETRY_RESIZE_FILTERED_SIMD_H_
+#define PICTAVO_CPU_GEOMETRY_RESIZE_FILTERED_SIMD_H_
+
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/ssse3.h"
+
+TARGET_REGION("ssse3")
+namespace pictavo::cpu::ssse3 {
+
+/// The bits of a vector as singles.
+inline F Singles(V a) { return {_mm_castsi128_ps(a.v)}; }
+/// The last of each four singles in all four.
+inline F RepeatLast(F a) { return {_mm_shuffle_ps(a.v, a.v, 0xFF)}; }
+
+}  // namespace pictavo::cpu::ssse3
+TARGET_REGION_END
+
+TARGET_REGION("avx2")
+namespace pictavo::cpu::avx2 {
+
+inline F Singles(V a) { return {_mm256_castsi256_ps(a.v)}; }
+inline F RepeatLast(F a) { return {_mm256_shuffle_ps(a.v, a.v, 0xFF)}; }
+
+}  // namespace pictavo::cpu::avx2
+TARGET_REGION_END
+
+#endif  // PICTAVO_CPU_GEOMETRY_RESIZE_FILTERED_SIMD_H_
