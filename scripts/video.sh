@@ -64,7 +64,8 @@ row clip.raw "key=00B140:40:30" chromakey -vf chromakey=0x00B140:0.15:0.05
 row cut.raw "over=$background" overlay -framerate 24 -i "$background" -filter_complex \
   "[1]scale=1920:1080,format=bgra,loop=-1:1:0[b];[b][0]overlay=format=rgb:shortest=1"
 # These take as many pixels as ours, whatever the ratio; scale's plain bilinear takes more as it reduces.
-row clip.raw "resize=1280x720" "scale, fast_bilinear" -vf scale=1280:720:flags=fast_bilinear
+row clip.raw "resize=1280x720:bilinear16" "scale, fast_bilinear" -vf scale=1280:720:flags=fast_bilinear
+row clip.raw "resize=1280x720" "scale, lanczos" -vf scale=1280:720:flags=lanczos
 row clip.raw "resize=1280x720:nearest" "scale, neighbor" -vf scale=1280:720:flags=neighbor
 row clip.raw "blur=10" "gblur, sigma 10 / 3" -vf gblur=sigma=3.33
 rm clip.raw cut.raw

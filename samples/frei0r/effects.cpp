@@ -8,6 +8,7 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -27,7 +28,7 @@ double Limited(double value) { return std::min(std::max(0.0, value), 1.0); }
 /// One instance of the effect. Its frames are packed BGRA, as the kernels take them.
 struct Instance {
   i32 width, height;
-  std::array<double, 3> numbers;  // of its parameters, 0 to 1
+  std::array<double, 4> numbers;  // of its parameters, 0 to 1
   f0r_param_color_t colour;
 
   i32 pitch() const { return 4 * width; }
@@ -89,26 +90,33 @@ bool Key(const Instance& frame, const u8* in, u8* out) {
   return chromakey::ApplyChromaKey(Level(), &src, &dst, &key, 1, kBgra) == PICTAVO_S_OK;
 }
 
-/// Blocks of one colour: shrunk to a pixel a block, and back.
-bool Mosaic(const Instance& frame, const u8* in, u8* out) {
-  const i32 side = 1 + static_cast<i32>(frame.Number(0, 99));
-  const i32 columns = (frame.width + side - 1) / side, rows = (frame.height + side - 1) / side;
-  std::vector<u32> blocks(static_cast<size_t>(columns) * static_cast<size_t>(rows));
-  return cpu::ResizeBox16(Level(), reinterpret_cast<u8*>(blocks.data()), columns, rows, 4 * columns,
-                          in, frame.width, frame.height, frame.pitch()) == PICTAVO_S_OK &&
-         cpu::ResizeNearest32(Level(), reinterpret_cast<u32*>(out), frame.width, frame.height,
-                              frame.pitch(), blocks.data(), columns, rows,
-                              4 * columns) == PICTAVO_S_OK;
+bool Lay(const Instance& frame, const u8* layer, u8* out) {
+  const BlendParam param = {static_cast<u32>(frame.Number(0, cpu::kLayerModes - 1) + 0.5),
+                            static_cast<u32>(frame.Number(1, 255) + 0.5), 2, 0, 0};
+  cpu::LayerKernel* const lay = cpu::kLayerKernels[param.mode].For(Level());
+  return param.opacity == 0 || lay(out, layer, frame.width, frame.height, frame.pitch(),
+                                   frame.pitch(), param) == PICTAVO_S_OK;
+}
+
+bool Transit(const Instance& frame, const u8* from, const u8* to, u8* out) {
+  const TransitionParam param = {
+      static_cast<u32>(frame.Number(0, 7) + 0.5), static_cast<f32>(frame.Number(1, 1)),
+      static_cast<f32>(frame.Number(2, 1)), static_cast<f32>(frame.Number(3, 360)), frame.Argb()};
+  ImageDesc dst = frame.Describe(out);
+  const ImageDesc first = frame.Describe(from), second = frame.Describe(to);
+  return cpu::ApplyTransition(Level(), &dst, &first, &second, &param) == PICTAVO_S_OK;
 }
 
 struct Effect {
   const char* name;
   const char* explanation;
   std::vector<f0r_param_info_t> parameters;
-  std::array<double, 3> defaults;
+  std::array<double, 4> defaults;
   f0r_param_color_t colour;
   /// `out` holds the frame before. False leaves the frame as it was.
   bool (*run)(const Instance& frame, const u8* in, u8* out);
+  /// In the place of `run`, of an effect that mixes two frames; `out` holds the first.
+  bool (*mix)(const Instance& frame, const u8* first, const u8* second, u8* out) = nullptr;
 };
 
 constexpr int kNumber = F0R_PARAM_DOUBLE, kColour = F0R_PARAM_COLOR;
@@ -124,6 +132,22 @@ const Effect kEffects[] = {
        return cpu::GaussianBlurBox3(Level(), out, f.width, f.height, f.pitch(),
                                     static_cast<f32>(std::min(f.Number(0, 100), most))) ==
               PICTAVO_S_OK;
+     }},
+    {"color",
+     "Contrast, saturation and hue",
+     {{"contrast", kNumber, "0 to 1 for a factor of 0 to 4"},
+      {"saturation", kNumber, "the same"},
+      {"hue", kNumber, "0 to 1 for a whole turn"}},
+     {0.3, 0.35, 0.05},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       const ColorParam param = {0,
+                                 static_cast<f32>(f.Number(0, 4)),
+                                 static_cast<f32>(f.Number(1, 4)),
+                                 static_cast<f32>(f.Number(2, 360)),
+                                 0,
+                                 0};
+       return cpu::AdjustColor(Level(), out, f.width, f.height, f.pitch(), &param) == PICTAVO_S_OK;
      }},
     {"direction",
      "Motion blur along a line",
@@ -145,6 +169,16 @@ const Effect kEffects[] = {
                                         static_cast<u8>(f.Number(1, 255)),
                                         f.Argb()) == PICTAVO_S_OK;
      }},
+    {"gauss",
+     "The true Gaussian",
+     {{"sigma", kNumber, "0 to 1 for 0 to 100 pixels"}},
+     {0.05},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       const f32 sigma = static_cast<f32>(f.Number(0, 100));
+       return cpu::GaussianBlur(Level(), out, f.width, f.height, f.pitch(), sigma, sigma,
+                                PICTAVO_EDGES_REPLICATE) == PICTAVO_S_OK;
+     }},
     {"grey",
      "The mean of the colours",
      {},
@@ -154,6 +188,16 @@ const Effect kEffects[] = {
        return cpu::ConvertBGRAToGray(Level(), in, f.width, f.height, f.pitch(),
                                      reinterpret_cast<u32*>(out), f.pitch()) == PICTAVO_S_OK;
      }},
+    {"layer",
+     "Mixes the second frame into the first by a layer mode",
+     {{"mode", kNumber,
+       "0 to 1 for modes 0 to 11: normal, darken, multiply, lighten, screen, "
+       "overlay, difference, hue, add, saturation, luminosity, colour"},
+      {"opacity", kNumber, "of the second frame"}},
+     {0, 1},
+     {},
+     nullptr,
+     [](const Instance& f, const u8*, const u8* second, u8* out) { return Lay(f, second, out); }},
     {"key",
      "Chroma key",
      {{"angle", kNumber, "0 to 1 for hues 0 to 180 degrees off"},
@@ -162,12 +206,30 @@ const Effect kEffects[] = {
      {0.2, 0.1},
      {0, 0.69f, 0.25f},
      Key},
+    {"levels",
+     "Levels of the colours",
+     {{"black", kNumber, "what becomes black"},
+      {"white", kNumber, "what becomes white"},
+      {"gamma", kNumber, "0 to 1 for 0.01 to 4 of what lies between"}},
+     {0.05, 0.95, 0.35},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       const LevelsParam param = {static_cast<f32>(f.Number(0, 1)),
+                                  static_cast<f32>(f.Number(1, 1)),
+                                  static_cast<f32>(std::max(0.01, f.Number(2, 4))), 0, 1};
+       return cpu::AdjustLevels(Level(), out, f.width, f.height, f.pitch(), 7, &param) ==
+              PICTAVO_S_OK;
+     }},
     {"mosaic",
      "Blocks of one colour",
      {{"side", kNumber, "0 to 1 for 1 to 100 pixels"}},
      {0.15},
      {},
-     Mosaic},
+     [](const Instance& f, const u8*, u8* out) {
+       const i32 rect[] = {0, 0, f.width, f.height};
+       return cpu::PixelateRegion(Level(), out, f.width, f.height, f.pitch(), rect,
+                                  1 + static_cast<u32>(f.Number(0, 99))) == PICTAVO_S_OK;
+     }},
     {"outline",
      "A line of one pixel inside the frame's edge",
      {{"colour", kColour, "of the line"}},
@@ -179,6 +241,15 @@ const Effect kEffects[] = {
        return cpu::DrawRectOutline(reinterpret_cast<u32*>(out), static_cast<u32>(f.pitch()), rect,
                                    f.Argb()) == PICTAVO_S_OK;
      }},
+    {"over",
+     "Lays the second frame over the first",
+     {},
+     {},
+     {},
+     nullptr,
+     [](const Instance& f, const u8*, const u8* second, u8* out) {
+       return cpu::BlendOverPacked(Level(), out, second, f.width, f.height) == 1;
+     }},
     {"premultiply",
      "Straight alpha to premultiplied",
      {},
@@ -186,6 +257,38 @@ const Effect kEffects[] = {
      {},
      [](const Instance& f, const u8*, u8* out) {
        return cpu::PremultiplyPacked(Level(), out, f.width, f.height) == 1;
+     }},
+    {"sharpen",
+     "Adds what a Gaussian takes",
+     {{"amount", kNumber, "0 to 1 for 0 to 16"},
+      {"radius", kNumber, "of the Gaussian: 0 to 1 for a sigma of 0 to 100 pixels"},
+      {"threshold", kNumber, "what differs less stays"}},
+     {0.0625, 0.02, 0},
+     {},
+     [](const Instance& f, const u8*, u8* out) {
+       return cpu::SharpenPicture(Level(), out, f.width, f.height, f.pitch(),
+                                  static_cast<f32>(f.Number(0, 16)),
+                                  static_cast<f32>(f.Number(2, 255)),
+                                  static_cast<f32>(f.Number(1, 100))) == PICTAVO_S_OK;
+     }},
+    {"rotate",
+     "Turns the frame about its middle; what it leaves is clear",
+     {{"angle", kNumber, "0 to 1 for -180 to 180 degrees, clockwise"},
+      {"scale", kNumber, "0 to 1 for a quarter to four times, 0.5 for one"}},
+     {0.55, 0.5},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       const f32 x = static_cast<f32>(f.width) / 2, y = static_cast<f32>(f.height) / 2;
+       const RotateParam param = {static_cast<f32>(f.Number(0, 360) - 180),
+                                  static_cast<f32>(std::exp2(f.Number(1, 4) - 2)),
+                                  x,
+                                  y,
+                                  x,
+                                  y,
+                                  PICTAVO_SAMPLE_BILINEAR};
+       const ImageDesc src = f.Describe(in);
+       ImageDesc dst = f.Describe(out);
+       return cpu::RotatePicture(Level(), &src, &dst, &param) == PICTAVO_S_OK;
      }},
     {"spin",
      "Motion blur around the middle",
@@ -195,6 +298,38 @@ const Effect kEffects[] = {
      [](const Instance& f, const u8* in, u8* out) {
        return BlurMotion(f, in, out, {1, 30, 0, 0, 1, 0, static_cast<f32>(f.Number(0, 90))});
      }},
+    {"tilt",
+     "Turns the frame in space about its middle",
+     {{"yaw", kNumber, "0 to 1 for -90 to 90 degrees, the right edge away"},
+      {"pitch", kNumber, "the same, the top edge away"},
+      {"roll", kNumber, "0 to 1 for -180 to 180 degrees, clockwise"}},
+     {0.65, 0.5, 0.5},
+     {},
+     [](const Instance& f, const u8* in, u8* out) {
+       const TiltParam param = {static_cast<f32>(f.width) / 2,
+                                static_cast<f32>(f.height) / 2,
+                                static_cast<f32>(f.Number(0, 180) - 90),
+                                static_cast<f32>(f.Number(1, 180) - 90),
+                                static_cast<f32>(f.Number(2, 360) - 180),
+                                60,
+                                PICTAVO_SAMPLE_BILINEAR};
+       const ImageDesc src = f.Describe(in);
+       ImageDesc dst = f.Describe(out);
+       return cpu::TiltPicture(Level(), &src, &dst, &param) == PICTAVO_S_OK;
+     }},
+    {"transition",
+     "On the way from the first frame to the second",
+     {{"mode", kNumber,
+       "0 to 1 for modes 0 to 7: fade, dip, wipe, iris, clock, blinds, dissolve, "
+       "push"},
+      {"progress", kNumber, "how far"},
+      {"softness", kNumber, "of the edge"},
+      {"angle", kNumber, "0 to 1 for a turn"},
+      {"colour", kColour, "that a dip goes through"}},
+     {0, 0.5, 0.1, 0},
+     {0, 0, 0},
+     nullptr,
+     Transit},
     {"unpremultiply",
      "Premultiplied alpha to straight",
      {},
@@ -236,7 +371,7 @@ void f0r_deinit() {}
 void f0r_get_plugin_info(f0r_plugin_info_t* info) {
   *info = {"pictavo " PICTAVO_EFFECT,
            "Pictavo",
-           F0R_PLUGIN_TYPE_FILTER,
+           kEffect.mix != nullptr ? F0R_PLUGIN_TYPE_MIXER2 : F0R_PLUGIN_TYPE_FILTER,
            F0R_COLOR_MODEL_BGRA8888,
            FREI0R_MAJOR_VERSION,
            PICTAVO_MAJOR,
@@ -274,15 +409,24 @@ void f0r_get_param_value(f0r_instance_t instance, f0r_param_t value, int index) 
   }
 }
 
-void f0r_update(f0r_instance_t instance, double /*time*/, const uint32_t* in, uint32_t* out) {
+void f0r_update2(f0r_instance_t instance, double /*time*/, const uint32_t* in,
+                 const uint32_t* second, const uint32_t* /*third*/, uint32_t* out) {
   const auto& frame = *static_cast<Instance*>(instance);
+  const u8* const first = reinterpret_cast<const u8*>(in);
+  u8* const result = reinterpret_cast<u8*>(out);
   std::memcpy(out, in, frame.bytes());
   bool done = false;
   try {
-    done = kEffect.run(frame, reinterpret_cast<const u8*>(in), reinterpret_cast<u8*>(out));
+    done = kEffect.mix != nullptr
+               ? kEffect.mix(frame, first, reinterpret_cast<const u8*>(second), result)
+               : kEffect.run(frame, first, result);
   } catch (const std::bad_alloc&) {
   }
   if (!done) std::memcpy(out, in, frame.bytes());
+}
+
+void f0r_update(f0r_instance_t instance, double time, const uint32_t* in, uint32_t* out) {
+  f0r_update2(instance, time, in, in, in, out);
 }
 
 }  // extern "C"

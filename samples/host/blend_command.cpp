@@ -1,7 +1,9 @@
 // pictavo-host blend: lays one picture over another at any place.
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #include "chain.h"
 #include "command_line.h"
@@ -136,6 +138,30 @@ int RunBlend(pictavo::Library& library, const Arguments& arguments) {
   return 0;
 }
 
+/// The frame at a place, in a size, between the background's pixels.
+Step OverAtPlace(const Arguments& pieces, Size size) {
+  Parser parser(pieces);
+  const f32 left = parser.Real("X of over"), top = parser.Real("Y of over");
+  const Size shown = FrameSize(&parser, "WxH of over");
+  const std::array<f32, 4> rect = {left, top, left + static_cast<f32>(shown.width),
+                                   top + static_cast<f32>(shown.height)};
+  const FrameBeside background(parser.Next("FILE of over"), size);
+  return {size,
+          false,
+          {},
+          {},
+          [rect, background](pictavo::IPictavo6* object, const Moment& moment, Picture* frame,
+                             Picture* result) {
+            *result = OnWhite(background.At(moment));
+            pictavo::ImageDesc dst = Describe(*result);
+            const pictavo::ImageDesc src = Describe(std::as_const(*frame));
+            const pictavo::BlendParam param = {0, 255, 0, 0, 0};
+            return pictavo::Call<&pictavo::IPictavo6::BlendLayerScaled>(object, &dst, &src, &param,
+                                                                        rect.data());
+          },
+          background.isSecond()};
+}
+
 }  // namespace
 
 const Command kBlendCommand = {
@@ -151,17 +177,26 @@ const Command kBlendCommand = {
     "      --backdrop AARRGGBB  colour to mix with instead of the background\n",
     RunBlend};
 
-const Effect kOverEffect = {
-    "over", 1, [](Parser& settings, Size size) -> Step {
-      return {size, false,
-              [background = OnWhite(
-                   Covering(ReadPicture(settings.Next("FILE of over")), size.width, size.height))](
-                  pictavo::IPictavo6* object, Picture* frame, Picture* result) {
-                result->pixels = background.pixels;
-                return pictavo::Call<&pictavo::IPictavo6::BlendOverPitched>(
-                    object, result->pixels.data(), frame->pixels.data(), frame->width,
-                    frame->height, frame->pitch());
-              }};
-    }};
+const Effect kOverEffect = {"over", 4, [](Parser& settings, Size size) -> Step {
+                              Arguments pieces = {settings.Next("FILE of over")};
+                              while (!settings.AtEnd())
+                                pieces.push_back(settings.Next("FILE of over"));
+                              if (pieces.size() == 4) return OverAtPlace(pieces, size);
+                              std::wstring file = pieces[0];  // a name with colons was taken apart
+                              for (size_t i = 1; i < pieces.size(); ++i) file += L':' + pieces[i];
+                              const FrameBeside background(file, size);
+                              return {size,
+                                      false,
+                                      {},
+                                      {},
+                                      [background](pictavo::IPictavo6* object, const Moment& moment,
+                                                   Picture* frame, Picture* result) {
+                                        *result = OnWhite(background.At(moment));
+                                        return pictavo::Call<&pictavo::IPictavo6::BlendOverPitched>(
+                                            object, result->pixels.data(), frame->pixels.data(),
+                                            frame->width, frame->height, frame->pitch());
+                                      },
+                                      background.isSecond()};
+                            }};
 
 }  // namespace host

@@ -7,8 +7,11 @@
 namespace host {
 namespace {
 
-const Effect* const kEffects[] = {&kKeyEffect,    &kOverEffect, &kLayerEffect,
-                                  &kResizeEffect, &kBlurEffect, &kConvertEffect};
+const Effect* const kEffects[] = {
+    &kKeyEffect,      &kOverEffect,  &kLayerEffect,   &kFadeEffect,   &kTransitionEffect,
+    &kResizeEffect,   &kFlipEffect,  &kBlurEffect,    &kMotionEffect, &kBorderEffect,
+    &kPixelateEffect, &kGaussEffect, &kSharpenEffect, &kMatteEffect,  &kConvertEffect,
+    &kRotateEffect,   &kTiltEffect};
 
 std::wstring Trimmed(const std::wstring& text) {
   constexpr const wchar_t* kSpace = L" \t\r\n";
@@ -46,7 +49,19 @@ Step ParseStep(const std::wstring& text, Size frame) {
   return effect.make(parser, frame);
 }
 
+void CheckSecond(const Step& step, Size taken, Size first, bool hasSecond) {
+  if (!step.takesSecond) return;
+  if (!hasSecond) throw UsageFailure('"' + step.text + "\" needs a second video, --second FILE");
+  if (taken.width != first.width || taken.height != first.height)
+    throw UsageFailure('"' + step.text + "\" needs frames of the second video's size", kBadSize);
+}
+
 }  // namespace
+
+FrameBeside::FrameBeside(const std::wstring& name, Size size) {
+  if (name == L"second") return;
+  picture_ = std::make_shared<const Picture>(Covering(ReadPicture(name), size.width, size.height));
+}
 
 Size FrameSize(Parser* parser, const std::string& what) {
   try {
@@ -56,29 +71,35 @@ Size FrameSize(Parser* parser, const std::string& what) {
   }
 }
 
-std::vector<Step> ParseChain(const std::wstring& chain, Size frame) {
+std::vector<Step> ParseChain(const std::wstring& chain, Size frame, bool hasSecond) {
   std::vector<Step> steps;
+  const Size first = frame;
   for (const std::wstring& text : Split(Trimmed(chain), L'|', chain.npos)) {
     steps.push_back(ParseStep(text, frame));
     steps.back().text = Utf8(text);
+    CheckSecond(steps.back(), frame, first, hasSecond);
     frame = steps.back().size;
   }
   return steps;
 }
 
-Frame::Frame(const std::vector<Step>& steps, Size size) : steps_(steps) {
+Frame::Frame(const std::vector<Step>& steps, Size size)
+    : steps_(steps), second_(Picture::Promised(size)) {
   pictures_.push_back(Picture::Promised(size));
   for (const Step& step : steps) {
     if (!step.inPlace) pictures_.push_back(Picture::Promised(step.size));
   }
 }
 
-const Picture& Frame::Run(pictavo::IPictavo6* object) {
+const Picture& Frame::Run(pictavo::IPictavo6* object, i64 number) {
+  const Moment moment = {number, &second_};
   Picture* frame = source();
   for (const Step& step : steps_) {
     Picture* const result = step.inPlace ? frame : frame + 1;
     result->pixels.resize(result->bytes());
-    if (const pictavo::Outcome outcome = step.run(object, frame, result); !outcome) {
+    const pictavo::Outcome outcome =
+        step.runAt ? step.runAt(object, moment, frame, result) : step.run(object, frame, result);
+    if (!outcome) {
       throw Refusal('"' + step.text + '"', outcome.result);
     }
     frame = result;

@@ -250,6 +250,20 @@ const Command kBorderCommand = {
     "      --transparent        keeps the border clear; only its colours are the edges'\n",
     RunBorder};
 
+const Effect kBorderEffect = {"border", 1, [](Parser& settings, Size size) -> Step {
+                                const i32 border = settings.Integer("N of border", 0, 1 << 16);
+                                const i64 width = i64{size.width} + 2 * border,
+                                          height = i64{size.height} + 2 * border;
+                                if (!Fits(width, height))
+                                  throw UsageFailure("the border is too wide", kBadSize);
+                                return {{static_cast<i32>(width), static_cast<i32>(height)},
+                                        false,
+                                        [=](IPictavo6* object, Picture* frame, Picture* result) {
+                                          Paste(*frame, border, border, result);
+                                          return ExtendBorder(object, result, border, false);
+                                        }};
+                              }};
+
 const Effect kConvertEffect = {
     "convert", 1, [](Parser& settings, Size size) -> Step {
       const Conversion& conversion = FindConversion(Utf8(settings.Next("NAME of convert")));

@@ -74,6 +74,8 @@ Picture SoftDisc(Picture picture);
 std::vector<SheetColumn> ShowBlending(Demo& demo);
 std::vector<SheetColumn> ShowBlur(Demo& demo);
 std::vector<SheetColumn> ShowConversions(Demo& demo);
+std::vector<SheetColumn> ShowGauss(Demo& demo);
+std::vector<SheetColumn> ShowFilters(Demo& demo);
 std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);
 std::vector<SheetColumn> ShowOpenCL(Demo& demo);  // nothing without a device
@@ -81,6 +83,8 @@ std::vector<SheetColumn> ShowChromaKey(Demo& demo);
 /// Without columns where there is no device.
 std::vector<SheetColumn> ShowGpu(Demo& demo);
 std::vector<SheetColumn> ShowResizing(Demo& demo);
+std::vector<SheetColumn> ShowWarps(Demo& demo);
+std::vector<SheetColumn> ShowTransitions(Demo& demo);
 
 }  // namespace host
 

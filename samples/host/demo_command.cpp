@@ -22,7 +22,10 @@ struct Sheet {
 const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
     {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey, ShowBlur}},
+    {"filters", "filters and mattes", {ShowGauss, ShowFilters}},
+    {"transitions", "transitions", {ShowTransitions}},
     {"resizing", "resizing", {ShowResizing}},
+    {"turning", "turning and tilting", {ShowWarps}},
     {"conversions", "conversions, borders, counting", {ShowConversions}},
     {"opencl", "OpenCL", {ShowOpenCL}},
     {"gpu", "on the graphics card", {ShowGpu}},

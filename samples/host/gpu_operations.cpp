@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "demo.h"
 #include "gpu.h"
+#include "opencl_info.h"
 
 namespace host {
 namespace {
@@ -57,6 +58,21 @@ Picture TurnOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src
   return gpu.Run(object, pictavo::PICTAVO_D3D_COPY_AFFINE, &param, src, {src.width, src.height});
 }
 
+/// How slot 67 turns and scales a picture about its middle.
+pictavo::RotateParam AboutTheMiddle(const Picture& picture, f32 degrees, f32 scale) {
+  const f32 x = static_cast<f32>(picture.width) / 2, y = static_cast<f32>(picture.height) / 2;
+  return {degrees, scale, x, y, x, y, pictavo::PICTAVO_SAMPLE_BILINEAR};
+}
+
+Picture RotateOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src,
+                    const pictavo::RotateParam& param) {
+  const Gpu::Texture source = gpu.Upload(src), result = gpu.Create(src.width, src.height);
+  const pictavo::ImageDesc from = Describe(source.Get()), to = Describe(result.Get());
+  const u32 code = object->RotateD3D(gpu.device(), gpu.context(), &to, &from, &param);
+  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to turn a texture", code);
+  return gpu.Download(result.Get());
+}
+
 /// A picture with a line of one colour, 0xRRGGBB, around what it shows: in front of its own shape,
 /// which is larger and all of that colour.
 Picture OutlineOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& picture, u32 radius,
@@ -72,6 +88,43 @@ Picture OutlineOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& 
   object->BlendOverPitched(outlined.pixels.data(), picture.pixels.data(), size.width, size.height,
                            picture.pitch());
   return outlined;
+}
+
+/// Runs an operation of slot 108 between textures. Throws Failure when the library refuses.
+void Operate(const Gpu& gpu, pictavo::IPictavo6* object, i32 opCode, i32 subMode,
+             const Gpu::Texture& dst, const Gpu::Texture& src, const void* param) {
+  const pictavo::ImageDesc to = Describe(dst.Get()), from = Describe(src.Get());
+  const u32 code =
+      object->D3DComputeOp(opCode, subMode, gpu.device(), gpu.context(), &to, &from, param);
+  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to work on the graphics card", code);
+}
+
+/// A mat of one colour, 0xRRGGBB, with a picture inside it.
+Picture MatOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& picture, i32 border,
+                 u32 colour) {
+  const auto channel = [=](int shift) { return static_cast<f32>(colour >> shift & 255) / 255.0f; };
+  const f32 bgra[] = {channel(0), channel(8), channel(16), 1};
+  const pictavo::D3DClearParam clear = {bgra, 4};
+  const pictavo::D3DRegion region = {border, border, 0, 0, picture.width, picture.height};
+  const Gpu::Texture source = gpu.Create(picture.width, picture.height);
+  const Gpu::Texture mat = gpu.Create(picture.width + 2 * border, picture.height + 2 * border);
+  Operate(gpu, object, pictavo::PICTAVO_D3D_COPY, 0, source, gpu.Upload(picture), nullptr);
+  Operate(gpu, object, pictavo::PICTAVO_D3D_CLEAR, 0, mat, {}, &clear);
+  Operate(gpu, object, pictavo::PICTAVO_D3D_COPY_TEXTURE, pictavo::PICTAVO_D3D_PART, mat, source,
+          &region);
+  return gpu.Download(mat.Get());
+}
+
+/// The same on the processor.
+Picture Mat(pictavo::IPictavo6* object, const Picture& picture, i32 border, u32 colour) {
+  const auto channel = [=](int shift) { return static_cast<u8>(colour >> shift); };
+  Picture mat(picture.width + 2 * border, picture.height + 2 * border);
+  object->FillSolidColor(mat.pixels.data(), mat.width, mat.height, mat.pitch(), channel(0),
+                         channel(8), channel(16), 255);
+  Surface inside(mat, border), source(picture);
+  const u32 code = object->CopySurface(&inside, &source);
+  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to copy a surface", code);
+  return mat;
 }
 
 /// A picture to work on, and what follows PICTURE OUT on the command line.
@@ -196,6 +249,26 @@ SheetColumn CompareBlur(Demo* demo, const Gpu& gpu) {
                         BlurOnGpu(gpu, demo->object, demo->layer, static_cast<u32>(radius))});
 }
 
+SheetColumn CompareMat(Demo* demo, const Gpu& gpu) {
+  const i32 border = std::max(1, demo->layer.height / 12);
+  constexpr u32 kSand = 0xE0D8C0;
+  return Compare(demo, {"GPU clear and copy", "A mat", 108, "slots 77 and 97", 0,
+                        Mat(demo->object, demo->layer, border, kSand),
+                        MatOnGpu(gpu, demo->object, demo->layer, border, kSand)});
+}
+
+SheetColumn CompareRotation(Demo* demo, const Gpu& gpu) {
+  const Picture source = SoftDisc(demo->background);
+  const pictavo::RotateParam param = AboutTheMiddle(source, 15, 0.9f);
+  Picture turned(source.width, source.height);
+  const pictavo::ImageDesc from = Describe(source);
+  pictavo::ImageDesc to = Describe(turned);
+  const u32 code = demo->object->RotatePicture(&from, &to, &param);
+  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to turn a picture", code);
+  return Compare(demo, {"GPU rotation", "Turned textures", 68, "slot 67", 0, turned,
+                        RotateOnGpu(gpu, demo->object, source, param)});
+}
+
 SheetColumn ShowTurnedAndOutlined(const Demo& demo, const Gpu& gpu) {
   const Picture keyed = KeyOnGpu(gpu, demo.object, OnGreenScreen(demo.layer), KeysOfScreen());
   const u32 radius = static_cast<u32>(std::clamp(keyed.height / 60, 1, 32));
@@ -254,6 +327,24 @@ const Command kGpuOutlineCommand = {
       return OutlineOnGpu(job.gpu, job.object, job.src, radius, job.settings->Hex("RRGGBB", 6));
     }>};
 
+const Command kGpuRotateCommand = {
+    L"gpu-rotate",
+    "  pictavo-host gpu-rotate PICTURE OUT DEGREES SCALE\n"
+    "      Turns and scales a texture about its middle by the processor's rule.\n",
+    RunOnGpu<[](const Job& job) {
+      const f32 degrees = job.settings->Real("DEGREES"), scale = job.settings->Real("SCALE");
+      return RotateOnGpu(job.gpu, job.object, job.src, AboutTheMiddle(job.src, degrees, scale));
+    }>};
+
+const Command kGpuMatCommand = {
+    L"gpu-mat",
+    "  pictavo-host gpu-mat PICTURE OUT BORDER RRGGBB\n"
+    "      Lays a picture on a mat of one colour, on the graphics card.\n",
+    RunOnGpu<[](const Job& job) {
+      const i32 border = job.settings->Integer("BORDER", 0, 4096);
+      return MatOnGpu(job.gpu, job.object, job.src, border, job.settings->Hex("RRGGBB", 6));
+    }>};
+
 std::vector<SheetColumn> ShowGpu(Demo& demo) {
   std::unique_ptr<const Gpu> gpu;
   try {
@@ -264,7 +355,7 @@ std::vector<SheetColumn> ShowGpu(Demo& demo) {
   }
   std::printf("  On what Direct3D calls %s:\n", gpu->name().c_str());
   return {CompareKey(&demo, *gpu), CompareResizing(&demo, *gpu), CompareBlur(&demo, *gpu),
-          ShowTurnedAndOutlined(demo, *gpu)};
+          CompareMat(&demo, *gpu), CompareRotation(&demo, *gpu), ShowTurnedAndOutlined(demo, *gpu)};
 }
 
 }  // namespace host

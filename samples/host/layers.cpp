@@ -95,12 +95,15 @@ const Effect kLayerEffect = {
       pictavo::BlendParam param = {};
       param.mode = ModeNamed(Utf8(settings.Next("MODE of layer")));
       param.opacity = static_cast<u32>(settings.Integer("OPACITY of layer", 0, 255));
-      return {size, true,
-              [param, layer = Covering(ReadPicture(settings.Next("FILE of layer")), size.width,
-                                       size.height)](pictavo::IPictavo6* object, Picture* frame,
-                                                     Picture*) {
-                return Lay(object, frame, layer, param);
-              }};
+      const FrameBeside layer(settings.Next("FILE of layer"), size);
+      return {size,
+              true,
+              {},
+              {},
+              [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame, Picture*) {
+                return Lay(object, frame, layer.At(moment), param);
+              },
+              layer.isSecond()};
     }};
 
 std::vector<SheetColumn> ShowLayers(Demo& demo) {

@@ -1,6 +1,7 @@
 // Motion blur: pictavo-host motion-blur, and the demo's part.
 #include <cstdio>
 
+#include "chain.h"
 #include "commands.h"
 #include "demo.h"
 
@@ -69,6 +70,19 @@ const Command kMotionBlurCommand = {
     "      --samples N          most samples a pixel; 30 by default\n"
     "      --level N            instruction-set level, 0 to the processor's\n",
     RunMotionBlur};
+
+const Effect kMotionEffect = {
+    "motion", 2, [](Parser& settings, Size size) -> Step {
+      pictavo::MotionBlurParam param = {1, 30, 0, 0, 1, 0, 0};
+      param.dirX = settings.Real("X of motion");
+      param.dirY = settings.Real("Y of motion");
+      return {size, true, [=](pictavo::IPictavo6* object, Picture* frame, Picture*) {
+                Room room(object, *frame, param);
+                const pictavo::Outcome outcome = Blur(object, &room.picture, *frame, param);
+                if (outcome) *frame = Cropped(room.picture, room.place);
+                return outcome;
+              }};
+    }};
 
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo) {
   const struct {

@@ -1,7 +1,9 @@
 // Resizing: pictavo-host resize, and the demo's part.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <limits>
+#include <numbers>
 #include <optional>
 
 #include "chain.h"
@@ -22,7 +24,21 @@ struct Method {
 
 constexpr i32 kAnySource = std::numeric_limits<i32>::max(), kFixedPoint = 32767;
 
+/// By a filter, colours weighted by alpha.
+template <u32 kFilter>
+pictavo::Outcome ResizeBy(pictavo::IPictavo6* object, Picture* d, const Picture& s) {
+  const pictavo::ImageDesc src = Describe(s);
+  pictavo::ImageDesc dst = Describe(*d);
+  const pictavo::ResizeParam param = {kFilter, 1, {0, 0}};
+  return pictavo::Call<&pictavo::IPictavo6::ResizeFiltered>(object, &src, &dst, &param);
+}
+
 const Method kMethods[] = {
+    {"triangle", 60, "linear, widened to reduce", kAnySource,
+     ResizeBy<pictavo::PICTAVO_FILTER_TRIANGLE>},
+    {"catmull-rom", 60, "a sharp cubic", kAnySource, ResizeBy<pictavo::PICTAVO_FILTER_CATMULL_ROM>},
+    {"mitchell", 60, "a soft cubic", kAnySource, ResizeBy<pictavo::PICTAVO_FILTER_MITCHELL>},
+    {"lanczos", 60, "the sharpest", kAnySource, ResizeBy<pictavo::PICTAVO_FILTER_LANCZOS>},
     {"nearest", 55, "the pixel at the upper left", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
        return pictavo::Call<&pictavo::IPictavo6::ResizeNearest32>(
@@ -61,6 +77,8 @@ const Method kMethods[] = {
      }},
 };
 
+constexpr const char* kDefault = "lanczos";
+
 const Method& FindMethod(const std::string& name) {
   for (const Method& method : kMethods) {
     if (name == method.name) return method;
@@ -70,16 +88,15 @@ const Method& FindMethod(const std::string& name) {
 
 int RunResize(pictavo::Library& library, const Arguments& arguments) {
   std::optional<Size> size;
-  const Method* method = nullptr;
+  const Method* method = &FindMethod(kDefault);
+  const auto take = [&](Parser& parser) { method = &FindMethod(Utf8(parser.Next("a name"))); };
   const Arguments files =
       TakeFiles(2, "resize takes two files, PICTURE OUT", arguments,
                 {{"--size", [&](Parser& parser) { size = parser.Dimensions("--size"); }},
-                 {"--method",
-                  [&](Parser& parser) {
-                    method = &FindMethod(Utf8(parser.Next("the name after --method")));
-                  }},
+                 {"--filter", take},
+                 {"--method", take},
                  LevelOption(library)});
-  if (!size || method == nullptr) throw UsageFailure("resize needs --size and --method");
+  if (!size) throw UsageFailure("resize needs --size");
   Picture resized(size->width, size->height);
   const Picture picture = ReadPicture(files[0]);
   const pictavo::Outcome outcome = method->resize(library.get(), &resized, picture);
@@ -102,8 +119,13 @@ Picture Resize(Demo& demo, const Method& method, const char* how, const Picture&
 
 const Command kResizeCommand = {
     L"resize",
-    "  pictavo-host resize PICTURE OUT --size WxH --method NAME [--level N]\n"
-    "      Enlarges or reduces a picture. The methods:\n"
+    "  pictavo-host resize PICTURE OUT --size WxH [--filter NAME | --method NAME] [--level N]\n"
+    "      Enlarges or reduces a picture. The filters, centred and without aliases:\n"
+    "      lanczos              the sharpest; without --filter or --method\n"
+    "      catmull-rom          a sharp cubic\n"
+    "      mitchell             a soft cubic\n"
+    "      triangle             linear, widened to reduce\n"
+    "      The other methods:\n"
     "      nearest              the pixel at the upper left\n"
     "      bilinear7            bilinear, 7-bit weights\n"
     "      bilinear16           bilinear, 16-bit weights\n"
@@ -116,7 +138,7 @@ const Effect kResizeEffect = {
     "resize", 2, [](Parser& settings, Size frame) -> Step {
       const Size size = FrameSize(&settings, "WxH of resize");
       const Method& method =
-          FindMethod(settings.AtEnd() ? "bilinear16" : Utf8(settings.Next("METHOD of resize")));
+          FindMethod(settings.AtEnd() ? kDefault : Utf8(settings.Next("METHOD of resize")));
       if (std::max(frame.width, frame.height) > method.largestSource) {
         throw UsageFailure(Format("resize by %s takes no more than %d pixels a side, not %d x %d",
                                   method.name, method.largestSource, frame.width, frame.height),
@@ -127,25 +149,62 @@ const Effect kResizeEffect = {
               }};
     }};
 
+namespace {
+
+/// Rings that grow finer towards the edge, where they reach a wave of two pixels, and letters.
+Picture ZonePlate(i32 width, i32 height) {
+  Picture picture(width, height);
+  for (i32 y = 0; y < height; ++y) {
+    for (i32 x = 0; x < width; ++x) {
+      const double square =
+          std::pow(x + 0.5 - width / 2.0, 2) + std::pow(y + 0.5 - height / 2.0, 2);
+      const double wave = std::cos(std::numbers::pi * square / width);
+      std::fill_n(picture.At(x, y), 3, static_cast<u8>(127.5 + 127.4 * wave));
+      picture.At(x, y)[3] = 255;
+    }
+  }
+  return picture;
+}
+
+/// What a method makes of fine rings, and of the letters of a contact sheet.
+SheetColumn ShowMethods(Demo& demo, const std::string& heading, const char* how, const Picture& src,
+                        i32 width, i32 height, i32 times) {
+  SheetColumn column = {heading, {}};
+  for (const Method& method : kMethods) {
+    const Picture made = Resize(demo, method, how, src, width, height);
+    Picture shown(width * times, height * times);
+    FindMethod("nearest").resize(demo.object, &shown, made);
+    column.pictures.push_back(
+        {shown,
+         method.name,
+         Format("slot %d", method.slot),
+         {method.description, times > 1 ? Format("shown %d times as large", times) : ""}});
+  }
+  return column;
+}
+
+/// A contact sheet's own text.
+Picture Letters(const Picture& picture) {
+  const Picture sheet =
+      DrawContactSheet("Pictavo", "sphinx of black quartz, judge my vow",
+                       {{"Five boxing wizards", {{picture, "jump", "quickly", {}}}}});
+  return Cropped(sheet, {0, 0, std::min(sheet.width, 360), std::min(sheet.height, 240)});
+}
+
+}  // namespace
+
 std::vector<SheetColumn> ShowResizing(Demo& demo) {
   constexpr i32 kWidth = 360, kHeight = 240;
   const Picture whole = SoftDisc(Covering(demo.background, 3 * kWidth, 3 * kHeight));
   const Picture detail = Cropped(whole, {450, 340, kWidth / 6, kHeight / 6});
-  SheetColumn enlarged = {"A detail, enlarged 6 times", {}};
-  SheetColumn reduced = {"All of it, reduced 9 times", {}};
-  for (const Method& method : kMethods) {
-    const std::string slot = Format("slot %d", method.slot);
-    enlarged.pictures.push_back({Resize(demo, method, " x 6", detail, kWidth, kHeight),
-                                 method.name,
-                                 slot,
-                                 {method.description, ""}});
-    const Picture small = Resize(demo, method, " / 9", whole, kWidth / 3, kHeight / 3);
-    Picture shown(kWidth, kHeight);
-    FindMethod("nearest").resize(demo.object, &shown, small);
-    reduced.pictures.push_back(
-        {shown, method.name, slot, {method.description, "shown 3 times as large"}});
-  }
-  return {enlarged, reduced};
+  const Picture text = Letters(detail);
+  return {
+      ShowMethods(demo, "A detail, enlarged 6 times", " x 6", detail, kWidth, kHeight, 1),
+      ShowMethods(demo, "All of it, reduced 9 times", " / 9", whole, kWidth / 3, kHeight / 3, 3),
+      ShowMethods(demo, "Fine rings, reduced 3 times", " / 3", ZonePlate(3 * kWidth, 3 * kHeight),
+                  kWidth, kHeight, 1),
+      ShowMethods(demo, "Letters, reduced to 2 / 3", " x 2/3", text, text.width * 2 / 3,
+                  text.height * 2 / 3, 1)};
 }
 
 }  // namespace host

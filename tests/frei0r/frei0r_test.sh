@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs every plug-in on frames of a test picture, in a program that loads them.
+# Runs every plug-in of one frame on frames of a test picture, in a program that loads them.
 #   frei0r_test.sh FOLDER-OF-PLUG-INS
 set -euo pipefail
 export FREI0R_PATH=$1
@@ -14,9 +14,10 @@ frames() {  # CHAIN FILE: three frames of 320 x 240 pixels, each with colours an
 }
 
 frames null plain
-[ "$(ls "$1"/pictavo_*.so | wc -l)" -ge 12 ] || fail "plug-ins are missing"
+[ "$(ls "$1"/pictavo_*.so | wc -l)" -ge 21 ] || fail "plug-ins are missing"
 for plugin in "$1"/pictavo_*.so; do
   name=$(basename "$plugin" .so)
+  case $name in pictavo_layer | pictavo_over | pictavo_transition) continue ;; esac  # mix two
   frames "frei0r=filter_name=$name" "$name"
   ! cmp -s "$work/plain" "$work/$name" || fail "$name leaves the frames as they were"
 done

@@ -20,9 +20,11 @@ blend 640 427
 contact-sheet-blending 1968 1131
 contact-sheet-conversions 1584 1452
 contact-sheet-effects 2352 1452
-contact-sheet-gpu 1584 1131
+contact-sheet-filters 816 1773
+contact-sheet-gpu 2352 1131
 contact-sheet-opencl 816 1131
 contact-sheet-resizing 816 2094
+contact-sheet-turning 816 1131
 SIZES
   ) >&2 || fail "the $run run's pictures and sizes"
 done

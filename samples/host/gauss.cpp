@@ -1,0 +1,246 @@
+// The true Gaussian and what is made with it: pictavo-host gauss, sharpen and matte, and the demo's
+// part.
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <iterator>
+#include <optional>
+
+#include "chain.h"
+#include "commands.h"
+#include "demo.h"
+
+namespace host {
+namespace {
+
+using pictavo::IPictavo6;
+using pictavo::MatteParam;
+using pictavo::Outcome;
+
+struct Sharpening {
+  f32 amount = 1, threshold = 0, radius = 2;
+};
+
+Outcome Blur(IPictavo6* object, Picture* picture, f32 sigmaX, f32 sigmaY, u32 edges) {
+  return pictavo::Call<&IPictavo6::GaussianBlur>(object, picture->pixels.data(), picture->width,
+                                                 picture->height, picture->pitch(), sigmaX, sigmaY,
+                                                 edges);
+}
+
+Outcome Sharpen(IPictavo6* object, Picture* picture, const Sharpening& s) {
+  return pictavo::Call<&IPictavo6::SharpenPicture>(object, picture->pixels.data(), picture->width,
+                                                   picture->height, picture->pitch(), s.amount,
+                                                   s.threshold, s.radius);
+}
+
+Outcome Adjust(IPictavo6* object, Picture* picture, const MatteParam& param) {
+  pictavo::ImageDesc image = Describe(*picture);
+  return pictavo::Call<&IPictavo6::AdjustMatte>(object, &image, &param);
+}
+
+Outcome Apply(IPictavo6* object, Picture* picture, const Picture& matte, u32 mode) {
+  pictavo::ImageDesc image = Describe(*picture);
+  const pictavo::ImageDesc by = Describe(matte);
+  return pictavo::Call<&IPictavo6::ApplyMatte>(object, &image, &by, mode);
+}
+
+/// The place of the next word among some.
+template <typename Names>
+u32 Choice(Parser& parser, const char* option, const Names& names) {
+  const std::string name = Utf8(parser.Next(std::string("the name after ") + option));
+  const auto found = std::find(std::begin(names), std::end(names), name);
+  if (found == std::end(names)) throw UsageFailure(std::string(option) + " takes no " + name);
+  return static_cast<u32>(found - std::begin(names));
+}
+
+/// Reads a picture, changes it, writes it.
+int Change(pictavo::Library& library, const Arguments& files, const char* what,
+           const std::function<Outcome(IPictavo6* object, Picture* picture)>& change) {
+  Picture picture = ReadPicture(files[0]);
+  if (const Outcome outcome = change(library.get(), &picture); !outcome)
+    throw Refusal(Format("to %s the picture", what), outcome.result);
+  WritePicture(files[1], picture);
+  std::printf("%s: %d x %d, level %d\n", Utf8(files[1]).c_str(), picture.width, picture.height,
+              library->GetCPULevel());
+  return 0;
+}
+
+Option RealOption(const char* name, f32* number) {
+  return {name, [=](Parser& parser) { *number = parser.Real(name); }};
+}
+
+int RunGauss(pictavo::Library& library, const Arguments& arguments) {
+  constexpr const char* kEdges[] = {"clear", "replicate", "mirror"};
+  f32 sigmaX = 10, sigmaY = 10;
+  u32 edges = pictavo::PICTAVO_EDGES_REPLICATE;
+  const Arguments files =
+      TakeFiles(2, "gauss takes two files, PICTURE OUT", arguments,
+                {{"--sigma", [&](Parser& p) { sigmaX = sigmaY = p.Real("--sigma"); }},
+                 RealOption("--sigma-y", &sigmaY),
+                 {"--edges", [&](Parser& p) { edges = Choice(p, "--edges", kEdges); }},
+                 LevelOption(library)});
+  return Change(library, files, "blur", [=](IPictavo6* object, Picture* picture) {
+    return Blur(object, picture, sigmaX, sigmaY, edges);
+  });
+}
+
+int RunSharpen(pictavo::Library& library, const Arguments& arguments) {
+  Sharpening s;
+  const Arguments files =
+      TakeFiles(2, "sharpen takes two files, PICTURE OUT", arguments,
+                {RealOption("--amount", &s.amount), RealOption("--threshold", &s.threshold),
+                 RealOption("--radius", &s.radius), LevelOption(library)});
+  return Change(library, files, "sharpen",
+                [=](IPictavo6* object, Picture* picture) { return Sharpen(object, picture, s); });
+}
+
+int RunMatte(pictavo::Library& library, const Arguments& arguments) {
+  constexpr const char* kModes[] = {"alpha", "inverted-alpha", "luma", "inverted-luma"};
+  MatteParam param = {0, 1, 0, 0};
+  std::optional<std::wstring> by;
+  u32 mode = pictavo::PICTAVO_MATTE_LUMA;
+  const Arguments files =
+      TakeFiles(2, "matte takes two files, PICTURE OUT", arguments,
+                {RealOption("--black", &param.black),
+                 RealOption("--white", &param.white),
+                 {"--choke", [&](Parser& p) { param.choke = p.Integer("--choke", -64, 64); }},
+                 RealOption("--feather", &param.feather),
+                 {"--by", [&](Parser& p) { by = p.Next("the file after --by"); }},
+                 {"--mode", [&](Parser& p) { mode = Choice(p, "--mode", kModes); }},
+                 LevelOption(library)});
+  return Change(library, files, "adjust", [&](IPictavo6* object, Picture* picture) {
+    if (by) {
+      const Picture matte = Covering(ReadPicture(*by), picture->width, picture->height);
+      if (const Outcome outcome = Apply(object, picture, matte, mode); !outcome) return outcome;
+    }
+    return Adjust(object, picture, param);
+  });
+}
+
+/// The next setting of an effect, or what it is without.
+f32 Setting(Parser& settings, const char* what, f32 otherwise, f32 least, f32 most) {
+  if (settings.AtEnd()) return otherwise;
+  const f32 number = settings.Real(what);
+  if (!(number >= least && number <= most))
+    throw UsageFailure(Format("%s is %g to %g", what, double{least}, double{most}));
+  return number;
+}
+
+}  // namespace
+
+const Command kGaussCommand = {
+    L"gauss",
+    "  pictavo-host gauss PICTURE OUT [options]\n"
+    "      Blurs a picture by the true Gaussian.\n"
+    "      --sigma S            in pixels, 0 to 1000; 10 by default\n"
+    "      --sigma-y S          for the columns, when it is another\n"
+    "      --edges NAME         what is beyond: replicate (by default), mirror or clear\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunGauss};
+
+const Command kSharpenCommand = {
+    L"sharpen",
+    "  pictavo-host sharpen PICTURE OUT [options]\n"
+    "      Sharpens a picture by what a blur takes from it.\n"
+    "      --amount A           -1 to 16; 1 by default\n"
+    "      --threshold T        of 255, what differs less stays; 0 by default\n"
+    "      --radius S           of the blur, its sigma; 2 by default\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunSharpen};
+
+const Command kMatteCommand = {
+    L"matte",
+    "  pictavo-host matte PICTURE OUT [options]\n"
+    "      Cleans up a picture's alpha, such as a key leaves, in this order.\n"
+    "      --by FILE            multiplies it by a matte first\n"
+    "      --mode NAME          what counts there: luma (by default), alpha, inverted-luma,\n"
+    "                           inverted-alpha\n"
+    "      --black B --white W  alphas up to B become 0, from W on 1; 0 and 1 by default\n"
+    "      --choke N            shrinks what is opaque, or grows it below 0; -64 to 64\n"
+    "      --feather S          softens it by a Gaussian\n"
+    "      --level N            instruction-set level, 0 to the processor's\n",
+    RunMatte};
+
+const Effect kGaussEffect = {
+    "gauss", 2, [](Parser& settings, Size size) -> Step {
+      const f32 sigmaX = Setting(settings, "SIGMA of gauss", 10, 0, 1000);
+      const f32 sigmaY = Setting(settings, "SIGMA-Y of gauss", sigmaX, 0, 1000);
+      return {size, true, [=](IPictavo6* object, Picture* frame, Picture*) {
+                return Blur(object, frame, sigmaX, sigmaY, pictavo::PICTAVO_EDGES_REPLICATE);
+              }};
+    }};
+
+const Effect kSharpenEffect = {
+    "sharpen", 3, [](Parser& settings, Size size) -> Step {
+      Sharpening s;
+      s.amount = Setting(settings, "AMOUNT of sharpen", s.amount, -1, 16);
+      s.radius = Setting(settings, "RADIUS of sharpen", s.radius, 0, 1000);
+      s.threshold = Setting(settings, "THRESHOLD of sharpen", s.threshold, 0, 255);
+      return {size, true, [=](IPictavo6* object, Picture* frame, Picture*) {
+                return Sharpen(object, frame, s);
+              }};
+    }};
+
+const Effect kMatteEffect = {
+    "matte", 4, [](Parser& settings, Size size) -> Step {
+      MatteParam param = {};
+      param.black = Setting(settings, "BLACK of matte", 0, 0, 1);
+      param.white = Setting(settings, "WHITE of matte", 1, 0, 1);
+      param.choke = static_cast<i32>(Setting(settings, "CHOKE of matte", 0, -64, 64));
+      param.feather = Setting(settings, "FEATHER of matte", 0, 0, 1000);
+      if (param.black >= param.white) throw UsageFailure("BLACK of matte is below WHITE");
+      return {size, true, [=](IPictavo6* object, Picture* frame, Picture*) {
+                return Adjust(object, frame, param);
+              }};
+    }};
+
+std::vector<SheetColumn> ShowGauss(Demo& demo) {
+  using Run = std::function<Outcome(IPictavo6 * object, Picture * dst)>;
+  const i32 side = std::min(demo.background.width, demo.background.height);
+  const auto blur = [](f32 x, f32 y) -> Run {
+    return [=](IPictavo6* object, Picture* dst) {
+      return Blur(object, dst, x, y, pictavo::PICTAVO_EDGES_MIRROR);
+    };
+  };
+  const auto shown = [&](const std::string& name, int slot, const Picture& picture, const Run& run,
+                         const char* remark) -> SheetPicture {
+    const Picture result = demo.Examine({name, slot, picture, run});
+    return {Thumbnail(result), name, Format("slot %d", slot), {remark, ""}};
+  };
+  SheetColumn filters = {"Gaussian and sharpening", {}};
+  for (const i32 part : {200, 20, 4}) {
+    const f32 sigma = static_cast<f32>(std::max(1, side / part));
+    filters.pictures.push_back(shown(Format("Gaussian, sigma %g", double{sigma}), 56,
+                                     demo.background, blur(sigma, sigma), "in the same time"));
+  }
+  const f32 wide = static_cast<f32>(side) / 10;
+  filters.pictures.push_back(
+      shown("Gaussian, across", 56, demo.background, blur(wide, 0), "along the rows alone"));
+  filters.pictures.push_back(shown(
+      "sharpen", 49, demo.background,
+      [](IPictavo6* object, Picture* dst) {
+        return Sharpen(object, dst, {1.5f, 2, 2});
+      },
+      "amount 1.5, radius 2"));
+
+  const Picture disc = SoftDisc(demo.layer);
+  const auto adjust = [](const MatteParam& param) -> Run {
+    return [=](IPictavo6* object, Picture* dst) { return Adjust(object, dst, param); };
+  };
+  SheetColumn mattes = {"Mattes", {}};
+  mattes.pictures.push_back(shown("matte, levels", 78, disc, adjust({0.4f, 0.6f, 0, 0}),
+                                  "a soft edge made hard: 0.4 to 0.6"));
+  mattes.pictures.push_back(
+      shown("matte, choke", 78, disc, adjust({0.4f, 0.6f, 24, 0}), "… and shrunk by 24 pixels"));
+  mattes.pictures.push_back(shown("matte, feather", 78, disc, adjust({0.4f, 0.6f, 24, 9}),
+                                  "… and softened by a sigma of 9"));
+  mattes.pictures.push_back(shown(
+      "apply a matte", 80, demo.layer,
+      [&](IPictavo6* object, Picture* dst) {
+        return Apply(object, dst, demo.background, pictavo::PICTAVO_MATTE_LUMA);
+      },
+      "by the luma of the background"));
+  return {filters, mattes};
+}
+
+}  // namespace host
