@@ -23,21 +23,23 @@ namespace pictavo {
 /// Why a text is not a .cube file, and on which line, from 1.
 class CubeFailure : public std::runtime_error {
  public:
+  /// On line `at`.
   CubeFailure(std::size_t at, const std::string& why)
       : std::runtime_error("line " + std::to_string(at) + ": " + why), line(at) {}
-  std::size_t line;
+  std::size_t line;  ///< from 1; 0 for an empty text
 };
 
 /// A table of colours that owns its entries.
 struct CubeTable {
-  std::string title;
-  u32 size = 0;
-  std::vector<u16> entries;
+  std::string title;         ///< the file's TITLE, or nothing
+  u32 size = 0;              ///< entries a side
+  std::vector<u16> entries;  ///< as ColorLutParam has them
 
   /// For ApplyColorLut, as long as the table stays as it is.
   ColorLutParam Param(u32 intensity = 256) const { return {size, intensity, entries.data()}; }
 };
 
+/// @cond
 namespace cube {
 
 using Colour = std::array<double, 3>;  // red, green, blue
@@ -199,6 +201,7 @@ inline Colour Look(const Contents& contents, const Colour& colour) {
 }
 
 }  // namespace cube
+/// @endcond
 
 /// Reads a .cube file's text: TITLE, DOMAIN_MIN and DOMAIN_MAX, LUT_1D_SIZE of 2 to 65536 or
 /// LUT_3D_SIZE of 2 to 65, comments, and as many rows. What lies outside 0 … 1 is cut.

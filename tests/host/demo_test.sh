@@ -20,10 +20,11 @@ blend 640 427
 contact-sheet-blending 1968 1131
 contact-sheet-conversions 1584 1452
 contact-sheet-effects 2352 1452
-contact-sheet-filters 816 1773
+contact-sheet-filters 1200 1773
 contact-sheet-gpu 2352 1131
 contact-sheet-opencl 816 1131
-contact-sheet-resizing 816 2094
+contact-sheet-resizing 1584 3378
+contact-sheet-transitions 1968 2736
 contact-sheet-turning 816 1131
 SIZES
   ) >&2 || fail "the $run run's pictures and sizes"
