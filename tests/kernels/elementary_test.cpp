@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -106,6 +107,15 @@ TEST(Elementary, ArctangentKnowsTheSignOfZero) {
   for (const double u : {0.0, -0.0}) {
     EXPECT_EQ(exact::Arctangent(u, -2.0), std::copysign(3.14159265358979324, u));
     EXPECT_EQ(std::signbit(exact::Arctangent(u, 2.0)), std::signbit(u));
+  }
+}
+
+TEST(Elementary, LosesWholeTurnsExactly) {
+  Random random(8);
+  for (int i = 0; i < 100000; ++i) {
+    const f32 degrees = std::bit_cast<f32>(static_cast<u32>(random()));
+    if (!std::isfinite(degrees)) continue;
+    ASSERT_EQ(cpu::elementary::WithoutTurns(degrees), std::fmod(double{degrees}, 360.0)) << degrees;
   }
 }
 

@@ -34,6 +34,23 @@ inline D Exponent(D x) { return static_cast<double>(std::bit_cast<uint64_t>(x.v)
 
 #include "cpu/base/elementary.inl"
 
+/// What an angle in degrees has beyond its whole turns, exactly and with its sign. Some systems'
+/// std::fmod goes through the x87 unit, which is the host's.
+inline double WithoutTurns(f32 degrees) {
+  const double angle = std::abs(double{degrees});
+  double rest = 0;
+  if (angle < 0x1p40) {
+    rest = angle - 360 * static_cast<double>(static_cast<i64>(angle / 360));
+  } else {
+    const u32 bits = std::bit_cast<u32>(degrees);
+    u32 whole = ((bits & 0x7FFFFF) | 0x800000) % 360;  // times a power of two
+    for (u32 doublings = (bits >> 23 & 0xFF) - 150; doublings > 0; --doublings)
+      whole = 2 * whole % 360;
+    rest = whole;
+  }
+  return degrees < 0 ? -rest : rest;
+}
+
 }  // namespace pictavo::cpu::elementary
 
 #endif  // PICTAVO_CPU_BASE_ELEMENTARY_H_

@@ -129,8 +129,7 @@ class Weights {
         sharpness_(1 / softness_),
         middleX_(static_cast<double>(width) / 2),
         middleY_(static_cast<double>(height) / 2) {
-    const auto [sin, cos] =
-        elementary::SineCosineOfDegrees(std::fmod(static_cast<double>(param.angle), 360.0));
+    const auto [sin, cos] = elementary::SineCosineOfDegrees(elementary::WithoutTurns(param.angle));
     const double way = 2 * (middleX_ * std::abs(cos) + middleY_ * std::abs(sin));
     stepX_ = cos / way;
     stepY_ = sin / way;
@@ -240,7 +239,8 @@ void Join(const Picture& dst, const Source& first, const Source& second, i64 cou
 }
 
 void Push(const Picture& dst, const Source& from, const Source& to, const TransitionParam& param) {
-  const i64 quarters = static_cast<i64>(std::fmod(param.angle, 360.0f) / 90 + 4.5f) % 4;
+  const i64 quarters =
+      static_cast<i64>(static_cast<f32>(elementary::WithoutTurns(param.angle)) / 90 + 4.5f) % 4;
   const bool across = quarters % 2 == 0;
   const i64 size = across ? dst.width : dst.height;
   const i64 moved =

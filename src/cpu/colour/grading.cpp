@@ -185,7 +185,7 @@ i32 In4096ths(double x) { return static_cast<i32>(std::floor(x * 4096 + 0.5)); }
 ColourMatrix MakeMatrix(const ColorParam& p) {
   constexpr double kDegree = 3.14159265358979324 / 180;
   const elementary::SineCosine turn =
-      elementary::SineCosineOf(std::fmod(double{p.hue}, 360.0) * kDegree);
+      elementary::SineCosineOf(elementary::WithoutTurns(p.hue) * kDegree);
   const double balance[3] = {1 - double{p.temperature} / 2, 1 - double{p.tint} / 2,
                              1 + double{p.temperature} / 2};
   double columns[3][3] = {};  // what becomes of blue, of green and of red alone

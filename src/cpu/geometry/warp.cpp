@@ -201,7 +201,7 @@ class Affine {
 };
 
 elementary::SineCosine Turn(f32 degrees) {
-  return elementary::SineCosineOfDegrees(std::fmod(double{degrees}, 360.0));
+  return elementary::SineCosineOfDegrees(elementary::WithoutTurns(degrees));
 }
 
 /// What is added to a double place, of which the 1/256 are rounded anyway.
