@@ -355,9 +355,13 @@ u32 Bounds(const Call& c) {
   const u32 result = cpu::FindBounds(c.level, c.src, c.width, c.height,
                                      static_cast<u32>(c.srcPitch), c.selector % 5, c.words[0] % 260,
                                      &count, c.dst != nullptr ? &bounds : nullptr);
-  return Tell(c, result,
-              count * 5 + bounds.left * 7 + bounds.top * 1001 + bounds.right * 65537 +
-                  bounds.bottom * 1000003u);
+  u32 all = count * 5;
+  for (const auto& [side, factor] : {std::pair{bounds.left, 7u},
+                                     {bounds.top, 1001u},
+                                     {bounds.right, 65537u},
+                                     {bounds.bottom, 1000003u}})
+    all += static_cast<u32>(side) * factor;
+  return Tell(c, result, all);
 }
 
 /// What an operation on a single colour makes of it: numbers and a code.
