@@ -333,19 +333,18 @@ u32 Threshold(const Call& c) {
   if (c.src != nullptr) std::copy_n(c.src, count, values);
   values[0] += c.reals[0];
   u32 index = 0;
-  return Tell(c,
-              cpu::FindThreshold(c.src != nullptr ? values : nullptr, static_cast<u32>(count),
-                                 c.dst != nullptr ? &index : nullptr),
-              index);
+  const u32 result =
+      cpu::FindThreshold(c.src != nullptr ? values : nullptr, static_cast<u32>(count),
+                         c.dst != nullptr ? &index : nullptr);
+  return Tell(c, result, index);
 }
 
 u32 Measure(const Call& c) {
   f32 number = 0;
-  return Tell(c,
-              cpu::MeasurePicture(c.level, c.src, c.width, c.height, c.srcPitch,
-                                  static_cast<i32>(c.selector) - 1, c.words[0] % 5,
-                                  c.dst != nullptr ? &number : nullptr),
-              number);
+  const u32 result = cpu::MeasurePicture(c.level, c.src, c.width, c.height, c.srcPitch,
+                                         static_cast<i32>(c.selector) - 1, c.words[0] % 5,
+                                         c.dst != nullptr ? &number : nullptr);
+  return Tell(c, result, number);
 }
 
 u32 Bounds(const Call& c) {

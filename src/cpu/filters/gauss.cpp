@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/numbers.h"
 #include "cpu/base/scratch.h"
 #include "cpu/filters/gauss_narrow.h"
 #include "cpu/filters/gauss_simd.h"
@@ -72,7 +73,7 @@ struct Pair {
   }
   void Store(f32* p) const { std::memcpy(p, v, sizeof v); }
   void StoreBytes(u8* p) const {
-    for (int i = 0; i < 8; ++i) p[i] = static_cast<u8>(std::clamp(static_cast<i32>(v[i]), 0, 255));
+    for (int i = 0; i < 8; ++i) p[i] = static_cast<u8>(std::clamp(TruncateToI32(v[i]), 0, 255));
   }
   void StoreSum(f32* p) const {
     for (int i = 0; i < 4; ++i) p[i] = v[i] + v[i + 4];

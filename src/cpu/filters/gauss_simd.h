@@ -72,7 +72,7 @@ struct Pair {
 
   static Pair All(f32 x) { return {_mm256_set1_ps(x)}; }
   static Pair Each(const f32* two) {
-    const __m256d both = _mm256_broadcast_sd(reinterpret_cast<const double*>(two));
+    const __m256d both = _mm256_broadcastsd_pd(_mm_load_sd(reinterpret_cast<const double*>(two)));
     return {
         _mm256_permutevar_ps(_mm256_castpd_ps(both), _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1))};
   }

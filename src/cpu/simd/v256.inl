@@ -117,7 +117,8 @@ struct PixelPairs {
 /// spying on them.
 inline PixelPairs LoadPairs(const u8* p, const i32* places) {
   const auto pair = [=](int i) {
-    return _mm256_broadcast_sd(reinterpret_cast<const double*>(p + static_cast<u32>(places[i])));
+    return _mm256_broadcastsd_pd(
+        _mm_load_sd(reinterpret_cast<const double*>(p + static_cast<u32>(places[i]))));
   };
   const auto four = [&](int i) {  // 0, 1, 4 and 5 from i on
     return _mm256_castpd_ps(_mm256_blend_pd(_mm256_blend_pd(pair(i), pair(i + 1), 0b0010),
