@@ -40,8 +40,9 @@ struct Effect {
 
 // The effects, each in the file of its command.
 extern const Effect kBlurEffect, kBorderEffect, kConvertEffect, kFlipEffect, kFadeEffect,
-    kGaussEffect, kMatteEffect, kSharpenEffect, kKeyEffect, kLayerEffect, kMotionEffect,
-    kOverEffect, kPixelateEffect, kResizeEffect, kTransitionEffect, kRotateEffect, kTiltEffect;
+    kLevelsEffect, kColorEffect, kLutEffect, kGaussEffect, kMatteEffect, kSharpenEffect, kKeyEffect,
+    kLayerEffect, kMotionEffect, kOverEffect, kPixelateEffect, kResizeEffect, kTransitionEffect,
+    kRotateEffect, kTiltEffect;
 
 constexpr int kBadSize = 3, kUnknownEffect = 4;  // the program's exit codes for them
 

@@ -75,6 +75,7 @@ std::vector<SheetColumn> ShowBlending(Demo& demo);
 std::vector<SheetColumn> ShowBlur(Demo& demo);
 std::vector<SheetColumn> ShowConversions(Demo& demo);
 std::vector<SheetColumn> ShowGauss(Demo& demo);
+std::vector<SheetColumn> ShowGrading(Demo& demo);
 std::vector<SheetColumn> ShowFilters(Demo& demo);
 std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);

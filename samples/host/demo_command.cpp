@@ -23,6 +23,7 @@ const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
     {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey, ShowBlur}},
     {"filters", "filters and mattes", {ShowGauss, ShowFilters}},
+    {"grading", "grading", {ShowGrading}},
     {"transitions", "transitions", {ShowTransitions}},
     {"resizing", "resizing", {ShowResizing}},
     {"turning", "turning and tilting", {ShowWarps}},

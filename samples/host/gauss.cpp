@@ -6,9 +6,8 @@
 #include <iterator>
 #include <optional>
 
-#include "chain.h"
-#include "commands.h"
 #include "demo.h"
+#include "in_place.h"
 
 namespace host {
 namespace {
@@ -51,22 +50,6 @@ u32 Choice(Parser& parser, const char* option, const Names& names) {
   const auto found = std::find(std::begin(names), std::end(names), name);
   if (found == std::end(names)) throw UsageFailure(std::string(option) + " takes no " + name);
   return static_cast<u32>(found - std::begin(names));
-}
-
-/// Reads a picture, changes it, writes it.
-int Change(pictavo::Library& library, const Arguments& files, const char* what,
-           const std::function<Outcome(IPictavo6* object, Picture* picture)>& change) {
-  Picture picture = ReadPicture(files[0]);
-  if (const Outcome outcome = change(library.get(), &picture); !outcome)
-    throw Refusal(Format("to %s the picture", what), outcome.result);
-  WritePicture(files[1], picture);
-  std::printf("%s: %d x %d, level %d\n", Utf8(files[1]).c_str(), picture.width, picture.height,
-              library->GetCPULevel());
-  return 0;
-}
-
-Option RealOption(const char* name, f32* number) {
-  return {name, [=](Parser& parser) { *number = parser.Real(name); }};
 }
 
 int RunGauss(pictavo::Library& library, const Arguments& arguments) {
@@ -117,15 +100,6 @@ int RunMatte(pictavo::Library& library, const Arguments& arguments) {
   });
 }
 
-/// The next setting of an effect, or what it is without.
-f32 Setting(Parser& settings, const char* what, f32 otherwise, f32 least, f32 most) {
-  if (settings.AtEnd()) return otherwise;
-  const f32 number = settings.Real(what);
-  if (!(number >= least && number <= most))
-    throw UsageFailure(Format("%s is %g to %g", what, double{least}, double{most}));
-  return number;
-}
-
 }  // namespace
 
 const Command kGaussCommand = {
@@ -165,9 +139,9 @@ const Effect kGaussEffect = {
     "gauss", 2, [](Parser& settings, Size size) -> Step {
       const f32 sigmaX = Setting(settings, "SIGMA of gauss", 10, 0, 1000);
       const f32 sigmaY = Setting(settings, "SIGMA-Y of gauss", sigmaX, 0, 1000);
-      return {size, true, [=](IPictavo6* object, Picture* frame, Picture*) {
-                return Blur(object, frame, sigmaX, sigmaY, pictavo::PICTAVO_EDGES_REPLICATE);
-              }};
+      return InPlaceStep(size, [=](IPictavo6* object, Picture* frame) {
+        return Blur(object, frame, sigmaX, sigmaY, pictavo::PICTAVO_EDGES_REPLICATE);
+      });
     }};
 
 const Effect kSharpenEffect = {
@@ -176,9 +150,8 @@ const Effect kSharpenEffect = {
       s.amount = Setting(settings, "AMOUNT of sharpen", s.amount, -1, 16);
       s.radius = Setting(settings, "RADIUS of sharpen", s.radius, 0, 1000);
       s.threshold = Setting(settings, "THRESHOLD of sharpen", s.threshold, 0, 255);
-      return {size, true, [=](IPictavo6* object, Picture* frame, Picture*) {
-                return Sharpen(object, frame, s);
-              }};
+      return InPlaceStep(
+          size, [=](IPictavo6* object, Picture* frame) { return Sharpen(object, frame, s); });
     }};
 
 const Effect kMatteEffect = {
@@ -189,21 +162,19 @@ const Effect kMatteEffect = {
       param.choke = static_cast<i32>(Setting(settings, "CHOKE of matte", 0, -64, 64));
       param.feather = Setting(settings, "FEATHER of matte", 0, 0, 1000);
       if (param.black >= param.white) throw UsageFailure("BLACK of matte is below WHITE");
-      return {size, true, [=](IPictavo6* object, Picture* frame, Picture*) {
-                return Adjust(object, frame, param);
-              }};
+      return InPlaceStep(
+          size, [=](IPictavo6* object, Picture* frame) { return Adjust(object, frame, param); });
     }};
 
 std::vector<SheetColumn> ShowGauss(Demo& demo) {
-  using Run = std::function<Outcome(IPictavo6 * object, Picture * dst)>;
   const i32 side = std::min(demo.background.width, demo.background.height);
-  const auto blur = [](f32 x, f32 y) -> Run {
+  const auto blur = [](f32 x, f32 y) -> InPlace {
     return [=](IPictavo6* object, Picture* dst) {
       return Blur(object, dst, x, y, pictavo::PICTAVO_EDGES_MIRROR);
     };
   };
-  const auto shown = [&](const std::string& name, int slot, const Picture& picture, const Run& run,
-                         const char* remark) -> SheetPicture {
+  const auto shown = [&](const std::string& name, int slot, const Picture& picture,
+                         const InPlace& run, const char* remark) -> SheetPicture {
     const Picture result = demo.Examine({name, slot, picture, run});
     return {Thumbnail(result), name, Format("slot %d", slot), {remark, ""}};
   };
@@ -224,7 +195,7 @@ std::vector<SheetColumn> ShowGauss(Demo& demo) {
       "amount 1.5, radius 2"));
 
   const Picture disc = SoftDisc(demo.layer);
-  const auto adjust = [](const MatteParam& param) -> Run {
+  const auto adjust = [](const MatteParam& param) -> InPlace {
     return [=](IPictavo6* object, Picture* dst) { return Adjust(object, dst, param); };
   };
   SheetColumn mattes = {"Mattes", {}};

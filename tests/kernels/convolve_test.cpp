@@ -74,9 +74,9 @@ TEST(Convolve, RefusesPicturesThatShareBytes) {
   ImageDesc dst = src;
   dst.data = pixels.data() + 3;
   const ConvolveParam param = {3, 0, 0, 1, {}};
-  EXPECT_EQ(cpu::ConvolvePicture(8, &src, &dst, &param), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::ConvolvePicture(Levels().back(), &src, &dst, &param), PICTAVO_E_INVALIDARG);
   EXPECT_EQ(pixels, Pixels(8, 7));
-  EXPECT_EQ(cpu::ConvolvePicture(8, &src, &dst, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::ConvolvePicture(Levels().back(), &src, &dst, nullptr), PICTAVO_E_POINTER);
 }
 
 }  // namespace

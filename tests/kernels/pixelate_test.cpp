@@ -50,10 +50,10 @@ TEST(CopyRectangle, RefusesPicturesThatShareBytes) {
   ImageDesc src = {{}, 4, 4, 0, bytes.data(), 2, 4, 16, 4}, dst = src;
   const i32 rect[] = {1, 1, 2, 4};
   dst.data = bytes.data() + 4;
-  EXPECT_EQ(cpu::CopyRectangle(8, &src, &dst, rect), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::CopyRectangle(Levels().back(), &src, &dst, rect), PICTAVO_E_INVALIDARG);
   EXPECT_EQ(bytes, before);
   dst.data = bytes.data() + 8;  // side by side
-  EXPECT_EQ(cpu::CopyRectangle(8, &src, &dst, rect), PICTAVO_S_OK);
+  EXPECT_EQ(cpu::CopyRectangle(Levels().back(), &src, &dst, rect), PICTAVO_S_OK);
   for (size_t y = 0; y < 4; ++y)
     EXPECT_EQ(bytes[16 * y + 8], y < 3 ? 16 * (y + 1) + 4 : 16 * y + 8);
 }

@@ -148,9 +148,9 @@ TEST(Transition, RefusesToPushAPictureOntoItself) {
   ImageDesc from = {{}, 0, 0, 0, pixels.data(), 2, 2, 8, 4}, dst = from, to = from;
   to.data = pixels.data() + 4;
   TransitionParam param = {PICTAVO_TRANSITION_PUSH, 0.5f, 0, 0, 0};
-  EXPECT_EQ(cpu::ApplyTransition(8, &dst, &from, &to, &param), PICTAVO_E_INVALIDARG);
-  EXPECT_EQ(cpu::ApplyTransition(8, &dst, &to, &from, &param), PICTAVO_E_INVALIDARG);
-  EXPECT_EQ(cpu::ApplyTransition(8, &dst, &to, &from, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::ApplyTransition(Levels().back(), &dst, &from, &to, &param), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::ApplyTransition(Levels().back(), &dst, &to, &from, &param), PICTAVO_E_INVALIDARG);
+  EXPECT_EQ(cpu::ApplyTransition(Levels().back(), &dst, &to, &from, nullptr), PICTAVO_E_POINTER);
 }
 
 }  // namespace

@@ -242,7 +242,7 @@ TEST(Warp, EightTurnsComeBack) {
   }();
   Pixels turned = src;
   for (int i = 0; i < 8; ++i)
-    turned = Warped(cpu::RotatePicture, 8, turned, kSide,
+    turned = Warped(cpu::RotatePicture, Levels().back(), turned, kSide,
                     RotateParam{45, 1, 50.5f, 50.5f, 50.5f, 50.5f, 1}, kSide, turned.size());
   for (int y = 20; y <= 80; ++y) {
     for (int x = 20; x <= 80; ++x) {
@@ -257,24 +257,31 @@ TEST(Warp, TiltedByNothingIsTurned) {
   for (const f32 roll : {0.f, 90.f, 33.f, -1000.5f}) {
     const TiltParam tilt = {30.1f, 20.7f, 0, 360, roll, 50, 1};
     const RotateParam turn = {roll, 1, 30.1f, 20.7f, 30.1f, 20.7f, 1};
-    EXPECT_EQ(Warped(cpu::TiltPicture, 8, src, kWidth, tilt, kWidth, src.size()),
-              Warped(cpu::RotatePicture, 8, src, kWidth, turn, kWidth, src.size()));
+    EXPECT_EQ(Warped(cpu::TiltPicture, Levels().back(), src, kWidth, tilt, kWidth, src.size()),
+              Warped(cpu::RotatePicture, Levels().back(), src, kWidth, turn, kWidth, src.size()));
   }
   // From behind, from its edge, and beyond the horizon.
   const Pixels row = {1, 2, 3, 4}, clear(4, 0);
-  EXPECT_EQ(Warped(cpu::TiltPicture, 8, row, 4, TiltParam{2, .5f, 180, 0, 0, 50, 1}, 4, 4),
-            (Pixels{4, 3, 2, 1}));
-  EXPECT_EQ(Warped(cpu::TiltPicture, 8, row, 4, TiltParam{2, .5f, 90, 0, 0, 50, 1}, 4, 4), clear);
-  EXPECT_EQ(Warped(cpu::TiltPicture, 8, row, 4, TiltParam{-99, .5f, 80, 0, 0, 50, 0}, 4, 4), clear);
-  EXPECT_EQ(cpu::RotatePicture(8, nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
-  EXPECT_EQ(cpu::TiltPicture(8, nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
-  EXPECT_EQ(cpu::SwirlPicture(8, nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(
+      Warped(cpu::TiltPicture, Levels().back(), row, 4, TiltParam{2, .5f, 180, 0, 0, 50, 1}, 4, 4),
+      (Pixels{4, 3, 2, 1}));
+  EXPECT_EQ(
+      Warped(cpu::TiltPicture, Levels().back(), row, 4, TiltParam{2, .5f, 90, 0, 0, 50, 1}, 4, 4),
+      clear);
+  EXPECT_EQ(
+      Warped(cpu::TiltPicture, Levels().back(), row, 4, TiltParam{-99, .5f, 80, 0, 0, 50, 0}, 4, 4),
+      clear);
+  EXPECT_EQ(cpu::RotatePicture(Levels().back(), nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::TiltPicture(Levels().back(), nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::SwirlPicture(Levels().back(), nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
 }
 
 TEST(Warp, ASwirlOfNothingCopies) {
   const Pixels src = {1, 2, 3, 4}, larger = {1, 2, 0, 3, 4, 0, 0, 0, 0};
-  EXPECT_EQ(Warped(cpu::SwirlPicture, 8, src, 2, SwirlParam{1, 1, 0, 90, 1}, 3, 9), larger);
-  EXPECT_EQ(Warped(cpu::SwirlPicture, 8, src, 2, SwirlParam{1, 1, 2, 0, 1}, 3, 9), larger);
+  EXPECT_EQ(Warped(cpu::SwirlPicture, Levels().back(), src, 2, SwirlParam{1, 1, 0, 90, 1}, 3, 9),
+            larger);
+  EXPECT_EQ(Warped(cpu::SwirlPicture, Levels().back(), src, 2, SwirlParam{1, 1, 2, 0, 1}, 3, 9),
+            larger);
 }
 
 TEST(ScaledLayer, Corners) {
@@ -311,7 +318,8 @@ TEST(ScaledLayer, Corners) {
       EXPECT_EQ(dst, c.expected) << c.what << ", level " << level;
     }
   }
-  EXPECT_EQ(cpu::BlendLayerScaled(8, nullptr, nullptr, nullptr, nullptr), PICTAVO_E_POINTER);
+  EXPECT_EQ(cpu::BlendLayerScaled(Levels().back(), nullptr, nullptr, nullptr, nullptr),
+            PICTAVO_E_POINTER);
 }
 
 }  // namespace
