@@ -23,6 +23,11 @@ struct Size {
 inline constexpr Size kHd = {1920, 1080};    // memory-bound
 inline constexpr Size kCached = {256, 256};  // two pictures fit the second-level cache
 
+/// A record of packed pixels.
+inline ImageDesc RecordOf(const Size& size, const u8* pixels) {
+  return {{}, 0, 0, 0, const_cast<u8*>(pixels), size.width, size.height, 4 * size.width, 4};
+}
+
 using Run = std::function<void(u8* dst, const u8* src)>;
 
 struct Line {

@@ -17,10 +17,6 @@ namespace {
 #if defined(PICTAVO_BENCH_OPENCV) || defined(PICTAVO_BENCH_AVFILTER)
 constexpr i32 kWidth = kCached.width, kHeight = kCached.height;
 
-ImageDesc RecordOf(const Bytes& pixels) {
-  return {{}, 0, 0, 0, const_cast<u8*>(pixels.data()), kWidth, kHeight, 4 * kWidth, 4};
-}
-
 /// The picture turned by half, opaque too.
 Bytes Other() {
   const Bytes& picture = HardPicture(kCached);
@@ -33,8 +29,9 @@ Bytes Other() {
 Bytes Mixed(const TransitionParam& param) {
   Bytes mixed(HardPicture(kCached).size());
   const Bytes second = Other();
-  ImageDesc dst = RecordOf(mixed);
-  const ImageDesc from = RecordOf(HardPicture(kCached)), to = RecordOf(second);
+  ImageDesc dst = RecordOf(kCached, mixed.data());
+  const ImageDesc from = RecordOf(kCached, HardPicture(kCached).data()),
+                  to = RecordOf(kCached, second.data());
   cpu::ApplyTransition(8, &dst, &from, &to, &param);
   return mixed;
 }
@@ -58,8 +55,8 @@ Bytes AvMixed(const std::string& mode) {
 #ifdef PICTAVO_BENCH_OPENCV
 Comparison CompareWeights(const char* name, const ConvolveParam& param) {
   Bytes ours(HardPicture(kCached).size()), theirs = ours;
-  const ImageDesc src = RecordOf(HardPicture(kCached));
-  ImageDesc dst = RecordOf(ours);
+  const ImageDesc src = RecordOf(kCached, HardPicture(kCached).data());
+  ImageDesc dst = RecordOf(kCached, ours.data());
   cpu::ConvolvePicture(8, &src, &dst, &param);
   const int side = static_cast<int>(param.size);
   cv::Mat weights(side, side, CV_32F), sums;

@@ -20,8 +20,8 @@ template <typename Param>
 Bytes Warped(u32 (*warp)(i32, const ImageDesc*, ImageDesc*, const Param*) noexcept,
              const Param& param, const Size& size) {
   Bytes dst(static_cast<size_t>(4 * size.pixels()));
-  const ImageDesc from = Describe(HardPicture(size).data(), size);
-  ImageDesc to = Describe(dst.data(), size);
+  const ImageDesc from = RecordOf(size, HardPicture(size).data());
+  ImageDesc to = RecordOf(size, dst.data());
   warp(8, &from, &to, &param);
   return OnBlack(std::move(dst));
 }
@@ -53,8 +53,8 @@ Comparisons CompareWarps() {
   }
   const Size layer = {400, 300};
   Bytes scaled(static_cast<size_t>(4 * size.pixels()));
-  const ImageDesc from = Describe(HardPicture(layer).data(), layer);
-  ImageDesc to = Describe(scaled.data(), size);
+  const ImageDesc from = RecordOf(layer, HardPicture(layer).data());
+  ImageDesc to = RecordOf(size, scaled.data());
   const BlendParam param = {0, 255, 1, 0, 0};
   const f32 rect[] = {0, 0, 640, 480};
   cpu::BlendLayerScaled(8, &to, &from, &param, rect);

@@ -17,16 +17,6 @@
 namespace pictavo::bench {
 namespace {
 
-ImageDesc Record(const Size& size, const u8* pixels, i32 pixelBytes = 4) {
-  ImageDesc image = {};
-  image.data = const_cast<u8*>(pixels);
-  image.width = size.width;
-  image.height = size.height;
-  image.pitch = size.width * pixelBytes;
-  image.bytesPerPixel = pixelBytes;
-  return image;
-}
-
 #ifdef PICTAVO_BENCH_OPENCV
 cv::Mat Picture(const Size& size, const u8* pixels, int type = CV_8UC4) {
   cv::setNumThreads(1);
@@ -138,7 +128,7 @@ Table Gaussians() {
     }
     const auto adjust = [=](const MatteParam& param) {
       return [=](i32 level, u8* dst, const u8*) {
-        ImageDesc picture = Record(size, dst);
+        ImageDesc picture = RecordOf(size, dst);
         cpu::AdjustMatte(level, &picture, &param);
       };
     };
@@ -147,8 +137,8 @@ Table Gaussians() {
         {{}, {}});
     for (u32 mode : {0u, 2u}) {
       const auto apply = [=](i32 level, u8* dst, const u8* src) {
-        ImageDesc picture = Record(size, dst);
-        const ImageDesc matte = Record(size, src);
+        ImageDesc picture = RecordOf(size, dst);
+        const ImageDesc matte = RecordOf(size, src);
         cpu::ApplyMatte(level, &picture, &matte, mode);
       };
       Add(&table, mode == 0 ? "80 apply a matte's alpha" : "80 apply a matte's luma", size, "mixed",

@@ -28,16 +28,6 @@ const Motion kMotions[] = {
     {"63 spin, 200 places", {1, 30, 0, 0, 1, 0, 8}, 0, 0},
 };
 
-ImageDesc Image(const Size& size, const u8* pixels) {
-  ImageDesc image = {};
-  image.data = const_cast<u8*>(pixels);
-  image.width = size.width;
-  image.height = size.height;
-  image.pitch = size.width * 4;
-  image.bytesPerPixel = 4;
-  return image;
-}
-
 #ifdef PICTAVO_BENCH_GEGL
 Run Gegl(const Motion& motion, const Size& size) {
   static const bool started = (gegl_init(nullptr, nullptr), true);
@@ -74,11 +64,11 @@ Table MotionBlurs() {
       for (const char* alpha : {"opaque", "mixed"}) {
         ImageDesc dst = {};
         i32 offsetX, offsetY;
-        const ImageDesc src = Image(size, nullptr);
+        const ImageDesc src = RecordOf(size, nullptr);
         cpu::GetMotionBlurDstSize(&src, &dst, &motion.param, &offsetX, &offsetY);
         const Size dstSize = {dst.width, dst.height};
         std::vector<Run> runs = AtEachBuild([=](i32 level, u8* to, const u8* from) {
-          const ImageDesc source = Image(size, from), destination = Image(dstSize, to);
+          const ImageDesc source = RecordOf(size, from), destination = RecordOf(dstSize, to);
           cpu::MotionBlur(level, &source, &destination, &motion.param);
         });
 #ifdef PICTAVO_BENCH_GEGL

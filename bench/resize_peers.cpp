@@ -151,14 +151,4 @@ const std::vector<ResizePeer>& ResizePeers() {
   return peers;
 }
 
-ImageDesc RecordOf(const Size& size, const u8* pixels) {
-  ImageDesc image = {};
-  image.data = const_cast<u8*>(pixels);
-  image.width = size.width;
-  image.height = size.height;
-  image.pitch = 4 * size.width;
-  image.bytesPerPixel = 4;
-  return image;
-}
-
 }  // namespace pictavo::bench

@@ -14,8 +14,6 @@ struct ResizePeer {
 };
 const std::vector<ResizePeer>& ResizePeers();
 
-ImageDesc RecordOf(const Size& size, const u8* pixels);
-
 }  // namespace pictavo::bench
 
 #endif  // PICTAVO_BENCH_RESIZE_PEERS_H_

@@ -15,10 +15,6 @@
 namespace pictavo::bench {
 namespace {
 
-ImageDesc RecordOf(const u8* pixels, const Size& size) {
-  return {{}, 0, 0, 0, const_cast<u8*>(pixels), size.width, size.height, 4 * size.width, 4};
-}
-
 /// Two pictures, one after the other.
 const Bytes& Pair(const Size& size, const std::string& alpha) {
   static std::map<std::string, Bytes> made;
@@ -127,8 +123,8 @@ Line MomentLine(const Moment& moment, const Size& size) {
   const Bytes& both = Pair(size, moment.alpha);
   const u8* const second = both.data() + both.size() / 2;
   std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-    ImageDesc to = RecordOf(dst, size);
-    const ImageDesc from = RecordOf(src, size), other = RecordOf(second, size);
+    ImageDesc to = RecordOf(size, dst);
+    const ImageDesc from = RecordOf(size, src), other = RecordOf(size, second);
     cpu::ApplyTransition(level, &to, &from, &other, &moment.param);
   });
 #ifdef PICTAVO_BENCH_OPENCV
@@ -152,8 +148,8 @@ Line WeightsLine(const Weights& weights, const Size& size) {
     const i32 rows = std::min(size.height, 64);
     for (i32 y = 0; y < size.height; y += rows) {
       const Size band = {size.width, std::min(rows, size.height - y)};
-      ImageDesc to = RecordOf(dst + 4 * y * size.width, band);
-      const ImageDesc from = RecordOf(src + 4 * y * size.width, band);
+      ImageDesc to = RecordOf(band, dst + 4 * y * size.width);
+      const ImageDesc from = RecordOf(band, src + 4 * y * size.width);
       cpu::ConvolvePicture(level, &from, &to, &weights.param);
     }
   });

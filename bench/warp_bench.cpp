@@ -29,8 +29,8 @@ using Warp = u32(i32 level, const ImageDesc* src, ImageDesc* dst, const Param* p
 template <typename Param>
 std::vector<Run> Runs(Warp<Param>* warp, const Param& param, const Size& size) {
   return AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-    const ImageDesc from = Describe(src, size);
-    ImageDesc to = Describe(dst, size);
+    const ImageDesc from = RecordOf(size, src);
+    ImageDesc to = RecordOf(size, dst);
     warp(level, &from, &to, &param);
   });
 }
@@ -95,8 +95,8 @@ std::vector<Run> Tilts(const Size& size) {
 /// A layer of a quarter of the picture into nearly all of it.
 std::vector<Run> ScaledLayers(const Size& size, const Size& layer) {
   std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-    const ImageDesc from = Describe(src, layer);
-    ImageDesc to = Describe(dst, size);
+    const ImageDesc from = RecordOf(layer, src);
+    ImageDesc to = RecordOf(size, dst);
     const BlendParam param = {0, 255, 0, 0, 0};
     const f32 rect[] = {0.5f, 0.5f, static_cast<f32>(size.width) - 0.5f,
                         static_cast<f32>(size.height) - 0.5f};

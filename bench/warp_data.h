@@ -13,16 +13,6 @@
 
 namespace pictavo::bench {
 
-inline ImageDesc Describe(const u8* pixels, const Size& size) {
-  ImageDesc image = {};
-  image.data = const_cast<u8*>(pixels);
-  image.width = size.width;
-  image.height = size.height;
-  image.pitch = 4 * size.width;
-  image.bytesPerPixel = 4;
-  return image;
-}
-
 inline RotateParam Rotation(f32 angle, const Size& size, u32 filter = PICTAVO_SAMPLE_BILINEAR) {
   const f32 x = static_cast<f32>(size.width) / 2, y = static_cast<f32>(size.height) / 2;
   return {angle, 1, x, y, x, y, filter};

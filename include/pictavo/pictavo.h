@@ -159,8 +159,8 @@ constexpr i64 FrameBytes(u32 layout, i32 width, i32 height) {
 /// lies outside the source is clear, so that edges are smooth. PICTAVO_SAMPLE_NEAREST copies the
 /// pixel at (floor(x + 1/2), floor(y + 1/2)). PICTAVO_SAMPLE_BILINEAR rounds x and y to the nearest
 /// 1/256; the four pixels around the place have the weights (256 - p) * (256 - q), p * (256 - q),
-/// (256 - p)
-/// * q and p * q of its fractions p / 256 and q / 256. With W the sum of weight * alpha, alpha
+/// (256 - p) * q and p * q of its fractions p / 256 and q / 256. With W the sum of
+/// weight * alpha, alpha
 /// becomes (W + 32768) >> 16 and a colour the nearest integer, halves up, to the sum of weight *
 /// alpha * colour divided by W; a pixel of alpha 0 is four zeros. At a pixel's own centre that
 /// pixel is copied as it is. Opaque pixels take the plain weighted mean, at the speed of one.
@@ -956,8 +956,8 @@ struct IPictavo2 : IPictavo {
   /// alpha 0 is four zeros.
   ///
   /// Every byte is within 1 of that rule's real-number result, within 2 above a sigma of 8. All
-  /// builds give the same bytes. The time does not grow with sigma; pictures without opaque pixels
-  /// everywhere, and clear edges, take longer. Rows are shared with helping threads.
+  /// builds give the same bytes. Above a sigma of some pixels the time hardly depends on it; where
+  /// pixels are not opaque, or edges clear, it is longer. Rows are shared with helping threads.
   /// @param sigmaX,sigmaY in pixels, 0 (no blur that way) … 1000
   /// @param edges one of PICTAVO_EDGES_
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a pitch shorter

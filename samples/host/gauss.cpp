@@ -182,7 +182,7 @@ std::vector<SheetColumn> ShowGauss(Demo& demo) {
   for (const i32 part : {200, 20, 4}) {
     const f32 sigma = static_cast<f32>(std::max(1, side / part));
     filters.pictures.push_back(shown(Format("Gaussian, sigma %g", double{sigma}), 56,
-                                     demo.background, blur(sigma, sigma), "in the same time"));
+                                     demo.background, blur(sigma, sigma), "edges mirrored"));
   }
   const f32 wide = static_cast<f32>(side) / 10;
   filters.pictures.push_back(
