@@ -37,6 +37,13 @@ f32 Parser::Real(const std::string& what) {
   return value;
 }
 
+u32 Parser::Choice(const std::string& option, const std::vector<std::string>& names) {
+  const std::string name = Utf8(Next("a name for " + option));
+  const auto at = std::find(names.begin(), names.end(), name);
+  if (at == names.end()) throw UsageFailure("there is no " + option + " \"" + name + '"');
+  return static_cast<u32>(at - names.begin());
+}
+
 u32 Parser::Hex(const std::string& what, size_t digits) {
   const std::wstring text = Next(what);
   if (text.size() != digits || text.find_first_not_of(L"0123456789ABCDEFabcdef") != text.npos) {

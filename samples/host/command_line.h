@@ -24,6 +24,8 @@ class Parser {
   std::wstring Next(const std::string& what);
   i32 Integer(const std::string& what, i64 least, i64 most);
   f32 Real(const std::string& what);
+  /// The place of a name among some, for an option.
+  u32 Choice(const std::string& option, const std::vector<std::string>& names);
   /// Hexadecimal digits, two a byte.
   u32 Hex(const std::string& what, size_t digits);
   /// For example 640x360.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <iterator>
 #include <optional>
 
 #include "demo.h"
@@ -43,24 +42,17 @@ Outcome Apply(IPictavo6* object, Picture* picture, const Picture& matte, u32 mod
   return pictavo::Call<&IPictavo6::ApplyMatte>(object, &image, &by, mode);
 }
 
-/// The place of the next word among some.
-template <typename Names>
-u32 Choice(Parser& parser, const char* option, const Names& names) {
-  const std::string name = Utf8(parser.Next(std::string("the name after ") + option));
-  const auto found = std::find(std::begin(names), std::end(names), name);
-  if (found == std::end(names)) throw UsageFailure(std::string(option) + " takes no " + name);
-  return static_cast<u32>(found - std::begin(names));
-}
-
 int RunGauss(pictavo::Library& library, const Arguments& arguments) {
-  constexpr const char* kEdges[] = {"clear", "replicate", "mirror"};
   f32 sigmaX = 10, sigmaY = 10;
   u32 edges = pictavo::PICTAVO_EDGES_REPLICATE;
   const Arguments files =
       TakeFiles(2, "gauss takes two files, PICTURE OUT", arguments,
                 {{"--sigma", [&](Parser& p) { sigmaX = sigmaY = p.Real("--sigma"); }},
                  RealOption("--sigma-y", &sigmaY),
-                 {"--edges", [&](Parser& p) { edges = Choice(p, "--edges", kEdges); }},
+                 {"--edges",
+                  [&](Parser& p) {
+                    edges = p.Choice("--edges", {"clear", "replicate", "mirror"});
+                  }},
                  LevelOption(library)});
   return Change(library, files, "blur", [=](IPictavo6* object, Picture* picture) {
     return Blur(object, picture, sigmaX, sigmaY, edges);
@@ -78,7 +70,6 @@ int RunSharpen(pictavo::Library& library, const Arguments& arguments) {
 }
 
 int RunMatte(pictavo::Library& library, const Arguments& arguments) {
-  constexpr const char* kModes[] = {"alpha", "inverted-alpha", "luma", "inverted-luma"};
   MatteParam param = {0, 1, 0, 0};
   std::optional<std::wstring> by;
   u32 mode = pictavo::PICTAVO_MATTE_LUMA;
@@ -89,7 +80,10 @@ int RunMatte(pictavo::Library& library, const Arguments& arguments) {
                  {"--choke", [&](Parser& p) { param.choke = p.Integer("--choke", -64, 64); }},
                  RealOption("--feather", &param.feather),
                  {"--by", [&](Parser& p) { by = p.Next("the file after --by"); }},
-                 {"--mode", [&](Parser& p) { mode = Choice(p, "--mode", kModes); }},
+                 {"--mode",
+                  [&](Parser& p) {
+                    mode = p.Choice("--mode", {"alpha", "inverted-alpha", "luma", "inverted-luma"});
+                  }},
                  LevelOption(library)});
   return Change(library, files, "adjust", [&](IPictavo6* object, Picture* picture) {
     if (by) {

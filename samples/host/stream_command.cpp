@@ -224,30 +224,21 @@ class Stream {
   Clock::time_point shown_ = start_;
 };
 
-/// The place of a name in a list. Throws UsageFailure.
-u32 Choice(Parser* parser, const std::string& option, const std::vector<std::wstring>& names) {
-  const std::wstring name = parser->Next("a name for " + option);
-  const auto at = std::find(names.begin(), names.end(), name);
-  if (at == names.end()) throw UsageFailure("there is no " + option + " \"" + Utf8(name) + "\"");
-  return static_cast<u32>(at - names.begin());
-}
-
 std::vector<Option> FormatOptions(PixelFormat* format) {
   return {{"--pixels",
            [=](Parser& parser) {
              // In the order of the library's layouts, and BGRA behind them.
-             const u32 layout =
-                 Choice(&parser, "--pixels",
-                        {L"nv12", L"i420", L"yv12", L"yuy2", L"uyvy", L"p010", L"bgra"});
+             const u32 layout = parser.Choice(
+                 "--pixels", {"nv12", "i420", "yv12", "yuy2", "uyvy", "p010", "bgra"});
              format->bgra = layout > pictavo::PICTAVO_FRAME_P010;
              format->layout = layout;
            }},
           {"--matrix",
            [=](Parser& parser) {
-             format->matrix = Choice(&parser, "--matrix", {L"bt601", L"bt709", L"bt2020"});
+             format->matrix = parser.Choice("--matrix", {"bt601", "bt709", "bt2020"});
            }},
           {"--range", [=](Parser& parser) {
-             format->range = Choice(&parser, "--range", {L"limited", L"full"});
+             format->range = parser.Choice("--range", {"limited", "full"});
            }}};
 }
 
