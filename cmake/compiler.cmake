@@ -25,8 +25,6 @@ if(MINGW)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The stack may be 16-byte aligned only; unaligned moves cost nothing on today's processors.
     target_compile_options(pictavo_flags INTERFACE -Wa,-muse-unaligned-vector-move)
-    # Symbols, which installing puts into files of their own.
-    target_compile_options(pictavo_flags INTERFACE -g)
   endif()
   target_compile_definitions(pictavo_flags INTERFACE
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)

@@ -13,7 +13,7 @@ packages=(
   wine wine64                            # run Windows programs
   clang lld llvm libclang-rt-14-dev      # sanitizers, a host for the other ABI, import libraries
   clang-format pkg-config
-  googletest libbenchmark-dev            # tests and benchmarks
+  googletest libgtest-dev libbenchmark-dev  # tests and benchmarks
   qemu-user valgrind                     # modelled old processors, and one that knows what was written
   doxygen                                # the API reference
   frei0r-plugins-dev ffmpeg              # the sample plug-ins, and a program that loads them
