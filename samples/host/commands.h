@@ -19,13 +19,13 @@ struct Command {
 };
 
 // The commands, each in its own file.
-extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kMotionBlurCommand,
-    kBlurCommand, kPixelateCommand, kConvolveCommand, kTransitionCommand, kLevelsCommand,
-    kColorCommand, kLutCommand, kGaussCommand, kSharpenCommand, kMatteCommand, kResizeCommand,
-    kFlipCommand, kConvertCommand, kBorderCommand, kHistogramCommand, kMeasureCommand,
-    kStreamCommand, kOpenCLCommand, kGpuKeyCommand, kGpuBlurCommand, kGpuResizeCommand,
-    kGpuTurnCommand, kGpuOutlineCommand, kGpuRotateCommand, kGpuMatCommand, kDemoCommand,
-    kRotateCommand, kTiltCommand, kSwirlCommand;
+extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kScreenKeyCommand,
+    kSceneCommand, kMotionBlurCommand, kBlurCommand, kPixelateCommand, kConvolveCommand,
+    kTransitionCommand, kLevelsCommand, kColorCommand, kLutCommand, kGaussCommand, kSharpenCommand,
+    kMatteCommand, kResizeCommand, kFlipCommand, kConvertCommand, kBorderCommand, kHistogramCommand,
+    kMeasureCommand, kStreamCommand, kOpenCLCommand, kGpuKeyCommand, kGpuBlurCommand,
+    kGpuResizeCommand, kGpuTurnCommand, kGpuOutlineCommand, kGpuRotateCommand, kGpuMatCommand,
+    kDemoCommand, kRotateCommand, kTiltCommand, kSwirlCommand;
 
 /// --level N, which sets the library's level, up to the one that it has.
 Option LevelOption(pictavo::Library& library);

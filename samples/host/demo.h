@@ -77,6 +77,7 @@ std::vector<SheetColumn> ShowConversions(Demo& demo);
 std::vector<SheetColumn> ShowGauss(Demo& demo);
 std::vector<SheetColumn> ShowGrading(Demo& demo);
 std::vector<SheetColumn> ShowFilters(Demo& demo);
+std::vector<SheetColumn> ShowKeying(Demo& demo);
 std::vector<SheetColumn> ShowLayers(Demo& demo);
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo);
 std::vector<SheetColumn> ShowOpenCL(Demo& demo);  // nothing without a device

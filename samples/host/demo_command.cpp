@@ -23,6 +23,7 @@ const Sheet kSheets[] = {
     {"blending", "alpha blending", {ShowBlending}},
     {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey, ShowBlur}},
     {"filters", "filters and mattes", {ShowGauss, ShowFilters}},
+    {"keying", "keying", {ShowKeying}},
     {"grading", "grading", {ShowGrading}},
     {"transitions", "transitions", {ShowTransitions}},
     {"resizing", "resizing", {ShowResizing}},

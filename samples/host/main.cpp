@@ -18,15 +18,15 @@ namespace {
 
 /// In the order in which the usage tells of them.
 const Command* const kCommands[] = {
-    &kInfoCommand,       &kBlendCommand,   &kLayerCommand,      &kKeyCommand,
-    &kMotionBlurCommand, &kBlurCommand,    &kPixelateCommand,   &kConvolveCommand,
-    &kTransitionCommand, &kLevelsCommand,  &kColorCommand,      &kLutCommand,
-    &kGaussCommand,      &kSharpenCommand, &kMatteCommand,      &kResizeCommand,
-    &kFlipCommand,       &kRotateCommand,  &kTiltCommand,       &kSwirlCommand,
-    &kConvertCommand,    &kBorderCommand,  &kHistogramCommand,  &kMeasureCommand,
-    &kStreamCommand,     &kOpenCLCommand,  &kGpuKeyCommand,     &kGpuBlurCommand,
-    &kGpuResizeCommand,  &kGpuTurnCommand, &kGpuOutlineCommand, &kGpuRotateCommand,
-    &kGpuMatCommand,     &kDemoCommand};
+    &kInfoCommand,       &kBlendCommand,     &kLayerCommand,      &kKeyCommand,
+    &kScreenKeyCommand,  &kSceneCommand,     &kMotionBlurCommand, &kBlurCommand,
+    &kPixelateCommand,   &kConvolveCommand,  &kTransitionCommand, &kLevelsCommand,
+    &kColorCommand,      &kLutCommand,       &kGaussCommand,      &kSharpenCommand,
+    &kMatteCommand,      &kResizeCommand,    &kFlipCommand,       &kRotateCommand,
+    &kTiltCommand,       &kSwirlCommand,     &kConvertCommand,    &kBorderCommand,
+    &kHistogramCommand,  &kMeasureCommand,   &kStreamCommand,     &kOpenCLCommand,
+    &kGpuKeyCommand,     &kGpuBlurCommand,   &kGpuResizeCommand,  &kGpuTurnCommand,
+    &kGpuOutlineCommand, &kGpuRotateCommand, &kGpuMatCommand,     &kDemoCommand};
 
 /// For as long as it lives, the console shows UTF-8. Text reaches it as it is and in whole pieces:
 /// neither the C library nor the console puts a character together from single bytes.

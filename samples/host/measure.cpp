@@ -1,6 +1,7 @@
 // Measures: pictavo-host measure.
 #include <array>
 #include <cstdio>
+#include <optional>
 
 #include "commands.h"
 #include "picture.h"
@@ -44,10 +45,20 @@ void PrintBounds(pictavo::IPictavo6* object, const Picture& picture, const Chann
               bounds.right, bounds.bottom);
 }
 
+int PrintDifference(const Picture& a, const Picture& b) {
+  if (a.width != b.width || a.height != b.height) throw Failure("the pictures are of two sizes");
+  std::printf("%.3f\n", RmsDifference(a, b));
+  return 0;
+}
+
 int RunMeasure(pictavo::Library& library, const Arguments& arguments) {
+  std::optional<std::wstring> beside;
   const Arguments files =
-      TakeFiles(1, "measure takes a file, PICTURE", arguments, {LevelOption(library)});
+      TakeFiles(1, "measure takes a file, PICTURE", arguments,
+                {{"--beside", [&](Parser& parser) { beside = parser.Next("the other picture"); }},
+                 LevelOption(library)});
   const Picture picture = ReadPicture(files[0]);
+  if (beside) return PrintDifference(picture, ReadPicture(*beside));
   std::printf("%d x %d\n             mean  deviation  sharpness      noise  split      above\n",
               picture.width, picture.height);
   for (const Channel& channel : kChannels) {
@@ -62,9 +73,10 @@ int RunMeasure(pictavo::Library& library, const Arguments& arguments) {
 
 const Command kMeasureCommand = {
     L"measure",
-    "  pictavo-host measure PICTURE [--level N]\n"
+    "  pictavo-host measure PICTURE [--level N] [--beside OTHER]\n"
     "      Prints each channel's and luma's mean, standard deviation, sharpness and noise; where\n"
-    "      each histogram splits best, how many pixels are above that, and their rectangle.\n",
+    "      each histogram splits best, how many pixels are above that, and their rectangle.\n"
+    "      --beside OTHER       prints the root mean square of the colours' differences instead\n",
     RunMeasure};
 
 }  // namespace host

@@ -261,6 +261,15 @@ Picture Covering(const Picture& picture, i32 width, i32 height) {
   return Resized(Cropped(picture, middle), width, height);
 }
 
+double RmsDifference(const Picture& a, const Picture& b) {
+  double squares = 0;
+  for (size_t i = 0; i < a.pixels.size(); ++i) {
+    const int step = i % 4 == 3 ? 0 : a.pixels[i] - b.pixels[i];
+    squares += step * step;
+  }
+  return std::sqrt(squares / 0.75 / static_cast<double>(a.pixels.size()));
+}
+
 Picture OnWhite(Picture picture) {
   for (size_t i = 0; i < picture.pixels.size(); i += 4) {
     u8* pixel = &picture.pixels[i];

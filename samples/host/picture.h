@@ -75,6 +75,9 @@ Picture Fitted(const Picture& picture, i32 width, i32 height);
 /// The picture's middle, resized to fill width x height.
 Picture Covering(const Picture& picture, i32 width, i32 height);
 
+/// The root mean square of what the colours of two pictures of one size differ by.
+double RmsDifference(const Picture& a, const Picture& b);
+
 /// The picture in front of opaque white.
 Picture OnWhite(Picture picture);
 

@@ -22,6 +22,7 @@ contact-sheet-effects 2352 1452
 contact-sheet-filters 1200 1773
 contact-sheet-gpu 2352 1131
 contact-sheet-grading 816 1452
+contact-sheet-keying 1200 1131
 contact-sheet-opencl 816 1131
 contact-sheet-resizing 1584 3378
 contact-sheet-transitions 1968 2736

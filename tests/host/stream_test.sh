@@ -87,6 +87,12 @@ blur two.png || fail "a plain write"
 [ $? -eq 1 ] && grep -q "2147483649 x 1 pixels is too large" "$work/errors" || fail "a motion that is too large"
 cmp -n 8 "$work/one.png" "$work/two.png" || fail "no PNG was written"
 
+# A hard scene, keyed: no farther from the truth than docs/keying.md says.
+run() { (cd "$work" && "$source/scripts/wine.sh" "$program" "$@" 2> errors); }
+run scene shot.png behind.png truth.png > "$work/out" &&
+  run screen-key shot.png keyed.png --screen 2EA83E --background behind.png > "$work/out" &&
+  run measure keyed.png --beside truth.png | awk '{ exit !($1 > 1 && $1 < 5.1) }' || fail "a key of a hard scene"
+
 # The library without its modules says so.
 mkdir "$work/alone"
 cp "$program" "$(dirname "$program")/Pictavo.dll" "$work/alone"
