@@ -16,13 +16,13 @@ host=$(realpath "$host") wine=$PWD/scripts/wine.sh
 mkdir -p build/docs/pictures
 [ -f out/pictures/china.jpg ] || scripts/pictures.sh out/pictures >/dev/null
 
-page=$PWD/docs/effects.md photographs=$PWD/out/pictures
+pages=("$PWD"/docs/{effects,keying}.md) photographs=$PWD/out/pictures
 (
   cd build/docs/pictures
   "$wine" "$host" resize "Z:$photographs/china.jpg" background.png --size 480x320 --method box
   "$wine" "$host" resize "Z:$photographs/flower.jpg" layer.png --size 480x320 --method box
-  # The page's own commands, in its order.
-  sed -n 's/.*<br>`\(.*\)` |.*/\1/p' "$page" | while read -ra arguments; do
+  # The pages' own commands, in their order.
+  sed -n 's/.*<br>`\(.*\)` |.*/\1/p' "${pages[@]}" | while read -ra arguments; do
     "$wine" "$host" "${arguments[@]}" </dev/null
   done
 ) >/dev/null
