@@ -8,10 +8,11 @@ namespace host {
 namespace {
 
 const Effect* const kEffects[] = {
-    &kKeyEffect,      &kOverEffect,   &kLayerEffect,   &kFadeEffect,   &kTransitionEffect,
-    &kResizeEffect,   &kFlipEffect,   &kBlurEffect,    &kMotionEffect, &kBorderEffect,
-    &kPixelateEffect, &kLevelsEffect, &kColorEffect,   &kLutEffect,    &kGaussEffect,
-    &kSharpenEffect,  &kMatteEffect,  &kConvertEffect, &kRotateEffect, &kTiltEffect};
+    &kKeyEffect,        &kScreenKeyEffect, &kOverEffect,   &kLayerEffect,   &kFadeEffect,
+    &kTransitionEffect, &kResizeEffect,    &kFlipEffect,   &kBlurEffect,    &kMotionEffect,
+    &kBorderEffect,     &kPixelateEffect,  &kLevelsEffect, &kColorEffect,   &kLutEffect,
+    &kGaussEffect,      &kSharpenEffect,   &kMatteEffect,  &kConvertEffect, &kRotateEffect,
+    &kTiltEffect};
 
 std::wstring Trimmed(const std::wstring& text) {
   constexpr const wchar_t* kSpace = L" \t\r\n";

@@ -41,8 +41,8 @@ struct Effect {
 // The effects, each in the file of its command.
 extern const Effect kBlurEffect, kBorderEffect, kConvertEffect, kFlipEffect, kFadeEffect,
     kLevelsEffect, kColorEffect, kLutEffect, kGaussEffect, kMatteEffect, kSharpenEffect, kKeyEffect,
-    kLayerEffect, kMotionEffect, kOverEffect, kPixelateEffect, kResizeEffect, kTransitionEffect,
-    kRotateEffect, kTiltEffect;
+    kScreenKeyEffect, kLayerEffect, kMotionEffect, kOverEffect, kPixelateEffect, kResizeEffect,
+    kTransitionEffect, kRotateEffect, kTiltEffect;
 
 constexpr int kBadSize = 3, kUnknownEffect = 4;  // the program's exit codes for them
 

@@ -102,6 +102,15 @@ int RunScreenKey(pictavo::Library& library, const Arguments& arguments) {
   return 0;
 }
 
+/// The frame in straight alpha, for what follows in a chain.
+Step ScreenKeyStep(Size size, const ScreenKey& key) {
+  return {size, false, [=](IPictavo6* object, Picture* frame, Picture* result) {
+            const Picture shot = OnWhite(*frame);
+            *result = Unpremultiply(KeyScreen(object, shot, CleanPlate(object, shot, key), key));
+            return pictavo::Outcome{pictavo::PICTAVO_S_OK, true};
+          }};
+}
+
 /// A picture of the sheet over the scene's background, with its error.
 SheetPicture Over(const KeyScene& scene, const Picture& picture, const char* tag) {
   return {
@@ -165,6 +174,18 @@ const Command kScreenKeyCommand = {
     "      --show NAME          result, plate or matte\n"
     "      --level N            instruction-set level, 0 to the processor's\n",
     RunScreenKey};
+
+const Effect kScreenKeyEffect = {"screen-key", 3, [](Parser& settings, Size size) -> Step {
+                                   ScreenKey key;
+                                   const u32 colour = settings.Hex("RRGGBB of screen-key", 6);
+                                   if (!settings.AtEnd())
+                                     key.angle = settings.Integer("ANGLE of screen-key", 1, 90);
+                                   if (!settings.AtEnd())
+                                     key.denoise =
+                                         settings.Integer("DENOISE of screen-key", 0, 255);
+                                   key.screen = KeyOf(colour, key.screen.angle, key.screen.denoise);
+                                   return ScreenKeyStep(size, key);
+                                 }};
 
 std::vector<SheetColumn> ShowKeying(Demo& demo) {
   const KeyScene scene;

@@ -61,6 +61,16 @@ void Blur(IPictavo6* object, Picture* picture, f32 sigma) {
          "to blur");
 }
 
+/// A picture of one colour, as large as another.
+Picture Filled(IPictavo6* object, const Picture& size, const ChromaKey& colour) {
+  Picture filled(size.width, size.height);
+  Expect(pictavo::Call<&IPictavo6::FillSolidColor>(object, filled.pixels.data(), filled.width,
+                                                   filled.height, filled.pitch(), colour.keyB,
+                                                   colour.keyG, colour.keyR, u8{255}),
+         "to fill");
+  return filled;
+}
+
 /// Lays a layer over an opaque picture.
 void Layer(IPictavo6* object, Picture* picture, const Picture& layer, u32 mode) {
   ImageDesc dst = Describe(*picture);
@@ -158,9 +168,11 @@ Picture ScreenAround(IPictavo6* object, const Picture& shot, Picture others, con
   Picture coarse = fine;
   Blur(object, &fine, key.blur);
   Blur(object, &coarse, 6 * key.blur);  // for the middle of what is large
-  coarse = WithAlpha(object, std::move(coarse), 5);
-  Layer(object, &coarse, fine, kNormal);
-  return coarse;
+  Levels(object, &coarse, kAlpha, {0, 0.05f, 1, 0, 1});
+  Picture screen = Filled(object, shot, key.screen);  // where there is none anywhere near
+  Layer(object, &screen, coarse, kNormal);
+  Layer(object, &screen, fine, kNormal);
+  return screen;
 }
 
 }  // namespace

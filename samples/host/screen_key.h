@@ -30,7 +30,7 @@ struct ScreenKey {
   f32 spill = 0.6f;  // 0 … 1; the less, the less of the screen's colour stays anywhere
 };
 
-/// The screen without what stands before it, opaque.
+/// The screen without what stands before it, opaque, of an opaque shot.
 Picture CleanPlate(pictavo::IPictavo6* object, const Picture& shot, const ScreenKey& key);
 
 /// What stands before the screen, premultiplied.

@@ -275,6 +275,8 @@ const Command kStreamCommand = {
     "  pictavo-host stream --size WxH \"EFFECT | EFFECT | ...\" [options]\n"
     "      Runs raw frames from the standard input to the standard output through a chain:\n"
     "      key=RRGGBB:ANGLE:DENOISE   makes a colour clear\n"
+    "      screen-key=RRGGBB:ANGLE:DENOISE\n"
+    "                                 the same with the screen's own light; 90 and 6 by default\n"
     "      over=FILE                  lays the frame over a picture\n"
     "      over=X:Y:WxH:FILE          the same in that size, its corner at a place between pixels\n"
     "      layer=MODE:OPACITY:FILE    mixes a picture into the frame, as the command layer does\n"

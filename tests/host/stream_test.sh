@@ -93,6 +93,9 @@ run scene shot.png behind.png truth.png > "$work/out" &&
   run screen-key shot.png keyed.png --screen 2EA83E --background behind.png > "$work/out" &&
   run measure keyed.png --beside truth.png | awk '{ exit !($1 > 1 && $1 < 5.1) }' || fail "a key of a hard scene"
 
+grey 3072 | host --size 64x48 --pixels i420 --range full screen-key=2EA83E | cmp - <(grey 3072) ||
+  fail "a key of a frame without a screen"
+
 # The library without its modules says so.
 mkdir "$work/alone"
 cp "$program" "$(dirname "$program")/Pictavo.dll" "$work/alone"
