@@ -42,9 +42,9 @@ done
 
 # All settings of one chromakey in one graph: each branch is laid over the background in RGB.
 branches=(null)
-for mix in 0.3 0.4 0.5 0.6 0.75 1; do
+for mix in 0.4 0.5 0.6 0.75; do
   for expand in 0 0.3; do
-    for green in -1 -0.6; do branches+=("despill=mix=$mix:expand=$expand:green=$green"); done
+    for green in -1 -0.8 -0.6 -0.4; do branches+=("despill=mix=$mix:expand=$expand:green=$green"); done
   done
 done
 n=${#branches[@]}
@@ -62,9 +62,9 @@ try() {  # COLOUR SIMILARITY BLEND: prints an error and the filters for each bra
     sed -n "s/.*mse_avg:\([0-9.]*\).*/\1 chromakey=$1:$2:$3,format=bgra,${branches[i]}/p" psnr$i
   done | awk '{ printf "%.2f %s\n", sqrt($1), $2 }'
 }
-for colour in 0x2EA83E 0x29973C 0x34BC45; do
-  for similarity in 0.02 0.035 0.05 0.07 0.1 0.15; do
-    for blend in 0 0.05 0.08 0.1 0.13 0.2; do try $colour $similarity $blend; done
+for colour in 0x248432 0x29973C 0x2EA83E 0x34BC45; do
+  for similarity in 0.025 0.035 0.05 0.07; do
+    for blend in 0.05 0.065 0.08 0.1; do try $colour $similarity $blend; done
   done
 done | sort -n > ffmpeg.txt
 rm psnr*
