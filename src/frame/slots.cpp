@@ -2,7 +2,6 @@
 // src/cpu, or where there is more to it, one that stands here. The methods about the object itself
 // stand in pictavo_object.cpp.
 #include <algorithm>
-#include <cstring>
 #include <type_traits>
 
 #include "chromakey/chroma_key_fx.h"
@@ -83,17 +82,13 @@ u32 BlendLayerSubpixel(Pictavo& object, ImageDesc* dst, const ImageDesc* src,
   return object.kernels().Mix(kLayerModes, kLayerModes, dst, src, param);
 }
 
-u32 CopySurface(IPictavoSurface* dst, IPictavoSurface* src) {
+u32 CopySurface(i32 level, IPictavoSurface* dst, IPictavoSurface* src) {
   ImageDesc to, from;
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &to, src, &from));
   if (const u32 code = CheckRecords(true, &to, &from); code != PICTAVO_S_OK) return code;
-  const Picture out = PictureIn(to), in = PictureIn(from);
-  if (out.pixels == in.pixels && out.pitch == in.pitch) return PICTAVO_S_OK;
-  if (ShareBytes(out, in)) return PICTAVO_E_INVALIDARG;
-  const auto bytes = static_cast<size_t>(4 * std::min(out.width, in.width));
-  for (i64 y = 0; y < std::min(out.height, in.height); ++y)
-    std::memcpy(out.Row(y), in.Row(y), bytes);
-  return PICTAVO_S_OK;
+  if (to.data == from.data && to.pitch == from.pitch) return PICTAVO_S_OK;
+  const i32 common[] = {0, 0, std::min(to.width, from.width), std::min(to.height, from.height)};
+  return cpu::CopyRectangle(level, &from, &to, common);
 }
 
 u32 ResizeSurface(i32 level, IPictavoSurface* dst, IPictavoSurface* src, const ResizeParam* param) {
