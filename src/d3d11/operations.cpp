@@ -45,6 +45,7 @@ u32 CPictavo_D3D::CopyTexture(const D3DCall& call, const D3DRegion* part) noexce
   const D3DRegion whole = {0, 0, 0, 0, src.width, src.height};
   const Region region = Region(part != nullptr ? *part : whole).InDestination(dst).InSource(src);
   if (region.Empty()) return PICTAVO_S_FALSE;
+  UseDevice(call.device);
   CopyBetween(call.context, pictures, region);
   return PICTAVO_S_OK;
 }
@@ -266,16 +267,16 @@ u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept 
 }
 
 u32 CPictavo_D3D::Clear(const D3DCall& call, const D3DClearParam* param) noexcept {
-  if (param == nullptr) return PICTAVO_E_POINTER;
+  if (param == nullptr || param->colour == nullptr) return PICTAVO_E_POINTER;
   Pictures pictures;
   u32 code = OpenTextures(
       call, false, {.dst = D3D11_BIND_UNORDERED_ACCESS | D3D11_BIND_RENDER_TARGET}, &pictures);
   if (code != PICTAVO_S_OK) return code;
   const f32* bgra = param->colour;
-  if (bgra == nullptr) return PICTAVO_E_POINTER;
   if (param->count != 4 || !AreChannels({bgra[0], bgra[1], bgra[2], bgra[3]})) {
     return PICTAVO_E_INVALIDARG;
   }
+  UseDevice(call.device);
   // Devices may round what lies between two bytes either way.
   const auto byte = [=](size_t channel) {
     return static_cast<f32>(std::floor(double{bgra[channel]} * 255 + 0.5) / 255);

@@ -18,9 +18,7 @@ bool BelongsTo(ID3D11DeviceChild* child, ID3D11Device* device) {
   return SameObject(owner.Get(), device);
 }
 
-u32 OpenTexture(ID3D11Device* device, const ImageDesc* desc, u32 bindFlags, Picture* picture) {
-  picture->texture = CPictavo_D3D::GetTexture(desc);
-  if (!picture->texture) return PICTAVO_E_POINTER;
+u32 OpenTexture(ID3D11Device* device, u32 bindFlags, Picture* picture) {
   if (CPictavo_D3D::GetColorFormat(picture->texture.Get(), &picture->format) != PICTAVO_S_OK) {
     return PICTAVO_E_FAIL;
   }
@@ -40,13 +38,16 @@ u32 OpenTextures(const D3DCall& call, bool hasSource, const BindFlags& flags, Pi
       (hasSource && call.src == nullptr)) {
     return PICTAVO_E_POINTER;
   }
+  auto& [dst, src] = *pictures;
+  dst.texture = CPictavo_D3D::GetTexture(call.dst);
+  if (hasSource) src.texture = CPictavo_D3D::GetTexture(call.src);
+  if (!dst.texture || (hasSource && !src.texture)) return PICTAVO_E_POINTER;
   if (!BelongsTo(call.context, call.device)) return PICTAVO_E_INVALIDARG;
   const HRESULT removed = call.device->GetDeviceRemovedReason();
   if (FAILED(removed)) return Code(removed);
-  auto& [dst, src] = *pictures;
-  u32 code = OpenTexture(call.device, call.dst, flags.dst, &dst);
+  u32 code = OpenTexture(call.device, flags.dst, &dst);
   if (code != PICTAVO_S_OK || !hasSource) return code;
-  code = OpenTexture(call.device, call.src, flags.src, &src);
+  code = OpenTexture(call.device, flags.src, &src);
   if (code != PICTAVO_S_OK) return code;
   return SameObject(dst.texture.Get(), src.texture.Get()) ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
 }

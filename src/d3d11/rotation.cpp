@@ -65,8 +65,10 @@ u32 CPictavo_D3D::Rotate(const D3DCall& call, i32 level, const RotateParam* para
   Pictures pictures;
   PICTAVO_RETURN_IF_FAILED(OpenTextures(call, true, {}, &pictures));
   const auto& [dst, src] = pictures;
+  cpu::RotationSteps steps;  // which show that it can be turned
   if (AnyPlane(pictures) || DescOf(dst).Usage != D3D11_USAGE_DEFAULT ||
-      call.context->GetType() != D3D11_DEVICE_CONTEXT_IMMEDIATE) {
+      call.context->GetType() != D3D11_DEVICE_CONTEXT_IMMEDIATE ||
+      !cpu::FindRotationSteps(*param, dst.width, dst.height, &steps)) {
     return PICTAVO_E_INVALIDARG;
   }
   ManagedPicture before(memory), after(memory);

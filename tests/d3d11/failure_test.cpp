@@ -201,6 +201,11 @@ TEST_F(Failures, NullPointersAndCodes) {
   EXPECT_EQ(interface_->BoxBlurD3D(nullptr, context, &dst_, &src_, 1), kNull);
   for (const i32 code : {-1, 15, INT32_MIN, kFar}) EXPECT_EQ(Run(code, &kRegion), PICTAVO_E_FAIL);
   Expect<D3DClearParam>(kNull, PICTAVO_D3D_CLEAR, {{nullptr, 4}, {nullptr, 0}});
+  // Before anything else is found wrong.
+  constexpr D3DClearParam kNoColour = {nullptr, 4};
+  const Texture half = device_.Upload(picture_, D3D11_BIND_SHADER_RESOURCE);
+  EXPECT_EQ(Run(PICTAVO_D3D_CLEAR, &kNoColour, Describe(half), empty), kNull);
+  EXPECT_EQ(Run(PICTAVO_D3D_COPY, nullptr, Describe(half), empty), kNull);
 }
 
 TEST_F(Failures, TexturesThatCannotBeUsed) {
@@ -394,6 +399,13 @@ TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
     }
     EXPECT_GT(failures, 0);
   }
+  const Texture target = device_.Upload(picture_, D3D11_BIND_RENDER_TARGET);
+  for (const u32 result : {kRemoved, kOk}) {
+    const Failing failing(device, kCreateRenderTargetView, result == kOk);
+    EXPECT_EQ(Run(PICTAVO_D3D_CLEAR, &kClear, Describe(target), src_), result);
+    EXPECT_EQ(picture_.Difference(device_.Download(target.Get())).empty(), result != kOk);
+  }
+  EXPECT_EQ(Bound(context), bound);
   context->ClearState();
 }
 
@@ -486,14 +498,18 @@ TEST(Turning, GivesTheMemoryManagersBuffersBack) {
                {BufferFault::kNoBuffer, 0, false, PICTAVO_E_OUTOFMEMORY, {rimmed}},
                {BufferFault::kNoBuffer, 1, false, PICTAVO_E_OUTOFMEMORY, {rimmed, plain, back}},
                {BufferFault::kNoPixels, 0, false, PICTAVO_E_OUTOFMEMORY, {rimmed, back}},
-               {BufferFault::kNone, 0, true, PICTAVO_E_FAIL, {}}};
+               {BufferFault::kNone, 0, true, PICTAVO_E_FAIL, {}},
+               {BufferFault::kNone, 0, true, kInvalid, {}}};  // by its parameters, to begin with
+  constexpr RotateParam kFlat = {30, 0, 4, 4, 4, 4, PICTAVO_SAMPLE_BILINEAR};
   for (const auto& c : cases) {
     fakeControl.refuseManager = c.refuseManager;
     const auto fresh = std::make_unique<Pictavo>();
     IPictavo6* const object = fresh.get();
     fakeControl.bufferFault = c.fault;
     fakeControl.buffersBefore = c.buffersBefore;
-    EXPECT_EQ(object->RotateD3D(on.device.Get(), on.context.Get(), &dst, &src, &kTurn), c.result);
+    EXPECT_EQ(object->RotateD3D(on.device.Get(), on.context.Get(), &dst, &src,
+                                c.result == kInvalid ? &kFlat : &kTurn),
+              c.result);
     Events events = TakeEvents();
     std::erase_if(events, [](const std::string& event) { return event.starts_with("memory"); });
     EXPECT_EQ(events, c.events);
@@ -507,8 +523,14 @@ TEST_F(Failures, NothingIsKeptOfADeviceAfterTheNext) {
   const Texture source = other.Upload(picture_), destination = other.Upload(picture_);
   const ImageDesc src = Describe(source), dst = Describe(destination);
   const ULONG before = References(other.device.Get());
-  // One operation of each class of objects that keep something, and the one to let go.
-  for (const i32 next : {PICTAVO_D3D_COPY, PICTAVO_D3D_GROW, PICTAVO_D3D_RELEASE}) {
+  // One operation of each class of objects that keep something, those that keep nothing, and the
+  // one to let go.
+  const std::pair<i32, const void*> all[] = {{PICTAVO_D3D_COPY, nullptr},
+                                             {PICTAVO_D3D_GROW, &kFilter},
+                                             {PICTAVO_D3D_COPY_TEXTURE, nullptr},
+                                             {PICTAVO_D3D_CLEAR, &kClear},
+                                             {PICTAVO_D3D_RELEASE, nullptr}};
+  for (const auto& [next, param] : all) {
     for (const Op& op : kOps) {
       EXPECT_EQ(interface_->D3DComputeOp(op.code, op.mode, other.device.Get(), other.context.Get(),
                                          &dst, &src, op.param),
@@ -519,7 +541,7 @@ TEST_F(Failures, NothingIsKeptOfADeviceAfterTheNext) {
       EXPECT_EQ(interface_->D3DComputeOp(next, 0, nullptr, nullptr, nullptr, nullptr, nullptr),
                 kOk);
     } else {
-      EXPECT_EQ(Run(next, &kFilter), kOk);
+      EXPECT_EQ(Run(next, param), kOk);
     }
     EXPECT_EQ(References(other.device.Get()), before);
   }

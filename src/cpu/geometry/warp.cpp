@@ -153,10 +153,10 @@ class Affine {
     matrix_.y = about.y - 0.5 + v * about.yDown + u * about.yAcross;
   }
 
-  /// Whether all places of a destination can be told.
-  bool Reaches(const Picture& dst) const {
-    const double right = static_cast<double>(dst.width - 1);
-    const double bottom = static_cast<double>(dst.height - 1);
+  /// Whether all places of a destination of a size can be told.
+  bool Reaches(i64 width, i64 height) const {
+    const double right = static_cast<double>(width - 1);
+    const double bottom = static_cast<double>(height - 1);
     const Matrix& m = matrix_;
     bool reaches = std::max({std::abs(m.xAcross), std::abs(m.xDown), std::abs(m.yAcross),
                              std::abs(m.yDown)}) <= kFar;
@@ -169,14 +169,19 @@ class Affine {
     return reaches;
   }
 
+  RotationSteps Steps() const {
+    const i64 rounding = Fixed(Rounding(filter_));
+    return {Fixed(matrix_.x) + rounding, Fixed(matrix_.y) + rounding, Fixed(matrix_.xAcross),
+            Fixed(matrix_.xDown),        Fixed(matrix_.yAcross),      Fixed(matrix_.yDown)};
+  }
+
   AffineRow RowAt(i64 y, i64 width) const {
     const i64 reach = Reach(filter_);
+    const RotationSteps steps = Steps();
     AffineRow row = {};
-    row.xAcross = Fixed(matrix_.xAcross);
-    row.yAcross = Fixed(matrix_.yAcross);
-    const double rounding = Rounding(filter_);
-    row.first = {Fixed(matrix_.x) + Fixed(rounding) + y * Fixed(matrix_.xDown),
-                 Fixed(matrix_.y) + Fixed(rounding) + y * Fixed(matrix_.yDown)};
+    row.xAcross = steps.xAcross;
+    row.yAcross = steps.yAcross;
+    row.first = {steps.x + y * steps.xDown, steps.y + y * steps.yDown};
     const auto columns = [&](Span span, i64 low, i64 reachBeyond) {
       const auto edge = [](i64 pixels) { return pixels * (i64{1} << 32); };
       return span.Within(row.first.x, row.xAcross, edge(low), edge(src_.width - reachBeyond))
@@ -349,22 +354,45 @@ u32 CheckWarp(bool hold, u32 filter, const ImageDesc* src, const ImageDesc* dst)
 
 }  // namespace
 
+namespace {
+
+bool Holds(const RotateParam& p) {
+  return std::isfinite(p.angle) && std::isfinite(p.scale) && p.scale > 0 &&
+         AreLengths(p.srcX, p.srcY, p.dstX, p.dstY);
+}
+
+Affine RotationOf(const RotateParam& p, const Source& src) {
+  const auto [sin, cos] = Turn(p.angle);
+  const double s = sin / double{p.scale}, c = cos / double{p.scale};
+  return {src,
+          Filter{p.filter},
+          {c, s, 0 - s, c, double{p.srcX}, double{p.srcY}},
+          double{p.dstX},
+          double{p.dstY}};
+}
+
+}  // namespace
+
+bool FindRotationSteps(const RotateParam& param, i64 width, i64 height, RotationSteps* steps) {
+  if (!Holds(param) || param.filter > PICTAVO_SAMPLE_BILINEAR) return false;
+  const Source any;
+  const Affine map = RotationOf(param, any);
+  if (!map.Reaches(width, height)) return false;
+  *steps = map.Steps();
+  return true;
+}
+
 u32 RotatePicture(i32 level, const ImageDesc* src, ImageDesc* dst,
                   const RotateParam* param) noexcept {
   if (param == nullptr) return PICTAVO_E_POINTER;
   const RotateParam p = *param;
-  const bool hold = std::isfinite(p.angle) && std::isfinite(p.scale) && p.scale > 0 &&
-                    AreLengths(p.srcX, p.srcY, p.dstX, p.dstY);
-  const u32 code = CheckWarp(hold, p.filter, src, dst);
+  const u32 code = CheckWarp(Holds(p), p.filter, src, dst);
   if (code != PICTAVO_S_OK) return code;
   const Source from = SourceIn(*src);
   const Picture to = PictureIn(*dst);
-  const auto [sin, cos] = Turn(p.angle);
-  const double s = sin / double{p.scale}, c = cos / double{p.scale};
-  const Filter filter{p.filter};
-  const Affine map(from, filter, {c, s, 0 - s, c, double{p.srcX}, double{p.srcY}}, double{p.dstX},
-                   double{p.dstY});
-  return map.Reaches(to) ? Warp(level, filter, from, to, map) : PICTAVO_E_INVALIDARG;
+  const Affine map = RotationOf(p, from);
+  return map.Reaches(to.width, to.height) ? Warp(level, Filter{p.filter}, from, to, map)
+                                          : PICTAVO_E_INVALIDARG;
 }
 
 u32 SwirlPicture(i32 level, const ImageDesc* src, ImageDesc* dst,
@@ -398,7 +426,8 @@ u32 TiltPicture(i32 level, const ImageDesc* src, ImageDesc* dst, const TiltParam
   }
   if (!map.IsFlat()) return Warp(level, filter, from, to, map);
   const Affine flat(from, filter, map.Flat(), double{p.centreX}, double{p.centreY});
-  return flat.Reaches(to) ? Warp(level, filter, from, to, flat) : PICTAVO_E_INVALIDARG;
+  return flat.Reaches(to.width, to.height) ? Warp(level, filter, from, to, flat)
+                                           : PICTAVO_E_INVALIDARG;
 }
 
 }  // namespace pictavo::cpu
