@@ -432,21 +432,22 @@ inline constexpr i32 PICTAVO_D3D_BOX_BLUR = 2;       ///< D3DBlurParam
 inline constexpr i32 PICTAVO_D3D_GROW = 3;           ///< D3DGrowParam
 inline constexpr i32 PICTAVO_D3D_CLEAR = 4;          ///< D3DClearParam
 inline constexpr i32 PICTAVO_D3D_COPY_REGION = 5;    ///< D3DRegion
-inline constexpr i32 PICTAVO_D3D_SCALE = 6;          ///< D3DScaleParam
+inline constexpr i32 PICTAVO_D3D_SCALE = 6;          ///< D3DScaleParam, ResizeParam
 inline constexpr i32 PICTAVO_D3D_RELEASE = 7;        ///< no record
 inline constexpr i32 PICTAVO_D3D_COPY_MATERIAL = 8;  ///< D3DRegion
 inline constexpr i32 PICTAVO_D3D_FILTER_REGION = 9;  ///< D3DRegionFilterParam
-inline constexpr i32 PICTAVO_D3D_COPY_AFFINE = 10;   ///< D3DAffineParam
+inline constexpr i32 PICTAVO_D3D_COPY_AFFINE = 10;   ///< D3DAffineParam, RotateParam
 inline constexpr i32 PICTAVO_D3D_FILL = 11;          ///< D3DFillParam
 inline constexpr i32 PICTAVO_D3D_GROW_REGION = 12;   ///< D3DGrowRegionParam
 inline constexpr i32 PICTAVO_D3D_TINT = 13;          ///< D3DTintParam
 inline constexpr i32 PICTAVO_D3D_CHROMA_KEY = 14;    ///< D3DKeyParam
 /// @}
 
-/// @name Sub-modes of PICTAVO_D3D_COPY_TEXTURE
+/// @name Sub-modes of D3DComputeOp
 /// @{
-inline constexpr i32 PICTAVO_D3D_WHOLE = 0;  ///< no record; the sub-mode of all other operations
-inline constexpr i32 PICTAVO_D3D_PART = 2;   ///< D3DRegion
+inline constexpr i32 PICTAVO_D3D_WHOLE = 0;  ///< of all operations; no record for operation 0
+inline constexpr i32 PICTAVO_D3D_AS_PROCESSOR = 1;  ///< of 6 and 10: ResizeParam, RotateParam
+inline constexpr i32 PICTAVO_D3D_PART = 2;          ///< of 0: D3DRegion
 /// @}
 
 /// A part of the source and where it goes, in pixels. What leaves either picture is cut off.
@@ -1736,11 +1737,11 @@ struct IPictavo6 : IPictavo5 {
   /// | 3 | D3DGrowParam | the source grown by a filter, as far as both reach; no planes |
   /// | 4 | D3DClearParam | one colour all over; `src` is not read |
   /// | 5 | D3DRegion | the region |
-  /// | 6 | D3DScaleParam | the source scaled by the rule of slot 29 |
-  /// | 7 | null | nothing: no argument is read; the object lets go of what it keeps |
+  /// | 6 | D3DScaleParam, ResizeParam | the source scaled as slot 29, or with subMode 1 as 60 |
+  /// | 7 | null | nothing: no pointer is read; the object lets go of what it keeps |
   /// | 8 | D3DRegion | the region; where it leaves the source, the source's edge goes on |
   /// | 9 | D3DRegionFilterParam | operation 8's region, filtered |
-  /// | 10 | D3DAffineParam | the source through an affine map |
+  /// | 10 | D3DAffineParam, RotateParam | the source through an affine map, or as slot 67 |
   /// | 11 | D3DFillParam | one colour; `src` is not read |
   /// | 12 | D3DGrowRegionParam | the region, grown by a filter |
   /// | 13 | D3DTintParam | one colour with the source's alpha; no planes |
@@ -1767,6 +1768,9 @@ struct IPictavo6 : IPictavo5 {
   ///   (S + 32768) >> 16, and colours the weighted mean by alpha, rounded. Places left of or above
   ///   the part, or beyond its last column or row, leave the destination's pixel; a map that has no
   ///   others is PICTAVO_S_OK.
+  /// - As slot 60 or 67 (subMode 1): the whole source, into the whole destination. Turned, it has
+  ///   slot 67's bytes; resized, each channel is within 1 of slot 60's, but for the colours of
+  ///   pixels whose weighted alpha lies between 0 and 1 to the last bits of a float.
   /// - Keyed: each channel within 1 of slot 86 with format 1, but for pixels that lie on one of its
   ///   limits to the last bits of a float.
   ///
@@ -1778,10 +1782,12 @@ struct IPictavo6 : IPictavo5 {
   /// of the last device, and so the device, until it is released, used with another one or told
   /// to let go by operation 7: after
   /// operations 2 and 9, 8 to 12 bytes a pixel (2 or 3 for planes in operation 2), after 3 and 12
-  /// up to 8, after 11 up to the rectangle. Of contexts and of the host's textures it keeps
+  /// up to 8, after 6 with subMode 1 16 for each of the destination's columns in each of the
+  /// source's rows, after 11 up to the rectangle. Of contexts and of the host's textures it keeps
   /// nothing. One thread at a time may use a context.
   ///
-  /// @param subMode PICTAVO_D3D_WHOLE; for opCode 0 also PICTAVO_D3D_PART
+  /// @param subMode PICTAVO_D3D_WHOLE; for opCode 0 also PICTAVO_D3D_PART, for 6 and 10 also
+  /// PICTAVO_D3D_AS_PROCESSOR
   /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when nothing is to be written; PICTAVO_E_FAIL for
   /// another opCode and for a texture of another format; PICTAVO_E_POINTER when an argument, a
   /// record's texture, the colour or the keys are null;

@@ -1,6 +1,7 @@
 #include "d3d11/computation.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "d3d11/code.h"
 
@@ -63,10 +64,12 @@ u32 Computation::Run(const Pass& pass, const void* block, u32 blockSize) noexcep
   if (code != PICTAVO_S_OK) return code;
   context_->CSSetShader(shader.Get(), nullptr, 0);
   if (block != nullptr) {
+    std::array<u8, kConstantBytes> whole = {};  // a buffer is written as a whole only
+    std::memcpy(whole.data(), block, blockSize);
     ComPtr<ID3D11Buffer> constants;
-    code = owner_->GetConstantBuffer(device_, blockSize, &constants);
+    code = owner_->GetConstantBuffer(device_, &constants);
     if (code != PICTAVO_S_OK) return code;
-    context_->UpdateSubresource(constants.Get(), 0, nullptr, block, 0, 0);
+    context_->UpdateSubresource(constants.Get(), 0, nullptr, whole.data(), 0, 0);
     context_->CSSetConstantBuffers(0, 1, constants.GetAddressOf());
   }
   code = Bind(pass);

@@ -59,6 +59,7 @@ class Computation {
 
   template <typename Block>
   u32 Run(const Pass& pass, const Block& block) noexcept {
+    static_assert(sizeof(Block) <= kConstantBytes);
     return Run(pass, &block, sizeof(Block));
   }
 

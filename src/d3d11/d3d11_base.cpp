@@ -127,11 +127,9 @@ u32 CPictavo_D3D::GetShader(ID3D11Device* device, d3d11::Shader shader,
   });
 }
 
-u32 CPictavo_D3D::GetConstantBuffer(ID3D11Device* device, u32 size,
-                                    ID3D11Buffer** result) noexcept {
-  const size_t index = d3d11::kShaderCount + size / kConstantUnit - 1;
-  return GetResource(device, index, result, [&](ID3D11Buffer** created) {
-    const D3D11_BUFFER_DESC desc = {.ByteWidth = size,
+u32 CPictavo_D3D::GetConstantBuffer(ID3D11Device* device, ID3D11Buffer** result) noexcept {
+  return GetResource(device, kConstants, result, [&](ID3D11Buffer** created) {
+    const D3D11_BUFFER_DESC desc = {.ByteWidth = d3d11::kConstantBytes,
                                     .Usage = D3D11_USAGE_DEFAULT,
                                     .BindFlags = D3D11_BIND_CONSTANT_BUFFER,
                                     .CPUAccessFlags = 0,

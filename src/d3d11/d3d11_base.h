@@ -39,9 +39,15 @@ enum class Scratch : size_t {
   kSecond,
   kPatch,
   kWeights,
-  kReadBack
+  kReadBack,
+  kTapsAcross,
+  kTapsDown,
+  kRows
 };
-inline constexpr size_t kScratchCount = 8;
+inline constexpr size_t kScratchCount = 11;
+
+/// No block of parameters is larger.
+inline constexpr u32 kConstantBytes = 64;
 
 }  // namespace d3d11
 
@@ -105,11 +111,10 @@ class CPictavo_D3D : public CD3D11Base {
   /// PICTAVO_E_FAIL for another format
   static u32 GetColorFormat(ID3D11Texture2D* texture, u32* format) noexcept;
 
-  /// The table's shader, or its constant buffer for blocks of `size` bytes (16, 32, 48 or 64), on a
-  /// device. Objects of another device leave the table first. @return PICTAVO_S_OK or the device's
-  /// failure
+  /// The table's shader, or its constant buffer of kConstantBytes, on a device. Objects of another
+  /// device leave the table first. @return PICTAVO_S_OK or the device's failure
   u32 GetShader(ID3D11Device* device, d3d11::Shader shader, ID3D11ComputeShader** result) noexcept;
-  u32 GetConstantBuffer(ID3D11Device* device, u32 size, ID3D11Buffer** result) noexcept;
+  u32 GetConstantBuffer(ID3D11Device* device, ID3D11Buffer** result) noexcept;
 
   /// The table's buffer for keys, and a view of it.
   u32 GetKeys(ID3D11Device* device, ID3D11Buffer** buffer,
@@ -124,6 +129,11 @@ class CPictavo_D3D : public CD3D11Base {
   /// content. @return as GetScratch
   u32 GetReadBack(ID3D11Device* device, const d3d11::Picture& like,
                   d3d11::Picture* picture) noexcept;
+
+  /// A filter's weights for one side of a picture, as the shaders take them. @return also
+  /// PICTAVO_E_OUTOFMEMORY
+  u32 GetTaps(const D3DCall& call, d3d11::Scratch which, i64 srcSize, i64 dstSize, u32 filter,
+              d3d11::Picture* table) noexcept;
 
   /// RotateD3D, by the build of a level.
   u32 Rotate(const D3DCall& call, i32 level, const RotateParam* param,
@@ -140,6 +150,8 @@ class CPictavo_D3D : public CD3D11Base {
   u32 RegionFilter(const D3DCall& call, const D3DRegionFilterParam* param) noexcept;
   u32 ScaledCopy(const D3DCall& call, const D3DScaleParam* param) noexcept;
   u32 AffineCopy(const D3DCall& call, const D3DAffineParam* param) noexcept;
+  u32 FilteredCopy(const D3DCall& call, const ResizeParam* param) noexcept;
+  u32 RotatedCopy(const D3DCall& call, const RotateParam* param) noexcept;
   u32 Fill(const D3DCall& call, const D3DFillParam* param) noexcept;
   u32 ColourFromSource(const D3DCall& call, const D3DTintParam* param) noexcept;
   u32 ApplyKeys(const D3DCall& call, const D3DKeyParam* param) noexcept;
@@ -149,9 +161,9 @@ class CPictavo_D3D : public CD3D11Base {
   explicit CPictavo_D3D(CPictavo_D3D* partner) noexcept;
 
  private:
-  // The table: the shaders, then constant buffers of one to four units, the keys and their view.
-  static constexpr size_t kConstantUnit = 16, kConstantBuffers = 4;
-  static constexpr size_t kKeys = d3d11::kShaderCount + kConstantBuffers, kKeysView = kKeys + 1;
+  // The table: the shaders, then the constant buffer, the keys and their view.
+  static constexpr size_t kConstants = d3d11::kShaderCount;
+  static constexpr size_t kKeys = kConstants + 1, kKeysView = kKeys + 1;
   static_assert(kKeysView < 25);
 
   template <typename T, typename Create>

@@ -73,6 +73,25 @@ struct AffineCopyBlock {
 };
 static_assert(sizeof(AffineCopyBlock) == 64);
 
+struct ResizeBlock {
+  u32 uSrcColorFormat;
+  u32 uDstColorFormat;
+  u32 uWeighted;
+  u32 uDummy = 0;
+};
+static_assert(sizeof(ResizeBlock) == 16);
+
+struct RotateBlock {
+  u32 uSrcColorFormat;
+  u32 uDstColorFormat;
+  u32 uNearest;
+  u32 uDummy = 0;
+  i64 uFxSrcXStart, uFxSrcYStart;
+  i64 uFxSrcXStepX, uFxSrcXStepY;
+  i64 uFxSrcYStepX, uFxSrcYStepY;
+};
+static_assert(sizeof(RotateBlock) == 64);
+
 struct FillPlaneBlock {
   i32 nDstSx;
   i32 nDstSy;

@@ -169,7 +169,9 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
                           const void* param) noexcept {
   if (opCode < 0 || opCode > PICTAVO_D3D_CHROMA_KEY) return PICTAVO_E_FAIL;
   const bool part = opCode == PICTAVO_D3D_COPY_TEXTURE && subMode == PICTAVO_D3D_PART;
-  if (subMode != PICTAVO_D3D_WHOLE && !part) return PICTAVO_E_INVALIDARG;
+  const bool asProcessor = (opCode == PICTAVO_D3D_SCALE || opCode == PICTAVO_D3D_COPY_AFFINE) &&
+                           subMode == PICTAVO_D3D_AS_PROCESSOR;
+  if (subMode != PICTAVO_D3D_WHOLE && !part && !asProcessor) return PICTAVO_E_INVALIDARG;
   const D3DCall call = {device, context, dst, src};
   const DefaultFloatingPoint floatingPoint;
   switch (opCode) {
@@ -188,6 +190,7 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
     case PICTAVO_D3D_COPY_REGION:
       return RegionCopy(call, static_cast<const D3DRegion*>(param));
     case PICTAVO_D3D_SCALE:
+      if (asProcessor) return FilteredCopy(call, static_cast<const ResizeParam*>(param));
       return ScaledCopy(call, static_cast<const D3DScaleParam*>(param));
     case PICTAVO_D3D_RELEASE:
       UseDevice(nullptr);
@@ -197,6 +200,7 @@ u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,
     case PICTAVO_D3D_FILTER_REGION:
       return RegionFilter(call, static_cast<const D3DRegionFilterParam*>(param));
     case PICTAVO_D3D_COPY_AFFINE:
+      if (asProcessor) return RotatedCopy(call, static_cast<const RotateParam*>(param));
       return AffineCopy(call, static_cast<const D3DAffineParam*>(param));
     case PICTAVO_D3D_FILL:
       return Fill(call, static_cast<const D3DFillParam*>(param));

@@ -24,6 +24,8 @@ constexpr D3DGrowParam kFilter = {1, 1, 0, 1};
 constexpr D3DScaleParam kScale = {0, 0, 4, 4};
 constexpr D3DRegionFilterParam kRegionFilter = {kRegion, 1};
 constexpr D3DAffineParam kAffine = {0, 0, 0, 0, 8, 8, 0, 0, 65536, 0, 0, 65536};
+constexpr ResizeParam kResize = {PICTAVO_FILTER_LANCZOS, 1, {}};
+constexpr RotateParam kTurn = {30, 1, 4, 4, 4, 4, PICTAVO_SAMPLE_BILINEAR};
 constexpr D3DFillParam kFill = {1, 1, 5, 5, 1, 0, 0, 1};
 constexpr D3DGrowRegionParam kGrowRegion = {kRegion, kFilter, 1};
 constexpr D3DTintParam kTint = {0, 0, 1, 0, 0};
@@ -49,6 +51,8 @@ struct Op {
     {PICTAVO_D3D_COPY_MATERIAL, &kRegion, false},
     {PICTAVO_D3D_FILTER_REGION, &kRegionFilter, false},
     {PICTAVO_D3D_COPY_AFFINE, &kAffine, false},
+    {PICTAVO_D3D_SCALE, &kResize, false, PICTAVO_D3D_AS_PROCESSOR},
+    {PICTAVO_D3D_COPY_AFFINE, &kTurn, false, PICTAVO_D3D_AS_PROCESSOR},
     {PICTAVO_D3D_FILL, &kFill, false},
     {PICTAVO_D3D_GROW_REGION, &kGrowRegion, false},
     {PICTAVO_D3D_TINT, &kTint, true},
@@ -153,7 +157,10 @@ class Failures : public OnDevice {
   u32 Run(const Op& op, const ImageDesc& dst, const ImageDesc& src) {
     return interface_->D3DComputeOp(op.code, op.mode, device, context, &dst, &src, op.param);
   }
-  u32 Run(const Op& op) { return Run(op, dst_, src_); }
+  u32 Run(const Op& op) { return Run(op, DstOf(op), src_); }
+
+  /// A destination that gives an operation something to do.
+  const ImageDesc& DstOf(const Op& op) const { return op.param == &kResize ? wide_ : dst_; }
 
   template <typename Param>
   void Expect(u32 result, i32 code, std::initializer_list<Param> params) {
@@ -166,7 +173,9 @@ class Failures : public OnDevice {
   ID3D11DeviceContext* const context = device_.context.Get();
   const Image picture_{8, 8, kBgra};
   const Texture source_ = device_.Upload(picture_), destination_ = device_.Upload(picture_);
-  const ImageDesc src_ = Describe(source_), dst_ = Describe(destination_);
+  const Texture wideTexture_ = device_.Upload(Image(9, 8, kBgra));
+  const ImageDesc src_ = Describe(source_), dst_ = Describe(destination_),
+                  wide_ = Describe(wideTexture_);
 };
 
 TEST_F(Failures, NullPointersAndCodes) {
@@ -192,7 +201,8 @@ TEST_F(Failures, NullPointersAndCodes) {
           << "operation " << op.code << ", case " << &c - cases;
     }
     for (const i32 mode : {1, 2, 3, -1}) {
-      if (op.code == PICTAVO_D3D_COPY_TEXTURE && mode == PICTAVO_D3D_PART) continue;
+      const auto has = [&](const Op& other) { return other.code == op.code && other.mode == mode; };
+      if (std::ranges::any_of(kOps, has)) continue;
       EXPECT_EQ(interface_->D3DComputeOp(op.code, mode, device, context, &dst_, &src_, op.param),
                 kInvalid)
           << "operation " << op.code << ", sub-mode " << mode;
@@ -249,18 +259,17 @@ TEST_F(Failures, TexturesThatCannotBeUsed) {
                                        op.param),
               kInvalid);
   }
-  const Texture wide = device_.Upload(Image(9, 8, kBgra)),
-                rgba = device_.Upload(Image(8, 8, kRgba));
+  const Texture rgba = device_.Upload(Image(8, 8, kRgba));
   const D3D11_TEXTURE2D_DESC fixed = {8, 8, 1, 1, kBgra, {1, 0}, D3D11_USAGE_IMMUTABLE, kIn, 0, 0};
   const D3D11_SUBRESOURCE_DATA data = {picture_.bytes.data(), 32, 0};
   Texture immutable;
   ASSERT_EQ(device->CreateTexture2D(&fixed, &data, immutable.ReleaseAndGetAddressOf()), S_OK);
-  for (const Texture& unfit : {wide, rgba, immutable}) {
+  for (const Texture& unfit : {wideTexture_, rgba, immutable}) {
     EXPECT_EQ(Run(kOps[0], Describe(unfit), src_), kInvalid);
   }
   EXPECT_EQ(Run(kOps[1], Describe(rgba), src_), kInvalid);
   EXPECT_EQ(Run(kOps[1], Describe(immutable), src_), kInvalid);
-  EXPECT_EQ(Run(PICTAVO_D3D_BOX_BLUR, &kBlur, Describe(wide), src_), kInvalid);
+  EXPECT_EQ(Run(PICTAVO_D3D_BOX_BLUR, &kBlur, wide_, src_), kInvalid);
 }
 
 TEST_F(Failures, ValuesOutOfRange) {
@@ -318,6 +327,14 @@ TEST_F(Failures, ValuesOutOfRange) {
   Expect(kInvalid, PICTAVO_D3D_COPY_AFFINE,
          {affine(&A::dstY, INT32_MIN), affine(&A::xStart, kFar), affine(&A::yStepY, kFar),
           affine(&A::xStepX, INT32_MIN)});
+  for (const ResizeParam& p : {ResizeParam{4, 0, {}}, {0, 2, {}}, {0, 0, {1, 0}}, {0, 0, {0, 1}}})
+    EXPECT_EQ(Run({PICTAVO_D3D_SCALE, &p, false, PICTAVO_D3D_AS_PROCESSOR}), kInvalid);
+  for (const RotateParam& p : {RotateParam{kNaN, 1, 0, 0, 0, 0, 1},
+                               {0, 0, 0, 0, 0, 0, 1},
+                               {0, 1, 0, 0, 0, 3e7f, 1},
+                               {0, 1e-9f, 0, 0, 0, 0, 1},
+                               {0, 1, 0, 0, 0, 0, 2}})
+    EXPECT_EQ(Run({PICTAVO_D3D_COPY_AFFINE, &p, false, PICTAVO_D3D_AS_PROCESSOR}), kInvalid);
   Expect<D3DFillParam>(
       kNothing, PICTAVO_D3D_FILL,
       {{5, 1, 5, 8, 0, 0, 0, 1}, {8, 8, 9, 9, 0, 0, 0, 1}, {0, -5, 8, 0, 0, 0, 0, 1}});
@@ -350,7 +367,7 @@ void Bind(const Device& on, CPictavo_D3D* owner, const Texture& shown, const Ima
   ComPtr<ID3D11ComputeShader> shader;
   ComPtr<ID3D11Buffer> constants;
   EXPECT_EQ(owner->GetShader(on.device.Get(), d3d11::Shader::kPlainCopy, &shader), kOk);
-  EXPECT_EQ(owner->GetConstantBuffer(on.device.Get(), 32, &constants), kOk);
+  EXPECT_EQ(owner->GetConstantBuffer(on.device.Get(), &constants), kOk);
   on.context->CSSetShader(shader.Get(), nullptr, 0);
   on.context->CSSetConstantBuffers(0, 1, constants.GetAddressOf());
   for (UINT i = 0; i < 3; ++i) {
@@ -387,7 +404,7 @@ TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
           IPictavo6* const object = fresh.get();
           const Failing failing(device, method.place, callsBefore);
           const u32 result =
-              object->D3DComputeOp(op.code, op.mode, device, context, &dst_, &src_, op.param);
+              object->D3DComputeOp(op.code, op.mode, device, context, &DstOf(op), &src_, op.param);
           failed = failing.failed;
           EXPECT_EQ(result, failed != 0 ? kRemoved : kOk);
         }
@@ -408,8 +425,6 @@ TEST_F(Failures, OfTheDeviceAreReturnedLoseNothingAndLeaveTheContextAsItWas) {
   EXPECT_EQ(Bound(context), bound);
   context->ClearState();
 }
-
-constexpr RotateParam kTurn = {30, 1, 4, 4, 4, 4, PICTAVO_SAMPLE_BILINEAR};
 
 TEST_F(Failures, OfTurningWriteNothingAndLoseNothing) {
   const Device other;

@@ -208,6 +208,48 @@ TEST_F(Operations, ScaleAsTheCpuDoes) {
   }
 }
 
+/// Makes the processor's picture of a source, by a method with that record.
+template <typename Param, typename Method>
+auto OnProcessor(IPictavo6* object, Size size, const Param& param, Method method) {
+  return [=](const Image& src) {
+    Image from(src, kBgra), to(size.width, size.height, kBgra);
+    const ImageDesc source = {{}, 0, 0, 0, from.bytes.data(), src.width, src.height, 4 * src.width,
+                              4};
+    ImageDesc result = {{}, 0, 0, 0, to.bytes.data(), to.width, to.height, 4 * to.width, 4};
+    EXPECT_EQ((object->*method)(&source, &result, &param), PICTAVO_S_OK);
+    return to;
+  };
+}
+
+TEST_F(Operations, ResizeAndTurnAsTheProcessorDoes) {
+  const auto check = [&](i32 code, const auto& p, auto method, int tolerance, Size from, Size to) {
+    Check({"as the processor", code, &p, PixelOf, Kinds::kAny, tolerance,
+           OnProcessor(interface_, to, p, method), PICTAVO_D3D_AS_PROCESSOR},
+          from, to);
+  };
+  const Size sizes[][2] = {{{70, 45}, {70, 45}}, {{70, 45}, {61, 83}}, {{70, 45}, {35, 15}},
+                           {{70, 45}, {3, 1}},   {{5, 3}, {101, 64}},  {{1, 1}, {33, 2}},
+                           {{64, 90}, {64, 30}}, {{400, 9}, {7, 9}}};
+  for (const auto& [from, to] : sizes) {
+    for (u32 filter = 0; filter <= PICTAVO_FILTER_LANCZOS; ++filter) {
+      for (const u32 alphaMode : {0u, 1u}) {
+        const ResizeParam p = {filter, alphaMode, {}};
+        check(PICTAVO_D3D_SCALE, p, &IPictavo6::ResizeFiltered, 1, from, to);
+      }
+    }
+  }
+  const RotateParam turns[] = {{0, 1, 0.5f, 0.5f, 0.5f, 0.5f, PICTAVO_SAMPLE_BILINEAR},
+                               {90, 1, 35, 22.5f, 30.5f, 41, PICTAVO_SAMPLE_BILINEAR},
+                               {30, 1.5f, 35.3f, 22.1f, 30, 41.5f, PICTAVO_SAMPLE_BILINEAR},
+                               {-123.4f, 0.4f, -3.7f, 0.1f, 20.3f, 60, PICTAVO_SAMPLE_BILINEAR},
+                               {7, 30, 35, 22, 30, 40, PICTAVO_SAMPLE_BILINEAR},
+                               {1e6f, 0.01f, 35, 22, 30, 40, PICTAVO_SAMPLE_NEAREST},
+                               {45, 0.7f, 1e7f, -1e7f, 1e7f, -1e7f, PICTAVO_SAMPLE_BILINEAR},
+                               {200, 2.3f, 35.3f, 22.1f, 30, 41.5f, PICTAVO_SAMPLE_NEAREST}};
+  for (const RotateParam& p : turns)
+    check(PICTAVO_D3D_COPY_AFFINE, p, &IPictavo6::RotatePicture, 0, {70, 45}, {61, 83});
+}
+
 /// The pixel that comes to a place from where the map starts.
 Result Affine(const Image& src, const D3DAffineParam& p, i64 x, i64 y) {
   const i64 u = p.xStart + x * p.xStepX + y * p.xStepY, v = p.yStart + x * p.yStepX + y * p.yStepY;
@@ -465,10 +507,8 @@ TEST_F(Operations, TurnAsTheProcessorDoes) {
     for (const auto& [srcFormat, dstFormat] :
          {std::pair{kBgra, kBgra}, {kRgba, kRgba}, {kBgra, kRgba}, {kRgba, kBgra}}) {
       const Image src(70, 45, srcFormat, random_);
-      Image before(src, dstFormat), expected(61, 83, dstFormat);
-      const ImageDesc from = {{}, 0, 0, 0, before.bytes.data(), 70, 45, 280, 4};
-      ImageDesc to = {{}, 0, 0, 0, expected.bytes.data(), 61, 83, 244, 4};
-      ASSERT_EQ(interface_->RotatePicture(&from, &to, &p), PICTAVO_S_OK);
+      const Image expected(OnProcessor(interface_, {61, 83}, p, &IPictavo6::RotatePicture)(src),
+                           dstFormat);
       const Texture source = device_.Upload(src, D3D11_BIND_RENDER_TARGET);
       const Texture result =
           device_.Upload(Image(61, 83, dstFormat, random_), D3D11_BIND_SHADER_RESOURCE);

@@ -80,6 +80,10 @@ const std::string kScaled =
 const std::string kAffine = "64" + kRegion +
                             " i nFxSrcXStart i nFxSrcYStart i nFxSrcXStepX i nFxSrcXStepY"
                             " i nFxSrcYStepX i nFxSrcYStepY i nDummy1 i nDummy2";
+const std::string kResized = "16 u uSrcColorFormat u uDstColorFormat u uWeighted u uDummy";
+const std::string kRotated =
+    "64 u uSrcColorFormat u uDstColorFormat u uNearest u uDummy u uFxSrcXStart u uFxSrcYStart"
+    " u uFxSrcXStepX u uFxSrcXStepY u uFxSrcYStepX u uFxSrcYStepY";
 const std::string kFillPlane = "16 i nDstSx i nDstSy f fColorA i nDummy1";
 const std::string kFillColour =
     "32 i nDstSx i nDstSy f fColorR f fColorG f fColorB f fColorA i nDummy1 i nDummy2";
@@ -101,6 +105,9 @@ const std::pair<Shader, std::string> kBlocks[] = {
     {Shader::kRegionFilterColumns, kFiltered},
     {Shader::kScaledCopy, kScaled},
     {Shader::kAffineCopy, kAffine},
+    {Shader::kResizeRows, kResized},
+    {Shader::kResizeColumns, kResized},
+    {Shader::kRotateCopy, kRotated},
     {Shader::kFillPlane, kFillPlane},
     {Shader::kFillColour, kFillColour},
     {Shader::kColourFromSource, kTinted},
@@ -120,9 +127,10 @@ TEST(Shaders, HaveTheirParametersInTheirPlaces) {
     EXPECT_EQ(Layout(rdef, "CSParam"), block) << "shader " << static_cast<int>(shader);
     EXPECT_EQ(Layout(rdef, "ColorKeys"), shader == Shader::kChromaKey ? kKeys : "");
     constexpr u32 kUnorm = 1, kUint = 4, kFloat = 5;  // as the views that are bound
-    EXPECT_EQ(ReturnType(rdef, "txDst"), shader == Shader::kBoxBlurRows     ? kUint
-                                         : shader == Shader::kFilterWeights ? kFloat
-                                                                            : kUnorm)
+    const bool floats = shader == Shader::kFilterWeights || shader == Shader::kResizeRows;
+    EXPECT_EQ(ReturnType(rdef, "txDst"), shader == Shader::kBoxBlurRows ? kUint
+                                         : floats                       ? kFloat
+                                                                        : kUnorm)
         << "shader " << static_cast<int>(shader);
   }
 }

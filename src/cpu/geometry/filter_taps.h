@@ -16,6 +16,12 @@ struct Stretch {
   double start, length;
 };
 
+/// Whether a filter can be had.
+inline bool Holds(const ResizeParam& param) {
+  return param.filter <= PICTAVO_FILTER_LANCZOS && param.alphaMode <= 1 && param.reserved[0] == 0 &&
+         param.reserved[1] == 0;
+}
+
 /// Made in two steps: sizes, then the tables in memory that the caller has found for them.
 class FilterTaps {
  public:

@@ -332,11 +332,6 @@ u32 CheckPictures(const ImageDesc* src, const ImageDesc* dst, bool hold) {
   return code;
 }
 
-bool Holds(const ResizeParam& param) {
-  return param.filter <= PICTAVO_FILTER_LANCZOS && param.alphaMode <= 1 && param.reserved[0] == 0 &&
-         param.reserved[1] == 0;
-}
-
 /// Whether a stretch lies on a side; false for what is not a number.
 bool Lies(f32 begin, f32 end, i32 size) {
   return begin >= 0 && begin < end && end <= static_cast<double>(size);
