@@ -16,14 +16,16 @@ host=$(realpath "$host") wine=$PWD/scripts/wine.sh
 mkdir -p build/docs/pictures
 [ -f out/pictures/china.jpg ] || scripts/pictures.sh out/pictures >/dev/null
 
-pages=("$PWD"/docs/{effects,keying}.md) photographs=$PWD/out/pictures
+pages=("$PWD"/docs/{effects,keying,preview-and-export}.md) photographs=$PWD/out/pictures
 (
   cd build/docs/pictures
   "$wine" "$host" resize "Z:$photographs/china.jpg" background.png --size 480x320 --method box
   "$wine" "$host" resize "Z:$photographs/flower.jpg" layer.png --size 480x320 --method box
   # The pages' own commands, in their order.
   sed -n 's/.*<br>`\(.*\)` |.*/\1/p' "${pages[@]}" | while read -ra arguments; do
-    "$wine" "$host" "${arguments[@]}" </dev/null
+    run=$wine
+    [[ ${arguments[0]} != gpu-* ]] || run=${wine%.sh}_display.sh
+    "$run" "$host" "${arguments[@]}" </dev/null
   done
 ) >/dev/null
 

@@ -25,7 +25,7 @@ extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kS
     kMatteCommand, kResizeCommand, kFlipCommand, kConvertCommand, kBorderCommand, kHistogramCommand,
     kMeasureCommand, kStreamCommand, kOpenCLCommand, kGpuKeyCommand, kGpuBlurCommand,
     kGpuResizeCommand, kGpuTurnCommand, kGpuOutlineCommand, kGpuRotateCommand, kGpuMatCommand,
-    kDemoCommand, kRotateCommand, kTiltCommand, kSwirlCommand;
+    kGpuPairsCommand, kDemoCommand, kRotateCommand, kTiltCommand, kSwirlCommand;
 
 /// --level N, which sets the library's level, up to the one that it has.
 Option LevelOption(pictavo::Library& library);

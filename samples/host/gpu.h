@@ -33,7 +33,7 @@ class Gpu {
   /// Runs an operation of slot 108 from a picture into another, and waits for it. Throws Failure
   /// when the library refuses.
   Picture Run(pictavo::IPictavo6* object, i32 opCode, const void* param, const Picture& src,
-              Size size) const;
+              Size size, i32 subMode = pictavo::PICTAVO_D3D_WHOLE) const;
 
  private:
   Texture CreateTexture(const D3D11_TEXTURE2D_DESC& desc, const void* pixels) const;
@@ -42,6 +42,15 @@ class Gpu {
   Microsoft::WRL::ComPtr<ID3D11DeviceContext> context_;
   std::string name_;
 };
+
+/// How far the bytes of two pictures of one size lie apart.
+struct Difference {
+  Picture picture;  // of the distances, made visible
+  int largest = 0;
+  double mean = 0;   // over what is clear in neither
+  double share = 0;  // of bytes that differ, in percent
+};
+Difference DifferenceOf(const Picture& a, const Picture& b, int amplified);
 
 /// The record of a texture.
 pictavo::ImageDesc Describe(ID3D11Texture2D* texture);

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
-#include <numbers>
 
 #include "chroma_key.h"
 #include "commands.h"
@@ -36,26 +35,10 @@ Picture BlurOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src
   return gpu.Download(result.Get());
 }
 
-/// Turns a picture around its middle, clockwise.
-Picture TurnOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, double degrees) {
-  const double angle = degrees * std::numbers::pi / 180;
-  const double cosine = std::cos(angle), sine = std::sin(angle);
-  const double middleX = (src.width - 1) / 2.0, middleY = (src.height - 1) / 2.0;
-  const auto fixed = [](double value) { return static_cast<i32>(std::lround(value * 65536)); };
-  const pictavo::D3DAffineParam param = {
-      .dstX = 0,
-      .dstY = 0,
-      .srcX = 0,
-      .srcY = 0,
-      .srcWidth = src.width,
-      .srcHeight = src.height,
-      .xStart = fixed(middleX - cosine * middleX - sine * middleY),
-      .yStart = fixed(middleY + sine * middleX - cosine * middleY),
-      .xStepX = fixed(cosine),
-      .xStepY = fixed(sine),
-      .yStepX = fixed(-sine),
-      .yStepY = fixed(cosine)};
-  return gpu.Run(object, pictavo::PICTAVO_D3D_COPY_AFFINE, &param, src, {src.width, src.height});
+Picture FilterOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, Size size,
+                    const pictavo::ResizeParam& param) {
+  return gpu.Run(object, pictavo::PICTAVO_D3D_SCALE, &param, src, size,
+                 pictavo::PICTAVO_D3D_AS_PROCESSOR);
 }
 
 /// How slot 67 turns and scales a picture about its middle.
@@ -64,6 +47,14 @@ pictavo::RotateParam AboutTheMiddle(const Picture& picture, f32 degrees, f32 sca
   return {degrees, scale, x, y, x, y, pictavo::PICTAVO_SAMPLE_BILINEAR};
 }
 
+/// Turns a picture on the card …
+Picture TurnOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src,
+                  const pictavo::RotateParam& param) {
+  return gpu.Run(object, pictavo::PICTAVO_D3D_COPY_AFFINE, &param, src, {src.width, src.height},
+                 pictavo::PICTAVO_D3D_AS_PROCESSOR);
+}
+
+/// … and a texture on the processor.
 Picture RotateOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src,
                     const pictavo::RotateParam& param) {
   const Gpu::Texture source = gpu.Upload(src), result = gpu.Create(src.width, src.height);
@@ -195,22 +186,12 @@ struct Compared {
 
 /// Prints how far two pictures agree, and shows them with their difference.
 SheetColumn Compare(Demo* demo, const Compared& c) {
-  Picture difference(c.cpu.width, c.cpu.height);
-  int largest = 0;
-  size_t unlike = 0;
   constexpr int kAmplified = 64;
-  for (size_t i = 0; i < difference.pixels.size(); ++i) {
-    const int distance = std::abs(c.cpu.pixels[i] - c.gpu.pixels[i]);
-    largest = std::max(largest, distance);
-    unlike += distance != 0;
-    difference.pixels[i] =
-        i % 4 == 3 ? u8{255} : static_cast<u8>(std::min(kAmplified * distance, 255));
-  }
-  const double share =
-      100.0 * static_cast<double>(unlike) / static_cast<double>(difference.pixels.size());
-  const std::string agreement =
-      unlike == 0 ? "same bytes" : Format("%.2f %% of bytes differ, by up to %d", share, largest);
-  const bool good = largest <= c.tolerance;
+  const Difference found = DifferenceOf(c.cpu, c.gpu, kAmplified);
+  const std::string agreement = found.largest == 0 ? "same bytes"
+                                                   : Format("%.2f %% of bytes differ, by up to %d",
+                                                            found.share, found.largest);
+  const bool good = found.largest <= c.tolerance;
   std::printf("  %-22s  %4d  %-38s  %s%s\n", c.name, c.slot, "beside the processor",
               good ? "" : "DIFFER: ", agreement.c_str());
   ++demo->examined;
@@ -218,7 +199,7 @@ SheetColumn Compare(Demo* demo, const Compared& c) {
   return {c.heading,
           {{Thumbnail(c.cpu), "processor", c.onCpu, {"", ""}},
            {Thumbnail(c.gpu), "graphics card", Format("slot %d", c.slot), {"", ""}},
-           {Thumbnail(difference), "difference", Format("x %d", kAmplified), {agreement, ""}}}};
+           {Thumbnail(found.picture), "difference", Format("x %d", kAmplified), {agreement, ""}}}};
 }
 
 SheetColumn CompareKey(Demo* demo, const Gpu& gpu) {
@@ -257,7 +238,21 @@ SheetColumn CompareMat(Demo* demo, const Gpu& gpu) {
                         MatOnGpu(gpu, demo->object, demo->layer, border, kSand)});
 }
 
-SheetColumn CompareRotation(Demo* demo, const Gpu& gpu) {
+SheetColumn CompareFilter(Demo* demo, const Gpu& gpu) {
+  const Picture source = SoftDisc(demo->background);
+  Picture small(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
+  const pictavo::ResizeParam param = {pictavo::PICTAVO_FILTER_LANCZOS, 1, {0, 0}};
+  const pictavo::ImageDesc from = Describe(source);
+  pictavo::ImageDesc to = Describe(small);
+  const u32 code = demo->object->ResizeFiltered(&from, &to, &param);
+  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to resize a picture", code);
+  return Compare(demo,
+                 {"GPU filtered resize", "Lanczos, to 3/5", 108, "slot 60", 1, small,
+                  FilterOnGpu(gpu, demo->object, source, {small.width, small.height}, param)});
+}
+
+/// By the card, or a texture by the processor.
+SheetColumn CompareRotation(Demo* demo, const Gpu& gpu, bool byCard) {
   const Picture source = SoftDisc(demo->background);
   const pictavo::RotateParam param = AboutTheMiddle(source, 15, 0.9f);
   Picture turned(source.width, source.height);
@@ -265,19 +260,17 @@ SheetColumn CompareRotation(Demo* demo, const Gpu& gpu) {
   pictavo::ImageDesc to = Describe(turned);
   const u32 code = demo->object->RotatePicture(&from, &to, &param);
   if (code != pictavo::PICTAVO_S_OK) throw Refusal("to turn a picture", code);
-  return Compare(demo, {"GPU rotation", "Turned textures", 68, "slot 67", 0, turned,
-                        RotateOnGpu(gpu, demo->object, source, param)});
+  const auto turn = byCard ? TurnOnGpu : RotateOnGpu;
+  return Compare(
+      demo, {byCard ? "GPU rotation" : "GPU texture, turned", "Turned textures", byCard ? 108 : 68,
+             "slot 67", 0, turned, turn(gpu, demo->object, source, param)});
 }
 
-SheetColumn ShowTurnedAndOutlined(const Demo& demo, const Gpu& gpu) {
+SheetColumn ShowOutlined(const Demo& demo, const Gpu& gpu) {
   const Picture keyed = KeyOnGpu(gpu, demo.object, OnGreenScreen(demo.layer), KeysOfScreen());
   const u32 radius = static_cast<u32>(std::clamp(keyed.height / 60, 1, 32));
   return {"On the graphics card",
-          {{Thumbnail(TurnOnGpu(gpu, demo.object, demo.background, 15)),
-            "turned",
-            "slot 108",
-            {"operation 10, by 15 degrees", ""}},
-           {Thumbnail(OutlineOnGpu(gpu, demo.object, keyed, radius, 0xFF8000)),
+          {{Thumbnail(OutlineOnGpu(gpu, demo.object, keyed, radius, 0xFF8000)),
             "outlined",
             "slot 108",
             {Format("operations 12 and 13, radius %u", radius), ""}}}};
@@ -315,7 +308,8 @@ const Command kGpuTurnCommand = {
     "  pictavo-host gpu-turn PICTURE OUT DEGREES\n"
     "      Turns a picture around its middle, clockwise, on the graphics card.\n",
     RunOnGpu<[](const Job& job) {
-      return TurnOnGpu(job.gpu, job.object, job.src, double{job.settings->Real("DEGREES")});
+      const f32 degrees = job.settings->Real("DEGREES");
+      return TurnOnGpu(job.gpu, job.object, job.src, AboutTheMiddle(job.src, degrees, 1));
     }>};
 
 const Command kGpuOutlineCommand = {
@@ -354,8 +348,14 @@ std::vector<SheetColumn> ShowGpu(Demo& demo) {
     return {};
   }
   std::printf("  On what Direct3D calls %s:\n", gpu->name().c_str());
-  return {CompareKey(&demo, *gpu), CompareResizing(&demo, *gpu), CompareBlur(&demo, *gpu),
-          CompareMat(&demo, *gpu), CompareRotation(&demo, *gpu), ShowTurnedAndOutlined(demo, *gpu)};
+  return {CompareKey(&demo, *gpu),
+          CompareResizing(&demo, *gpu),
+          CompareBlur(&demo, *gpu),
+          CompareMat(&demo, *gpu),
+          CompareFilter(&demo, *gpu),
+          CompareRotation(&demo, *gpu, true),
+          CompareRotation(&demo, *gpu, false),
+          ShowOutlined(demo, *gpu)};
 }
 
 }  // namespace host

@@ -26,7 +26,8 @@ const Command* const kCommands[] = {
     &kTiltCommand,       &kSwirlCommand,     &kConvertCommand,    &kBorderCommand,
     &kHistogramCommand,  &kMeasureCommand,   &kStreamCommand,     &kOpenCLCommand,
     &kGpuKeyCommand,     &kGpuBlurCommand,   &kGpuResizeCommand,  &kGpuTurnCommand,
-    &kGpuOutlineCommand, &kGpuRotateCommand, &kGpuMatCommand,     &kDemoCommand};
+    &kGpuOutlineCommand, &kGpuRotateCommand, &kGpuMatCommand,     &kGpuPairsCommand,
+    &kDemoCommand};
 
 /// For as long as it lives, the console shows UTF-8. Text reaches it as it is and in whole pieces:
 /// neither the C library nor the console puts a character together from single bytes.
