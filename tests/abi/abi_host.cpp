@@ -8,6 +8,8 @@ __declspec(dllimport) int WriteFile(void* file, const void* data, unsigned long 
                                     unsigned long* written, void* overlapped);
 [[noreturn]] __declspec(dllimport) void ExitProcess(unsigned code);
 int _fltused = 0;  // what the compiler asks of a program with floating-point numbers
+
+int PassesInC(pictavo::IPictavo6* object);
 }
 
 namespace {
@@ -126,6 +128,7 @@ extern "C" [[noreturn]] void Main() {
   CheckBlends(object);
   CheckRecords(object);
   CheckUnbuilt(object);
+  Check(PassesInC(object) != 0, "the C header's table");
   Check(ReleasePictavo6(object) == 0 && ReleasePictavo(nullptr) == 0, "ReleasePictavo");
   ExitProcess(0);
 }

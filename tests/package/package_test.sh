@@ -56,7 +56,7 @@ loaded=$(beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll" | tr -d '\r')
 build "$sdk/samples/first_host" first_host
 beside first_host/first_host.exe
 build "$sdk/samples/c" c
-[ "$(beside c/slots.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
+[ "$(beside c/c_host.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
 build "$sdk/samples/recipes" recipes
 beside recipes/recipes.exe
 build "$sdk/samples/host" host
