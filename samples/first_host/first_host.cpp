@@ -1,14 +1,17 @@
 #include <cstdio>
-#include <vector>
+#include <fstream>
 
 #include "pictavo/pictavo_host.h"
 
-int main() {
-  pictavo::Library library;  // Pictavo.dll beside the program
-  if (!library) return std::puts(library.errorText()), 1;
-
-  std::vector<unsigned char> frame(640 * 480 * 4, 255);  // white; bytes are B, G, R, A
-  std::vector<unsigned char> title(640 * 480 * 4, 128);  // half clear grey
-  library->BlendOverPitched(frame.data(), title.data(), 640, 480, 640 * 4);
-  std::printf("level %d, first byte %d\n", library->GetCPULevel(), frame[0]);
+int main() try {
+  const pictavo::Host host;  // Pictavo.dll beside the program, at the processor's level
+  pictavo::Picture frame(1280, 720), title(1280, 720);  // bytes are B, G, R, A
+  frame.Read(std::ifstream("frame.bgra", std::ios::binary));
+  title.Read(std::ifstream("title.bgra", std::ios::binary));
+  host.Premultiply(title);
+  host.BlendPremultiplied(frame, title);
+  host.GaussianBlur(frame, 4);
+  host.Resized(frame, 640, 360).Write(std::ofstream("small.bgra", std::ios::binary));
+} catch (const std::exception& error) {
+  return std::puts(error.what()), 1;
 }

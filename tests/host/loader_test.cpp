@@ -1,7 +1,10 @@
-// The loader header on the real DLL and its modules, in folders of every make-up.
+// The header for hosts on the real DLL and its modules, in folders of every make-up.
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "module_folder.h"
@@ -115,6 +118,62 @@ TEST(Loader, KnowsWhichMethodsReturnAStatus) {
   EXPECT_TRUE(library.Call<&I::FillSolidColor>(pixel, 1, 1, 4, u8{1}, u8{2}, u8{3}, u8{4}));
   EXPECT_EQ(library.Call<&I::FillSolidColor>(pixel, 0, 1, 4, u8{1}, u8{2}, u8{3}, u8{4}).result,
             PICTAVO_S_FALSE);
+}
+
+/// What a call was refused with, or nothing.
+template <typename Call>
+std::string Refusal(Call call) {
+  try {
+    call();
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST(Host, CallsWithPartsOfPicturesAndNamesWhatIsRefused) {
+  const PlugIns plugIns({});
+  const Host host(plugIns.library().c_str());
+  Picture frame(9, 7), layer(3, 2);
+  host.Fill(frame, 0xFF302010);
+  host.Fill(layer, 0x80804020);
+  const View part = View(frame).Part(4, 5, 3, 2);
+  host.Premultiply(layer);
+  host.BlendPremultiplied(part, layer);
+  const std::vector<u8> before(frame.At(3, 5), frame.At(8, 5));
+  EXPECT_EQ(before, (std::vector<u8>{16, 32,  48, 255, 24, 48,  88, 255, 24, 48,
+                                     88, 255, 24, 48,  88, 255, 16, 32,  48, 255}));
+  host.GaussianBlur(part, 1);
+  EXPECT_EQ(std::vector<u8>(frame.At(3, 5), frame.At(8, 5)), before);
+  EXPECT_EQ(host.ComputeHistogram(frame, 2)[88], 6u);
+  const Picture half = host.Resized(part, 6, 1);
+  EXPECT_EQ(half.At(5, 0)[2], 88);
+
+  EXPECT_EQ(Refusal([&] { host.BlendOver(frame, layer); }),
+            "BlendOverWithOpacityRamp: the pictures differ in size");
+  EXPECT_EQ(Refusal([&] { host.GaussianBlur(frame, -1); }),
+            "GaussianBlur: an argument cannot be used (0x80070057)");
+  EXPECT_EQ(Refusal([&] { host.ApplyChromaKey(part, layer, {}); }),
+            "ApplyChromaKey: rows must be packed");
+  EXPECT_EQ(Refusal([&] { host.Require<&IPictavo6::Reserved12>(); }),
+            "A reserved method: not built (0x80004001)");
+  EXPECT_EQ(Refusal([&] { host.Require<&IPictavo6::BlendOverPacked>(nullptr, nullptr, 1, 1); }),
+            "BlendOverPacked: refused (0x00000000)");
+  EXPECT_EQ(Refusal([] { Picture(1 << 29, 1); }), "Picture: the size cannot be used");
+  EXPECT_EQ(Refusal([] { Host(L"no such.dll"); }), "Pictavo.dll cannot be loaded");
+}
+
+TEST(Host, ReadsAndWritesRawPixels) {
+  std::stringstream raw("abcdefgh12");
+  Picture picture(2, 1);
+  picture.Read(raw);
+  EXPECT_EQ(*picture.At(1, 0), 'e');
+  EXPECT_EQ(Refusal([&] { picture.Read(raw); }), "Picture: the pixels cannot be read");
+  std::ostringstream out;
+  Picture(1, 2).Write(out);
+  EXPECT_EQ(out.str(), std::string(8, '\0'));
+  EXPECT_EQ(Refusal([&] { picture.Write(std::ofstream("no such folder/file")); }),
+            "Picture: the pixels cannot be written");
 }
 
 }  // namespace

@@ -54,7 +54,9 @@ loaded=$(beside consumer/loaded.exe "Z:$sdk/bin/Pictavo.dll" | tr -d '\r')
 [[ $loaded == *", version $version" ]] || fail "the loader: $loaded"
 
 build "$sdk/samples/first_host" first_host
+head -c $((1280 * 720 * 4)) /dev/zero | tr '\0' '\377' | tee "$work/frame.bgra" > "$work/title.bgra"
 beside first_host/first_host.exe
+cmp "$work/small.bgra" <(head -c $((640 * 360 * 4)) "$work/frame.bgra") || fail "white over white"
 build "$sdk/samples/c" c
 [ "$(beside c/c_host.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
 build "$sdk/samples/recipes" recipes
