@@ -16,7 +16,8 @@ packages=(
   googletest libgtest-dev libbenchmark-dev  # tests and benchmarks
   qemu-user valgrind                     # modelled old processors, and one that knows what was written
   doxygen                                # the API reference
-  frei0r-plugins-dev ffmpeg              # the sample plug-ins, and a program that loads them
+  frei0r-plugins-dev ffmpeg melt         # the sample plug-ins, and programs that load them
+  gstreamer1.0-plugins-bad gstreamer1.0-tools
   ocl-icd-libopencl1 pocl-opencl-icd     # an OpenCL runtime, which Wine hands on
   xvfb xauth libgl1 libgl1-mesa-dri      # Direct3D under Wine, on software
 )

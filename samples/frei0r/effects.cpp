@@ -1,5 +1,5 @@
-// The kernels as frei0r effects. frei0r has one effect a plug-in: this source is compiled once for
-// each row of kEffects, with the row's name as PICTAVO_EFFECT.
+// Methods of Pictavo as frei0r effects. frei0r has one effect a plug-in: each is this source linked
+// with a name, kPluginName, that ends with the name of a row of kEffects.
 extern "C" {
 #pragma GCC visibility push(default)
 #include <frei0r.h>
@@ -11,12 +11,14 @@ extern "C" {
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <string_view>
 #include <vector>
 
-#include "chromakey/chroma_key_fx.h"
-#include "cpu/operations.h"
+#include "methods.h"
+
+extern const char kPluginName[];
 
 namespace {
 
@@ -30,6 +32,7 @@ struct Instance {
   i32 width, height;
   std::array<double, 4> numbers;  // of its parameters, 0 to 1
   f0r_param_color_t colour;
+  Methods pictavo;
 
   i32 pitch() const { return 4 * width; }
   size_t bytes() const {
@@ -54,22 +57,17 @@ struct Instance {
   }
 };
 
-i32 Level() {
-  if (__builtin_cpu_supports("avx2")) return 8;
-  if (__builtin_cpu_supports("sse4.1")) return 6;
-  return 3;
-}
-
 /// The blurred picture is larger than its source; the frame shows the part where the source is.
 bool BlurMotion(const Instance& frame, const u8* in, u8* out, const MotionBlurParam& param) {
   const ImageDesc src = frame.Describe(in);
   ImageDesc dst = {};
   i32 left = 0, top = 0;
-  if (cpu::GetMotionBlurDstSize(&src, &dst, &param, &left, &top) != PICTAVO_S_OK) return false;
+  if (frame.pictavo->GetMotionBlurDstSize(&src, &dst, &param, &left, &top) != PICTAVO_S_OK)
+    return false;
   const size_t pitch = static_cast<size_t>(dst.pitch);
   std::vector<u8> room(pitch * static_cast<size_t>(dst.height));
   dst.data = room.data();
-  if (cpu::MotionBlur(Level(), &src, &dst, &param) != PICTAVO_S_OK) return false;
+  if (frame.pictavo->MotionBlur(&src, &dst, &param) != PICTAVO_S_OK) return false;
   // A spin of a narrow frame may need less room than the frame.
   const i32 columns = std::min(frame.width, dst.width + left);
   for (i32 y = 0; y < std::min(frame.height, dst.height + top); ++y) {
@@ -87,15 +85,16 @@ bool Key(const Instance& frame, const u8* in, u8* out) {
       frame.Channel(frame.colour.b),          0,
       static_cast<i32>(frame.Number(0, 180)), static_cast<i32>(frame.Number(1, 255))};
   constexpr i32 kBgra = 1;
-  return chromakey::ApplyChromaKey(Level(), &src, &dst, &key, 1, kBgra) == PICTAVO_S_OK;
+  return frame.pictavo->ApplyChromaKey(&src, &dst, &key, 1, kBgra) == PICTAVO_S_OK;
 }
 
 bool Lay(const Instance& frame, const u8* layer, u8* out) {
-  const BlendParam param = {static_cast<u32>(frame.Number(0, cpu::kLayerModes - 1) + 0.5),
+  constexpr int kModes = 12;
+  const BlendParam param = {static_cast<u32>(frame.Number(0, kModes - 1) + 0.5),
                             static_cast<u32>(frame.Number(1, 255) + 0.5), 2, 0, 0};
-  cpu::LayerKernel* const lay = cpu::kLayerKernels[param.mode].For(Level());
-  return param.opacity == 0 || lay(out, layer, frame.width, frame.height, frame.pitch(),
-                                   frame.pitch(), param) == PICTAVO_S_OK;
+  ImageDesc dst = frame.Describe(out);
+  const ImageDesc src = frame.Describe(layer);
+  return frame.pictavo->BlendLayer(&dst, &src, &param) == PICTAVO_S_OK;
 }
 
 bool Transit(const Instance& frame, const u8* from, const u8* to, u8* out) {
@@ -104,7 +103,7 @@ bool Transit(const Instance& frame, const u8* from, const u8* to, u8* out) {
       static_cast<f32>(frame.Number(2, 1)), static_cast<f32>(frame.Number(3, 360)), frame.Argb()};
   ImageDesc dst = frame.Describe(out);
   const ImageDesc first = frame.Describe(from), second = frame.Describe(to);
-  return cpu::ApplyTransition(Level(), &dst, &first, &second, &param) == PICTAVO_S_OK;
+  return frame.pictavo->ApplyTransition(&dst, &first, &second, &param) == PICTAVO_S_OK;
 }
 
 struct Effect {
@@ -129,8 +128,8 @@ const Effect kEffects[] = {
      {},
      [](const Instance& f, const u8*, u8* out) {
        const double most = std::min(f.width, f.height);
-       return cpu::GaussianBlurBox3(Level(), out, f.width, f.height, f.pitch(),
-                                    static_cast<f32>(std::min(f.Number(0, 100), most))) ==
+       return f.pictavo->GaussianBlurBox3(out, f.width, f.height, f.pitch(),
+                                          static_cast<f32>(std::min(f.Number(0, 100), most))) ==
               PICTAVO_S_OK;
      }},
     {"color",
@@ -147,7 +146,7 @@ const Effect kEffects[] = {
                                  static_cast<f32>(f.Number(2, 360)),
                                  0,
                                  0};
-       return cpu::AdjustColor(Level(), out, f.width, f.height, f.pitch(), &param) == PICTAVO_S_OK;
+       return f.pictavo->AdjustColor(out, f.width, f.height, f.pitch(), &param) == PICTAVO_S_OK;
      }},
     {"direction",
      "Motion blur along a line",
@@ -165,9 +164,9 @@ const Effect kEffects[] = {
      {0, 0.5},
      {0, 0, 0},
      [](const Instance& f, const u8* in, u8* out) {
-       return cpu::BlendOverWithOpacity(Level(), out, in, f.width, f.height, f.pitch(), f.pitch(),
-                                        static_cast<u8>(f.Number(1, 255)),
-                                        f.Argb()) == PICTAVO_S_OK;
+       return f.pictavo->BlendOverWithOpacity(out, in, f.width, f.height, f.pitch(), f.pitch(),
+                                              static_cast<u8>(f.Number(1, 255)),
+                                              f.Argb()) == PICTAVO_S_OK;
      }},
     {"gauss",
      "The true Gaussian",
@@ -176,8 +175,8 @@ const Effect kEffects[] = {
      {},
      [](const Instance& f, const u8*, u8* out) {
        const f32 sigma = static_cast<f32>(f.Number(0, 100));
-       return cpu::GaussianBlur(Level(), out, f.width, f.height, f.pitch(), sigma, sigma,
-                                PICTAVO_EDGES_REPLICATE) == PICTAVO_S_OK;
+       return f.pictavo->GaussianBlur(out, f.width, f.height, f.pitch(), sigma, sigma,
+                                      PICTAVO_EDGES_REPLICATE) == PICTAVO_S_OK;
      }},
     {"grey",
      "The mean of the colours",
@@ -185,8 +184,8 @@ const Effect kEffects[] = {
      {},
      {},
      [](const Instance& f, const u8* in, u8* out) {
-       return cpu::ConvertBGRAToGray(Level(), in, f.width, f.height, f.pitch(),
-                                     reinterpret_cast<u32*>(out), f.pitch()) == PICTAVO_S_OK;
+       return f.pictavo->ConvertBGRAToGray(in, f.width, f.height, f.pitch(),
+                                           reinterpret_cast<u32*>(out), f.pitch()) == PICTAVO_S_OK;
      }},
     {"layer",
      "Mixes the second frame into the first by a layer mode",
@@ -217,8 +216,7 @@ const Effect kEffects[] = {
        const LevelsParam param = {static_cast<f32>(f.Number(0, 1)),
                                   static_cast<f32>(f.Number(1, 1)),
                                   static_cast<f32>(std::max(0.01, f.Number(2, 4))), 0, 1};
-       return cpu::AdjustLevels(Level(), out, f.width, f.height, f.pitch(), 7, &param) ==
-              PICTAVO_S_OK;
+       return f.pictavo->AdjustLevels(out, f.width, f.height, f.pitch(), 7, &param) == PICTAVO_S_OK;
      }},
     {"mosaic",
      "Blocks of one colour",
@@ -227,8 +225,8 @@ const Effect kEffects[] = {
      {},
      [](const Instance& f, const u8*, u8* out) {
        const i32 rect[] = {0, 0, f.width, f.height};
-       return cpu::PixelateRegion(Level(), out, f.width, f.height, f.pitch(), rect,
-                                  1 + static_cast<u32>(f.Number(0, 99))) == PICTAVO_S_OK;
+       return f.pictavo->PixelateRegion(out, f.width, f.height, f.pitch(), rect,
+                                        1 + static_cast<u32>(f.Number(0, 99))) == PICTAVO_S_OK;
      }},
     {"outline",
      "A line of one pixel inside the frame's edge",
@@ -238,8 +236,9 @@ const Effect kEffects[] = {
      [](const Instance& f, const u8*, u8* out) {
        if (f.height == 1) return false;  // an outline has two rows
        const i32 rect[] = {0, 0, f.width - 1, f.height - 1};
-       return cpu::DrawRectOutline(reinterpret_cast<u32*>(out), static_cast<u32>(f.pitch()), rect,
-                                   f.Argb()) == PICTAVO_S_OK;
+       return f.pictavo->DrawRectOutline(reinterpret_cast<u32*>(out), f.width, f.height,
+                                         static_cast<u32>(f.pitch()), rect,
+                                         f.Argb()) == PICTAVO_S_OK;
      }},
     {"over",
      "Lays the second frame over the first",
@@ -248,7 +247,7 @@ const Effect kEffects[] = {
      {},
      nullptr,
      [](const Instance& f, const u8*, const u8* second, u8* out) {
-       return cpu::BlendOverPacked(Level(), out, second, f.width, f.height) == 1;
+       return f.pictavo->BlendOverPacked(out, second, f.width, f.height) == 1;
      }},
     {"premultiply",
      "Straight alpha to premultiplied",
@@ -256,7 +255,7 @@ const Effect kEffects[] = {
      {},
      {},
      [](const Instance& f, const u8*, u8* out) {
-       return cpu::PremultiplyPacked(Level(), out, f.width, f.height) == 1;
+       return f.pictavo->PremultiplyPacked(out, f.width, f.height) == 1;
      }},
     {"sharpen",
      "Adds what a Gaussian takes",
@@ -266,10 +265,10 @@ const Effect kEffects[] = {
      {0.0625, 0.02, 0},
      {},
      [](const Instance& f, const u8*, u8* out) {
-       return cpu::SharpenPicture(Level(), out, f.width, f.height, f.pitch(),
-                                  static_cast<f32>(f.Number(0, 16)),
-                                  static_cast<f32>(f.Number(2, 255)),
-                                  static_cast<f32>(f.Number(1, 100))) == PICTAVO_S_OK;
+       return f.pictavo->SharpenPicture(out, f.width, f.height, f.pitch(),
+                                        static_cast<f32>(f.Number(0, 16)),
+                                        static_cast<f32>(f.Number(2, 255)),
+                                        static_cast<f32>(f.Number(1, 100))) == PICTAVO_S_OK;
      }},
     {"rotate",
      "Turns the frame about its middle; what it leaves is clear",
@@ -288,7 +287,7 @@ const Effect kEffects[] = {
                                   PICTAVO_SAMPLE_BILINEAR};
        const ImageDesc src = f.Describe(in);
        ImageDesc dst = f.Describe(out);
-       return cpu::RotatePicture(Level(), &src, &dst, &param) == PICTAVO_S_OK;
+       return f.pictavo->RotatePicture(&src, &dst, &param) == PICTAVO_S_OK;
      }},
     {"spin",
      "Motion blur around the middle",
@@ -315,7 +314,7 @@ const Effect kEffects[] = {
                                 PICTAVO_SAMPLE_BILINEAR};
        const ImageDesc src = f.Describe(in);
        ImageDesc dst = f.Describe(out);
-       return cpu::TiltPicture(Level(), &src, &dst, &param) == PICTAVO_S_OK;
+       return f.pictavo->TiltPicture(&src, &dst, &param) == PICTAVO_S_OK;
      }},
     {"transition",
      "On the way from the first frame to the second",
@@ -336,7 +335,7 @@ const Effect kEffects[] = {
      {},
      {},
      [](const Instance& f, const u8*, u8* out) {
-       return cpu::UnpremultiplyPacked(Level(), out, f.width, f.height) == 1;
+       return f.pictavo->UnpremultiplyPacked(out, f.width, f.height) == 1;
      }},
     {"yuva",
      "BGRA to V, U, Y, A",
@@ -344,8 +343,8 @@ const Effect kEffects[] = {
      {},
      {},
      [](const Instance& f, const u8* in, u8* out) {
-       return cpu::ConvertBGRAToYUVA(Level(), in, static_cast<u32>(f.width), f.height, f.pitch(),
-                                     out, f.pitch()) == PICTAVO_S_OK;
+       return f.pictavo->ConvertBGRAToYUVA(in, static_cast<u32>(f.width), f.height, f.pitch(), out,
+                                           f.pitch()) == PICTAVO_S_OK;
      }},
     {"zoom",
      "Motion blur towards the middle",
@@ -357,9 +356,9 @@ const Effect kEffects[] = {
      }},
 };
 
-const Effect& kEffect =
-    *std::find_if(std::begin(kEffects), std::end(kEffects),
-                  [](const Effect& e) { return std::string_view(e.name) == PICTAVO_EFFECT; });
+const Effect& kEffect = *std::find_if(
+    std::begin(kEffects), std::end(kEffects),
+    [](const Effect& e) { return std::string_view(kPluginName).substr(8) == e.name; });
 
 }  // namespace
 
@@ -369,7 +368,7 @@ int f0r_init() { return 1; }
 void f0r_deinit() {}
 
 void f0r_get_plugin_info(f0r_plugin_info_t* info) {
-  *info = {"pictavo " PICTAVO_EFFECT,
+  *info = {kPluginName,
            "Pictavo",
            kEffect.mix != nullptr ? F0R_PLUGIN_TYPE_MIXER2 : F0R_PLUGIN_TYPE_FILTER,
            F0R_COLOR_MODEL_BGRA8888,
@@ -385,8 +384,13 @@ void f0r_get_param_info(f0r_param_info_t* info, int index) {
 }
 
 f0r_instance_t f0r_construct(unsigned int width, unsigned int height) {
-  return new (std::nothrow)
-      Instance{static_cast<i32>(width), static_cast<i32>(height), kEffect.defaults, kEffect.colour};
+  try {
+    std::unique_ptr<Instance> frame(new Instance{
+        static_cast<i32>(width), static_cast<i32>(height), kEffect.defaults, kEffect.colour, {}});
+    return frame->pictavo ? frame.release() : nullptr;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 void f0r_destruct(f0r_instance_t instance) { delete static_cast<Instance*>(instance); }
