@@ -59,7 +59,7 @@ std::string Image::Difference(const Image& other, int tolerance) const {
 Device::Device() {
   const D3D_FEATURE_LEVEL level = D3D_FEATURE_LEVEL_11_0;
   const char* asked = std::getenv("PICTAVO_D3D11_DEVICE");
-  const UINT flags = asked != nullptr ? D3D11_CREATE_DEVICE_DEBUG : 0;
+  const UINT flags = std::getenv("PICTAVO_D3D11_DEBUG") != nullptr ? D3D11_CREATE_DEVICE_DEBUG : 0;
   for (const auto& [name, type] :
        {std::pair{"card", D3D_DRIVER_TYPE_HARDWARE}, std::pair{"software", D3D_DRIVER_TYPE_WARP}}) {
     if (asked != nullptr && std::strcmp(asked, name) != 0) continue;
