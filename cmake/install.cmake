@@ -2,6 +2,14 @@
 include(CMakePackageConfigHelpers)
 
 get_property(modules DIRECTORY modules PROPERTY BUILDSYSTEM_TARGETS)
+if(PICTAVO_FREI0R)
+  get_property(effects DIRECTORY samples/frei0r PROPERTY BUILDSYSTEM_TARGETS)
+endif()
+# All that is installed.
+add_custom_target(sdk DEPENDS Pictavo ${modules} pictavo_host ${effects})
+if(TARGET Pictavo_msvc_library)
+  add_dependencies(sdk Pictavo_msvc_library)
+endif()
 install(TARGETS Pictavo RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(TARGETS ${modules} pictavo_host RUNTIME DESTINATION bin)
 install(DIRECTORY include/pictavo DESTINATION include)

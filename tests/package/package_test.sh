@@ -67,6 +67,28 @@ grep "^Built" <<<"$info"
 missing=$(awk '/not found/ {print $1}' <<<"$info")
 [ "$missing" = VKT_3DRender.dll ] || fail "the program finds no $missing"
 
+build "$sdk/samples/frei0r" frei0r "-DPICTAVO_FREI0R_INCLUDE=/usr/include"
+diff <(cd "$sdk/frei0r" && ls) <(cd "$work/build/frei0r/frei0r" && ls *.dll) || fail "other effects than the SDK's"
+
+echo "== The NuGet package"
+mkdir "$work/nuget"
+(cd "$work/nuget" && cmake -E tar xf "$work/pictavo.$version.nupkg")
+python3 - "$work/nuget" <<'PYTHON' || fail "the NuGet package"
+import re, sys
+from pathlib import Path
+from xml.etree import ElementTree
+
+root = Path(sys.argv[1])
+for file in ("Pictavo.nuspec", "[Content_Types].xml", "_rels/.rels", "build/native/Pictavo.targets"):
+    ElementTree.parse(root / file)
+text = (root / "build/native/Pictavo.targets").read_text()
+named = {path.replace("\\", "/") for path in re.findall(r"\$\(MSBuildThisFileDirectory\)([^;%<\"]+)", text)}
+missing = [path for path in named if not (root / "build/native" / path).exists()]
+present = {path.relative_to(root / "build/native").as_posix() for path in root.glob("build/native/bin/x64/*")}
+print(f"{len(named)} paths named, missing: {missing}, DLLs not named: {present - named}")
+sys.exit(1 if missing or present - named or len(named) < 7 else 0)
+PYTHON
+
 echo "== pkg-config"
 export PKG_CONFIG_LIBDIR=$sdk/lib/pkgconfig
 [ "$(pkg-config --modversion pictavo)" = "$version" ] || fail "pkg-config's version"
