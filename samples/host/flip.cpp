@@ -1,46 +1,31 @@
 // Flips: pictavo-host flip, and the effect of chains.
-#include <cstdio>
 #include <optional>
+#include <string>
+#include <vector>
 
-#include "chain.h"
-#include "commands.h"
+#include "in_place.h"
 #include "text.h"
 
 namespace host {
 namespace {
 
-struct Way {
-  const char* name;
-  u32 mode;
-};
-constexpr Way kWays[] = {{"sideways", 1}, {"over", 2}};
+const std::vector<std::string> kWays = {"sideways", "over"};
 
-u32 ModeOf(const std::string& name) {
-  for (const Way& way : kWays) {
-    if (name == way.name) return way.mode;
-  }
-  throw UsageFailure("a picture is flipped sideways or over, not \"" + name + '"');
-}
-
-pictavo::Outcome Flip(pictavo::IPictavo6* object, Picture* picture, u32 mode) {
-  pictavo::ImageDesc image = Describe(*picture);
-  return pictavo::Call<&pictavo::IPictavo6::FlipPicture>(object, &image, &image, mode);
+InPlace Flipping(u32 way) {
+  return [=](pictavo::IPictavo6* object, Picture* picture) {
+    pictavo::ImageDesc image = Describe(*picture);
+    return pictavo::Call<&pictavo::IPictavo6::FlipPicture>(object, &image, &image, 1 + way);
+  };
 }
 
 int RunFlip(pictavo::Library& library, const Arguments& arguments) {
-  std::optional<u32> mode;
-  const Arguments files = TakeFiles(
-      2, "flip takes two files, PICTURE OUT", arguments,
-      {{"--way", [&](Parser& parser) { mode = ModeOf(Utf8(parser.Next("the word after --way"))); }},
-       LevelOption(library)});
-  if (!mode) throw UsageFailure("flip needs --way");
-  Picture picture = ReadPicture(files[0]);
-  if (const pictavo::Outcome outcome = Flip(library.get(), &picture, *mode); !outcome)
-    throw Refusal("to flip the picture", outcome.result);
-  WritePicture(files[1], picture);
-  std::printf("%s: %d x %d, level %d\n", Utf8(files[1]).c_str(), picture.width, picture.height,
-              library->GetCPULevel());
-  return 0;
+  std::optional<u32> way;
+  const Arguments files =
+      TakeFiles(2, "flip takes two files, PICTURE OUT", arguments,
+                {{"--way", [&](Parser& parser) { way = parser.Choice("--way", kWays); }},
+                 LevelOption(library)});
+  if (!way) throw UsageFailure("flip needs --way");
+  return Change(library, files, "flip", Flipping(*way));
 }
 
 }  // namespace
@@ -50,12 +35,9 @@ const Command kFlipCommand = {L"flip",
                               "      Exchanges left and right, or top and bottom.\n",
                               RunFlip};
 
-const Effect kFlipEffect = {"flip", 1, [](Parser& settings, Size frame) -> Step {
-                              const u32 mode = ModeOf(Utf8(settings.Next("WAY of flip")));
-                              return {frame, true,
-                                      [=](pictavo::IPictavo6* object, Picture* picture, Picture*) {
-                                        return Flip(object, picture, mode);
-                                      }};
+const Effect kFlipEffect = {"flip", 1, [](Parser& settings, Size frame) {
+                              return InPlaceStep(frame,
+                                                 Flipping(settings.Choice("WAY of flip", kWays)));
                             }};
 
 }  // namespace host

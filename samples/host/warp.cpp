@@ -2,9 +2,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "chain.h"
-#include "commands.h"
 #include "demo.h"
+#include "in_place.h"
 
 namespace host {
 namespace {
@@ -64,10 +63,6 @@ int WriteWarped(pictavo::Library& library, const Arguments& files, const Picture
   return 0;
 }
 
-Option RealOption(const char* name, f32* value) {
-  return {name, [name, value](Parser& parser) { *value = parser.Real(name); }};
-}
-
 Option NearestOption(u32* filter) {
   return {"--nearest", [filter](Parser&) { *filter = pictavo::PICTAVO_SAMPLE_NEAREST; }};
 }
@@ -123,10 +118,6 @@ int RunSwirl(pictavo::Library& library, const Arguments& arguments) {
       [&](IPictavo6* o, Picture* d, const Picture& s) { return kSwirl(o, d, s, param); });
 }
 
-f32 RealOr(Parser& settings, const char* what, f32 otherwise) {
-  return settings.AtEnd() ? otherwise : settings.Real(what);
-}
-
 }  // namespace
 
 const Command kRotateCommand = {
@@ -166,21 +157,22 @@ const Effect kRotateEffect = {
     "rotate", 2, [](Parser& settings, Size size) -> Step {
       const f32 angle = settings.Real("ANGLE of rotate");
       const pictavo::RotateParam param =
-          Rotation(angle, RealOr(settings, "SCALE of rotate", 1), size, size);
+          Rotation(angle, Setting(settings, "SCALE of rotate", 1, 0.001f, 1000), size, size);
       return {size, false, [=](IPictavo6* object, Picture* frame, Picture* result) {
                 return kRotate(object, result, *frame, param);
               }};
     }};
 
-const Effect kTiltEffect = {
-    "tilt", 3, [](Parser& settings, Size size) -> Step {
-      const f32 yaw = settings.Real("YAW of tilt"), pitch = RealOr(settings, "PITCH of tilt", 0);
-      const pictavo::TiltParam param =
-          Tilting(yaw, pitch, RealOr(settings, "ROLL of tilt", 0), size);
-      return {size, false, [=](IPictavo6* object, Picture* frame, Picture* result) {
-                return kTilt(object, result, *frame, param);
-              }};
-    }};
+const Effect kTiltEffect = {"tilt", 3, [](Parser& settings, Size size) -> Step {
+                              const f32 yaw = settings.Real("YAW of tilt");
+                              const f32 pitch = Setting(settings, "PITCH of tilt", 0, -3600, 3600);
+                              const f32 roll = Setting(settings, "ROLL of tilt", 0, -3600, 3600);
+                              const pictavo::TiltParam param = Tilting(yaw, pitch, roll, size);
+                              return {size, false,
+                                      [=](IPictavo6* object, Picture* frame, Picture* result) {
+                                        return kTilt(object, result, *frame, param);
+                                      }};
+                            }};
 
 std::vector<SheetColumn> ShowWarps(Demo& demo) {
   const Picture& photo = demo.background;
