@@ -73,8 +73,11 @@ FilterTaps::FilterTaps(i64 srcSize, i64 dstSize, Stretch stretch, u32 filter, i6
   filter_ = isCopy_ ? PICTAVO_FILTER_TRIANGLE : filter;
   widening_ = std::max(step, 1.0);
   reached_ = Ceil(2 * kFilters[filter_].reach * widening_);
+  bool isAligned = true;
+  for (i64 x = 0; x < dstSize; ++x) isAligned = isAligned && Begin(x) % align == 0;
   // At least four, which vector builds load at once.
-  taps_ = std::max<i64>(RoundUp(reached_ + align - 1, 2), 4);
+  taps_ = std::min(RoundUp(reached_ + (isAligned ? 0 : align - 1), 2), RoundUp(srcSize, 2));
+  taps_ = std::max<i64>(taps_, 4);
   // Of a whole side, pixels a period apart lie alike between the source's.
   if (stretch.start == 0 && stretch.length == static_cast<double>(srcSize)) {
     const i64 common = std::gcd(srcSize, dstSize);
@@ -109,18 +112,26 @@ bool FilterTaps::Repeat(i64 x, i64 begin) {
   return true;
 }
 
+double FilterTaps::Center(i64 x) const {
+  return stretch_.start +
+         (static_cast<double>(x) + 0.5) * stretch_.length / static_cast<double>(dstSize_);
+}
+
+/// The first pixel under the filter, also beyond the edge.
+i64 FilterTaps::Begin(i64 x) const {
+  return Floor(Center(x) - kFilters[filter_].reach * widening_ + 0.5);
+}
+
 void FilterTaps::MakePixel(i64 x, double* weights) {
-  const double center = stretch_.start + (static_cast<double>(x) + 0.5) * stretch_.length /
-                                             static_cast<double>(dstSize_);
-  const Filter& filter = kFilters[filter_];
-  const i64 begin = Floor(center - filter.reach * widening_ + 0.5);
+  const i64 begin = Begin(x);
   const i64 limit = RoundUp(std::max<i64>(srcSize_ - taps_, 0), align_);
   const i64 first = std::clamp<i64>(begin, 0, limit) / align_ * align_;
   first_[x] = static_cast<i32>(first);
   if (Repeat(x, begin)) return;
 
   const double step = 1 / widening_;
-  filter.weigh(weights, reached_, (static_cast<double>(begin) + 0.5 - center) * step, step);
+  kFilters[filter_].weigh(weights, reached_, (static_cast<double>(begin) + 0.5 - Center(x)) * step,
+                          step);
   double* const folded = weights + reached_;
   std::fill(folded, folded + taps_, 0.0);
   // Pixels beyond an edge are the edge's.

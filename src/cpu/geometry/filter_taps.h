@@ -25,7 +25,7 @@ inline bool Holds(const ResizeParam& param) {
 /// Made in two steps: sizes, then the tables in memory that the caller has found for them.
 class FilterTaps {
  public:
-  /// @param align     what the first pixels are a multiple of: 1, or 2 for taps that go in pairs
+  /// @param align     what the first taps are a multiple of: 1, or 2 for taps that go in pairs
   /// @param isExact   also makes weights in single precision
   FilterTaps(i64 srcSize, i64 dstSize, Stretch stretch, u32 filter, i64 align, bool isExact);
 
@@ -40,6 +40,10 @@ class FilterTaps {
   int bits() const { return bits_; }
   /// The stretch is as many pixels and lies on them.
   bool IsCopy() const { return isCopy_; }
+  /// Every weight is 1, 3, 3, 1 of 8.
+  bool Halves() const {
+    return filter_ == PICTAVO_FILTER_TRIANGLE && period_ == 1 && srcPeriod_ == 2;
+  }
   /// Where the stretch of a copy begins.
   i64 start() const { return static_cast<i64>(stretch_.start); }
   /// The first tap of a destination pixel. Behind the source's end are taps of weight 0 only.
@@ -49,6 +53,8 @@ class FilterTaps {
   const u32* Singles(i64 x) const { return singles_ + x * taps_; }
 
  private:
+  double Center(i64 x) const;
+  i64 Begin(i64 x) const;
   void MakePixel(i64 x, double* weights);
   bool Repeat(i64 x, i64 begin);
   void Store(i64 x, const double* weights);

@@ -30,21 +30,23 @@ struct Tile {
 constexpr i64 RoundUp(i64 n, i64 step) { return (n + step - 1) / step * step; }
 
 /// In what order rows hold the pixels of a tile is their build's own, but each takes 16 bytes. A
-/// row has room for whole blocks of this many.
+/// row has room for whole blocks of this many. A line more keeps powers of two apart.
 constexpr i64 kBlock = 8;
-i64 SlotBytes(const Tile& tile) { return RoundUp(tile.width, kBlock) * 16; }
+i64 SlotBytes(const Tile& tile) { return RoundUp(tile.width, kBlock) * 16 + 64; }
 
 /// Rows filtered across lie in slots: of one row, or of two that lie interleaved.
 struct Rows {
+  static constexpr i64 kMost = 2;
+
   i64 rowsInSlot;
-  /// Memory that the others keep things in for a tile.
+  i64 slotsAtOnce;  // that `across` fills, of at most kMost rows
+  /// Memory that `across` works in, prepared for a tile.
   i64 (*memoryBytes)(const Filtered& f, const Tile& tile);
   void (*prepare)(u8* memory, const Filtered& f, const Tile& tile);
-  /// Filters rows of the source into a slot.
-  void (*across)(u8* slot, const u8* row, const u8* next, u8* memory, const Filtered& f,
-                 const Tile& tile);
+  /// Filters rows of the source into slots that lie one after the other.
+  void (*across)(u8* slots, const u8* const* rows, u8* memory, const Filtered& f, const Tile& tile);
   /// Makes a row of the destination of so many slots, each with its weight or pair of weights.
-  void (*down)(u8* dst, const u8* slots, const u32* weights, i64 count, const Filtered& f,
+  void (*down)(u8* dst, const u8* const* slots, const u32* weights, i64 count, const Filtered& f,
                const Tile& tile);
 };
 
@@ -63,26 +65,24 @@ i16 WeighAcross(const u8* row, const FilterTaps& taps, i64 x) {
   return static_cast<i16>(sum >> shift);
 }
 
-void AcrossPair(u8* slot, const u8* row, const u8* next, u8*, const Filtered& f, const Tile& tile) {
+void AcrossPair(u8* slot, const u8* const* rows, u8*, const Filtered& f, const Tile& tile) {
   i16* pair = reinterpret_cast<i16*>(slot);
   for (i64 x = tile.x; x < tile.x + tile.width; ++x) {
     for (i64 c = 0; c < 4; ++c) {
-      *pair++ = WeighAcross(row + c, f.across, x);
-      *pair++ = WeighAcross(next + c, f.across, x);
+      *pair++ = WeighAcross(rows[0] + c, f.across, x);
+      *pair++ = WeighAcross(rows[1] + c, f.across, x);
     }
   }
 }
 
-void DownPairs(u8* dst, const u8* slots, const u32* weights, i64 count, const Filtered& f,
+void DownPairs(u8* dst, const u8* const* slots, const u32* weights, i64 count, const Filtered& f,
                const Tile& tile) {
   const int shift = f.down.bits() + kFractionBits;
-  const i64 pitch = SlotBytes(tile) / 2;
-  const i16* const pairs = reinterpret_cast<const i16*>(slots);
   const i16* const halves = reinterpret_cast<const i16*>(weights);
   for (i64 i = 0; i < 4 * tile.width; ++i) {
     i32 sum = 1 << (shift - 1);
     for (i64 k = 0; k < count; ++k) {
-      const i16* const pair = pairs + k * pitch + 2 * i;
+      const i16* const pair = reinterpret_cast<const i16*>(slots[k]) + 2 * i;
       sum += pair[0] * halves[2 * k] + pair[1] * halves[2 * k + 1];
     }
     dst[i] = static_cast<u8>(std::clamp(sum >> shift, 0, 255));
@@ -90,6 +90,7 @@ void DownPairs(u8* dst, const u8* slots, const u32* weights, i64 count, const Fi
 }
 
 constexpr Rows kPlain = {.rowsInSlot = 2,
+                         .slotsAtOnce = 1,
                          .memoryBytes = [](const Filtered&, const Tile&) { return i64{0}; },
                          .prepare = [](u8*, const Filtered&, const Tile&) {},
                          .across = AcrossPair,
@@ -110,7 +111,7 @@ struct Columns {
 };
 
 i64 PremultipliedBytes(const Filtered& f, const Tile& tile) {
-  return RoundUp(Columns(f.across, tile).count, 4) * 16;
+  return Columns(f.across, tile).count * 16;
 }
 
 /// Colours times alpha, and alpha.
@@ -122,11 +123,11 @@ void Premultiply(f32* to, const u8* pixels, i64 count) {
   }
 }
 
-void AcrossWeighted(u8* slot, const u8* row, const u8*, u8* memory, const Filtered& f,
+void AcrossWeighted(u8* slot, const u8* const* rows, u8* memory, const Filtered& f,
                     const Tile& tile) {
   const Columns columns(f.across, tile);
   f32* const pixels = reinterpret_cast<f32*>(memory);
-  Premultiply(pixels, row + 4 * columns.first, columns.count);
+  Premultiply(pixels, rows[0] + 4 * columns.first, columns.count);
   f32* to = reinterpret_cast<f32*>(slot);
   for (i64 x = tile.x; x < tile.x + tile.width; ++x) {
     const f32* const weights = reinterpret_cast<const f32*>(f.across.Singles(x));
@@ -142,21 +143,22 @@ void AcrossWeighted(u8* slot, const u8* row, const u8*, u8* memory, const Filter
 
 u8 ToByte(f32 x) { return static_cast<u8>(std::min(x > 0 ? x : 0, 255.0f) + 0.5f); }
 
-void DownWeighted(u8* dst, const u8* slots, const u32* weights, i64 count, const Filtered&,
+void DownWeighted(u8* dst, const u8* const* slots, const u32* weights, i64 count, const Filtered&,
                   const Tile& tile) {
-  const f32* const rows = reinterpret_cast<const f32*>(slots);
   const f32* const factors = reinterpret_cast<const f32*>(weights);
-  const i64 pitch = SlotBytes(tile) / 4;
   for (i64 x = 0; x < tile.width; ++x, dst += 4) {
     f32 sums[4] = {};
-    for (i64 k = 0; k < count; ++k)
-      for (i64 c = 0; c < 4; ++c) sums[c] = sums[c] + factors[k] * rows[k * pitch + 4 * x + c];
+    for (i64 k = 0; k < count; ++k) {
+      const f32* const pixel = reinterpret_cast<const f32*>(slots[k]) + 4 * x;
+      for (i64 c = 0; c < 4; ++c) sums[c] = sums[c] + factors[k] * pixel[c];
+    }
     dst[3] = ToByte(sums[3]);
     for (i64 c = 0; c < 3; ++c) dst[c] = dst[3] == 0 ? u8{0} : ToByte(sums[c] / sums[3]);
   }
 }
 
 constexpr Rows kWeighted = {.rowsInSlot = 1,
+                            .slotsAtOnce = 1,
                             .memoryBytes = PremultipliedBytes,
                             .prepare = [](u8*, const Filtered&, const Tile&) {},
                             .across = AcrossWeighted,
@@ -177,50 +179,67 @@ namespace {
 // ---------------------------------------------------------------------------------------------
 // Tiles.
 
-/// What a picture is made with: whole numbers, or singles where alpha weighs.
+using HalveTileFn = void(const Filtered& f, const Tile& tile, u8* memory);
+
+/// What a picture is made with: whole numbers, of a half perhaps, or singles where alpha weighs.
 struct Kernels {
   const Rows *plain, *weighted;
+  HalveTileFn* halve;  // instead of plain
 };
 
-/// Vectors load the taps of a pixel from the source, so that it must be as wide.
 Kernels KernelsFor(i32 level, const Filtered& f) {
   static constexpr Builds<const Rows*> kPlains = {
       .portable = &kPlain, .ssse3 = &ssse3::kPlain, .avx2 = &avx2::kPlain};
   static constexpr Builds<const Rows*> kWeighteds = {
       .portable = &kWeighted, .ssse3 = &ssse3::kWeighted, .avx2 = &avx2::kWeighted};
-  if (f.src.width < f.across.taps()) level = PICTAVO_LEVEL_PORTABLE;
-  return {kPlains.For(level), kWeighteds.For(level)};
+  static constexpr Builds<HalveTileFn*> kHalves = {.ssse3 = ssse3::HalveTile,
+                                                   .avx2 = avx2::HalveTile};
+  // Vectors load the taps of a pixel from the source, so that it must be as wide.
+  const i32 plainLevel = f.src.width < f.across.taps() ? PICTAVO_LEVEL_PORTABLE : level;
+  const bool halves = f.across.Halves() && f.down.Halves();
+  return {kPlains.For(plainLevel), kWeighteds.For(level), halves ? kHalves.For(level) : nullptr};
 }
 
-/// The slots, then the weights in their order, then what the rows keep.
+/// The slots, of which a row takes `count`, then where these lie, then what the rows work in.
 struct TileMemory {
-  i64 slots, slotBytes, weightBytes, rowBytes;
+  i64 count, slots, slotBytes, listBytes, rowBytes;
 
   TileMemory(const Rows& rows, const Filtered& f, const Tile& tile)
-      : slots(f.down.taps() / rows.rowsInSlot),
+      : count(f.down.taps() / rows.rowsInSlot),
+        slots(RoundUp(count + rows.slotsAtOnce - 1, rows.slotsAtOnce)),
         slotBytes(SlotBytes(tile)),
-        weightBytes(RoundUp(4 * slots, 64)),
+        listBytes(RoundUp(8 * count, 64)),
         rowBytes(RoundUp(rows.memoryBytes(f, tile), 64)) {}
-  i64 Bytes() const { return slots * slotBytes + weightBytes + rowBytes; }
+  i64 Bytes() const { return slots * slotBytes + listBytes + rowBytes; }
 };
+
+void FillSlots(u8* slots, i64 firstRow, const Rows& rows, u8* memory, const Filtered& f,
+               const Tile& tile) {
+  const u8* from[Rows::kMost];
+  for (i64 i = 0; i < rows.slotsAtOnce * rows.rowsInSlot; ++i)
+    from[i] = f.src.Row(std::min(firstRow + i, f.src.height - 1));
+  rows.across(slots, from, memory, f, tile);
+}
 
 void ResizeTile(const Rows& rows, const Filtered& f, const Tile& tile, u8* memory) {
   const TileMemory sizes(rows, f, tile);
-  const i64 count = sizes.slots;
-  u32* const weights = reinterpret_cast<u32*>(memory + count * sizes.slotBytes);
-  u8* const kept = reinterpret_cast<u8*>(weights) + sizes.weightBytes;
-  rows.prepare(kept, f, tile);
-  const auto row = [&](i64 y) { return f.src.Row(std::min(y, f.src.height - 1)); };
+  const u8** const list = reinterpret_cast<const u8**>(memory + sizes.slots * sizes.slotBytes);
+  u8* const rest = reinterpret_cast<u8*>(list) + sizes.listBytes;
+  rows.prepare(rest, f, tile);
+  const auto place = [&](i64 slot) { return memory + slot % sizes.slots * sizes.slotBytes; };
   i64 made = 0;  // a slot serves until its place is needed for one further down
   for (i64 y = tile.y; y < tile.y + tile.height; ++y) {
     const i64 first = f.down.First(y) / rows.rowsInSlot;
-    for (made = std::max(made, first); made < first + count; ++made) {
-      const i64 at = made * rows.rowsInSlot;
-      rows.across(memory + made % count * sizes.slotBytes, row(at), row(at + 1), kept, f, tile);
+    made = std::max(made, first / rows.slotsAtOnce * rows.slotsAtOnce);
+    for (; made < first + sizes.count; made += rows.slotsAtOnce)
+      FillSlots(place(made), made * rows.rowsInSlot, rows, rest, f, tile);
+    const u32* const weights = rows.rowsInSlot == 2 ? f.down.Words(y) : f.down.Singles(y);
+    i64 count = 0;  // what weighs nothing at the end is left out
+    for (i64 k = 0; k < sizes.count; ++k) {
+      list[k] = place(first + k);
+      if (weights[k] != 0) count = k + 1;
     }
-    const u32* const taps = rows.rowsInSlot == 2 ? f.down.Words(y) : f.down.Singles(y);
-    for (i64 k = 0; k < count; ++k) weights[(first + k) % count] = taps[k];
-    rows.down(f.dst.Row(y) + 4 * tile.x, memory, weights, count, f, tile);
+    rows.down(f.dst.Row(y) + 4 * tile.x, list, weights, count, f, tile);
   }
 }
 
@@ -247,7 +266,8 @@ struct Alphas {
 };
 
 i64 TileBytes(const Kernels& kernels, const Filtered& f, const Tile& tile) {
-  const i64 plain = TileMemory(*kernels.plain, f, tile).Bytes();
+  const i64 plain =
+      kernels.halve == nullptr ? TileMemory(*kernels.plain, f, tile).Bytes() : 4 * SlotBytes(tile);
   return f.weighted ? std::max(plain, TileMemory(*kernels.weighted, f, tile).Bytes()) : plain;
 }
 
@@ -257,10 +277,13 @@ void Clear(const Picture& dst, const Tile& tile) {
 }
 
 void ResizeTile(const Kernels& kernels, const Filtered& f, const Tile& tile, u8* memory) {
-  if (!f.weighted) return ResizeTile(*kernels.plain, f, tile, memory);
-  const Alphas alphas(f, tile);
-  if (alphas.areClear) return Clear(f.dst, tile);
-  ResizeTile(alphas.areOpaque ? *kernels.plain : *kernels.weighted, f, tile, memory);
+  if (f.weighted) {
+    const Alphas alphas(f, tile);
+    if (alphas.areClear) return Clear(f.dst, tile);
+    if (!alphas.areOpaque) return ResizeTile(*kernels.weighted, f, tile, memory);
+  }
+  if (kernels.halve != nullptr) return kernels.halve(f, tile, memory);
+  ResizeTile(*kernels.plain, f, tile, memory);
 }
 
 /// How a picture is cut: into strips of columns, and few strips into bands of rows.

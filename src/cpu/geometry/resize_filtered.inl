@@ -7,36 +7,34 @@
 constexpr i64 kLanesOf4 = V::kPixels / 4;  // pixels in a vector of four lanes each
 constexpr i64 kBytes = V::kPixels * 4;     // of a vector
 
+// ---------------------------------------------------------------------------------------------
+// Whole numbers.
+
 /// What a tile's columns are made of: where the taps of each pixel begin, and their weights, spread
 /// over its channels.
 struct ColumnTable {
   i32* places;
   u8* weights;
-  u8* rest;  // behind the table
 
-  ColumnTable(u8* memory, const Tile& tile, i64 words)
-      : places(reinterpret_cast<i32*>(memory)),
-        weights(memory + RoundUp(tile.width, kBlock) * 4),
-        rest(weights + RoundUp(tile.width, kBlock) * words * 16) {}
+  ColumnTable(u8* memory, const Tile& tile)
+      : places(reinterpret_cast<i32*>(memory)), weights(memory + RoundUp(tile.width, kBlock) * 4) {}
 
-  static i64 Bytes(const Tile& tile, i64 words) {
-    return RoundUp(tile.width, kBlock) * (4 + words * 16);
+  static i64 Bytes(const Filtered& f, const Tile& tile) {
+    return RoundUp(tile.width, kBlock) * (4 + f.across.taps() * 8);
   }
 };
 
-/// @param words      of weights for each pixel, which `weightsOf` gives
-/// @param placeBytes of a pixel in what is read
-template <typename WeightsOf>
-void FillTable(const ColumnTable& table, const Filtered& f, const Tile& tile, i64 words,
-               i64 placeBytes, i64 firstColumn, WeightsOf weightsOf) {
+void FillTable(u8* memory, const Filtered& f, const Tile& tile) {
+  const ColumnTable table(memory, tile);
+  const i64 words = f.across.taps() / 2;
   u32* to = reinterpret_cast<u32*>(table.weights);
   i32* place = table.places;
   for (i64 block = 0; block < tile.width; block += V::kPixels) {
     for (i64 vector = 0; vector < 4; ++vector) {
       for (i64 lane = 0; lane < kLanesOf4; ++lane) {
         const i64 x = tile.x + std::min(block + vector + 4 * lane, tile.width - 1);
-        *place++ = static_cast<i32>((f.across.First(x) - firstColumn) * placeBytes);
-        const u32* const weights = weightsOf(x);
+        *place++ = static_cast<i32>(f.across.First(x) * 4);
+        const u32* const weights = f.across.Words(x);
         u32* const own = to + 4 * lane;
         for (i64 k = 0; k < words; ++k) std::fill_n(own + k * V::kPixels, 4, weights[k]);
       }
@@ -45,25 +43,12 @@ void FillTable(const ColumnTable& table, const Filtered& f, const Tile& tile, i6
   }
 }
 
-// ---------------------------------------------------------------------------------------------
-// Whole numbers.
-
 /// Where ShuffleBytes finds the bytes of the first two pixels of 128 bits, or of the next two, as
 /// 16 bits: both blues, both greens, …
 inline V PlacesOfPairs(u32 pixel) {
   alignas(32) static constexpr u32 kFirst[] = {0x80048000, 0x80058001, 0x80068002, 0x80078003,
                                                0x80048000, 0x80058001, 0x80068002, 0x80078003};
   return Add8(V::Load(reinterpret_cast<const u8*>(kFirst)), V::All32(pixel * 0x00040004));
-}
-
-i64 PlainBytes(const Filtered& f, const Tile& tile) {
-  return ColumnTable::Bytes(tile, f.across.taps() / 2);
-}
-
-void PreparePlain(u8* memory, const Filtered& f, const Tile& tile) {
-  const i64 words = f.across.taps() / 2;
-  FillTable(ColumnTable(memory, tile, words), f, tile, words, 4, 0,
-            [&](i64 x) { return f.across.Words(x); });
 }
 
 /// Asks for what the next pair of rows reads: rows of a strip are too short for the processor to
@@ -82,7 +67,7 @@ template <i64 kWords>
 void AcrossPlain(u8* slot, const u8* row, const u8* next, u8* memory, const Filtered& f,
                  const Tile& tile) {
   const i64 words = kWords > 0 ? kWords : f.across.taps() / 2;
-  const ColumnTable table(memory, tile, words);
+  const ColumnTable table(memory, tile);
   const V firsts = PlacesOfPairs(0), seconds = PlacesOfPairs(2);
   const int shift = f.across.bits() - kFractionBits;
   const V half = V::All32(1u << (shift - 1));
@@ -110,8 +95,7 @@ void AcrossPlain(u8* slot, const u8* row, const u8* next, u8* memory, const Filt
   }
 }
 
-void Across(u8* slot, const u8* row, const u8* next, u8* memory, const Filtered& f,
-            const Tile& tile) {
+void Across(u8* slot, const u8* const* rows, u8* memory, const Filtered& f, const Tile& tile) {
   const auto across = [&] {
     switch (f.across.taps() / 2) {
       case 2:
@@ -128,8 +112,8 @@ void Across(u8* slot, const u8* row, const u8* next, u8* memory, const Filtered&
         return AcrossPlain<0>;
     }
   }();
-  PrefetchPair(row, next, f, tile);
-  across(slot, row, next, memory, f, tile);
+  PrefetchPair(rows[0], rows[1], f, tile);
+  across(slot, rows[0], rows[1], memory, f, tile);
 }
 
 /// Calls block(dst, at) for each block of a row, `at` counting bytes of a slot; it writes a vector
@@ -144,84 +128,119 @@ void ForBlocks(u8* dst, i64 width, Block block) {
   std::memcpy(dst, last, static_cast<size_t>(4 * width));
 }
 
-template <i64 kCount>
-void DownPlain(u8* dst, const u8* slots, const u32* weights, i64 runCount, const Filtered& f,
+template <i64 kCount, int kBits>
+void DownPlain(u8* dst, const u8* const* slots, const u32* weights, i64 runCount,
                const Tile& tile) {
-  const i64 count = kCount > 0 ? kCount : runCount, pitch = SlotBytes(tile);
-  const int shift = f.down.bits() + kFractionBits;
-  const V half = V::All32(1u << (shift - 1));
+  constexpr int kShift = kBits + kFractionBits;
+  const i64 count = kCount > 0 ? kCount : runCount;
+  const V half = V::All32(1u << (kShift - 1));
   ForBlocks(dst, tile.width, [=](u8* to, i64 at) {
     V sums[] = {half, half, half, half};
-    const u8* slot = slots + at;
-    for (i64 k = 0; k < count; ++k, slot += pitch) {
+    for (i64 k = 0; k < count; ++k) {
       const V weight = V::All32(weights[k]);
+      const u8* const slot = slots[k] + at;
       for (i64 i = 0; i < 4; ++i)
         sums[i] = Add32(sums[i], DotProduct32(V::Load(slot + i * kBytes), weight));
     }
-    for (V& sum : sums) sum = ShiftRightI32(sum, shift);
+    for (V& sum : sums) sum = ShiftRightI32(sum, kShift);
     PackU8(sums).Store(to);
   });
 }
 
-void Down(u8* dst, const u8* slots, const u32* weights, i64 count, const Filtered& f,
+void Down(u8* dst, const u8* const* slots, const u32* weights, i64 count, const Filtered& f,
           const Tile& tile) {
   const auto down = [&] {
+    if (f.down.bits() == 16) return DownPlain<0, 16>;
     switch (count) {
+      case 1:
+        return DownPlain<1, 14>;
       case 2:
-        return DownPlain<2>;
+        return DownPlain<2, 14>;
       case 3:
-        return DownPlain<3>;
+        return DownPlain<3, 14>;
       case 4:
-        return DownPlain<4>;
+        return DownPlain<4, 14>;
       case 5:
-        return DownPlain<5>;
+        return DownPlain<5, 14>;
       case 6:
-        return DownPlain<6>;
+        return DownPlain<6, 14>;
       default:
-        return DownPlain<0>;
+        return DownPlain<0, 14>;
     }
   }();
-  down(dst, slots, weights, count, f, tile);
+  down(dst, slots, weights, count, tile);
 }
 
 constexpr Rows kPlain = {.rowsInSlot = 2,
-                         .memoryBytes = PlainBytes,
-                         .prepare = PreparePlain,
+                         .slotsAtOnce = 1,
+                         .memoryBytes = ColumnTable::Bytes,
+                         .prepare = FillTable,
                          .across = Across,
                          .down = Down};
 
 // ---------------------------------------------------------------------------------------------
-// Weighted by alpha.
+// Weighted by alpha. A vector holds the four channels of a column, of as many rows as it has 128
+// bits, so that one weight serves all of it.
 
-i64 WeightedBytes(const Filtered& f, const Tile& tile) {
-  return ColumnTable::Bytes(tile, f.across.taps()) + PremultipliedBytes(f, tile);
+/// Where a slot has a pixel of the tile.
+inline i64 PlaceInSlot(i64 x) {
+  const i64 inBlock = x % 4 * kLanesOf4 + x / 4 % kLanesOf4;
+  return (x / V::kPixels * V::kPixels + inBlock) * 16;
 }
 
-void PrepareWeighted(u8* memory, const Filtered& f, const Tile& tile) {
-  const i64 words = f.across.taps();
-  FillTable(ColumnTable(memory, tile, words), f, tile, words, 16, Columns(f.across, tile).first,
-            [&](i64 x) { return f.across.Singles(x); });
+/// Stores what 128 bits of each row make of a pixel in a slot of its own.
+inline void StoreInSlots(V pixels, u8* slots, i64 x, i64 slotBytes) {
+  u8* const first = slots + PlaceInSlot(x);
+  StoreLanes(pixels, [=](i64 lane) { return first + lane * slotBytes; });
+}
+
+i64 WeightedBytes(const Filtered& f, const Tile& tile) {
+  return RoundUp(Columns(f.across, tile).count + 1, 4) * kBytes;
 }
 
 inline F LoadSingles(const u8* p) { return Singles(V::Load(p)); }
 
-void AcrossWeighted(u8* slot, const u8* row, const u8*, u8* memory, const Filtered& f,
-                    const Tile& tile) {
-  const i64 taps = f.across.taps();
-  const ColumnTable table(memory, tile, taps);
-  const Columns columns(f.across, tile);
-  Premultiply(reinterpret_cast<f32*>(table.rest), row + 4 * columns.first, columns.count);
-  const i32* places = table.places;
-  const u8* weights = table.weights;
-  for (i64 n = (tile.width + V::kPixels - 1) / V::kPixels * 4; n > 0; --n) {
-    F sum = F::All(0);
-    for (i64 k = 0; k < taps; ++k, weights += kBytes) {
-      const V pixels = LoadLanes([&](i64 lane) { return table.rest + places[lane] + 16 * k; });
-      sum = sum + LoadSingles(weights) * Singles(pixels);
+/// Colours times alpha, and alpha: a vector for each column.
+void MakeSingles(u8* singles, const u8* const* rows, const Filtered& f, const Tile& tile) {
+  alignas(32) static constexpr u32 kColour[] = {0x80808000, 0x80808001, 0x80808002, 0x80808080,
+                                                0x80808000, 0x80808001, 0x80808002, 0x80808080};
+  alignas(32) static constexpr u32 kAlphas[] = {0x80808003, 0x80808003, 0x80808003, 0x80808003,
+                                                0x80808003, 0x80808003, 0x80808003, 0x80808003};
+  alignas(32) static constexpr u32 kOne[] = {0, 0, 0, 1, 0, 0, 0, 1};
+  const auto load = [](const u32* p) { return V::Load(reinterpret_cast<const u8*>(p)); };
+  const V colour = load(kColour), alpha = load(kAlphas), one = load(kOne);
+  const i64 first = f.across.First(tile.x);
+  const i64 end = f.across.First(tile.x + tile.width - 1) + f.across.taps();
+  u8 last[Rows::kMost][16] = {};  // with clear pixels behind the row's end
+  for (i64 x = first; x < end; x += 4) {
+    const i64 left = f.src.width - x;
+    const V pixels = LoadLanes([&](i64 lane) -> const u8* {
+      const u8* const row = rows[lane] + 4 * x;
+      if (left >= 4) return row;
+      std::memcpy(last[lane], row, static_cast<size_t>(4 * left));
+      return last[lane];
+    });
+    for (u32 i = 0; i < 4; ++i, singles += kBytes) {
+      const V step = V::All32(4 * i);  // stays below 128 where it adds to an index
+      const V colours = ShuffleBytes(pixels, Add8(colour, step)) | one;
+      const V alphas = ShuffleBytes(pixels, Add8(alpha, step));
+      Bits(ToF(DotProduct32(colours, alphas))).Store(singles);
     }
-    Bits(sum).Store(slot);
-    places += kLanesOf4;
-    slot += kBytes;
+  }
+}
+
+void AcrossWeighted(u8* slots, const u8* const* rows, u8* memory, const Filtered& f,
+                    const Tile& tile) {
+  const i64 taps = f.across.taps(), first = f.across.First(tile.x), slotBytes = SlotBytes(tile);
+  MakeSingles(memory, rows, f, tile);
+  for (i64 x = 0; x < tile.width; ++x) {
+    const i64 next = kLanesOf4 * f.src.pitch + 4 * f.across.First(tile.x + x);
+    _mm_prefetch(reinterpret_cast<const char*>(rows[x % kLanesOf4]) + next, _MM_HINT_T0);
+    const u8* const at = memory + (f.across.First(tile.x + x) - first) * kBytes;
+    const f32* const weights = reinterpret_cast<const f32*>(f.across.Singles(tile.x + x));
+    F sum = F::All(0);
+    for (i64 k = 0; k < taps; ++k) sum = sum + F::All(weights[k]) * LoadSingles(at + k * kBytes);
+    StoreInSlots(Bits(sum), slots, x, slotBytes);
   }
 }
 
@@ -233,14 +252,13 @@ inline V ToBytes(F sums) {
   return Truncate(Min(Max(x, F::All(0)), F::All(255)) + F::All(0.5f));
 }
 
-void DownWeighted(u8* dst, const u8* slots, const u32* weights, i64 count, const Filtered&,
+void DownWeighted(u8* dst, const u8* const* slots, const u32* weights, i64 count, const Filtered&,
                   const Tile& tile) {
-  const i64 pitch = SlotBytes(tile);
   const f32* const factors = reinterpret_cast<const f32*>(weights);
   ForBlocks(dst, tile.width, [=](u8* to, i64 at) {
     F sums[] = {F::All(0), F::All(0), F::All(0), F::All(0)};
-    const u8* slot = slots + at;
-    for (i64 k = 0; k < count; ++k, slot += pitch) {
+    for (i64 k = 0; k < count; ++k) {
+      const u8* const slot = slots[k] + at;
       const F factor = F::All(factors[k]);
       for (i64 i = 0; i < 4; ++i) sums[i] = sums[i] + factor * LoadSingles(slot + i * kBytes);
     }
@@ -251,7 +269,62 @@ void DownWeighted(u8* dst, const u8* slots, const u32* weights, i64 count, const
 }
 
 constexpr Rows kWeighted = {.rowsInSlot = 1,
+                            .slotsAtOnce = kLanesOf4,
                             .memoryBytes = WeightedBytes,
-                            .prepare = PrepareWeighted,
+                            .prepare = [](u8*, const Filtered&, const Tile&) {},
                             .across = AcrossWeighted,
                             .down = DownWeighted};
+
+// ---------------------------------------------------------------------------------------------
+// To a half by the triangle: 1, 3, 3, 1 of 8 both ways. No sum leaves 16 bits, and what Rows make
+// of it is rounded at the end only, so that these are its bytes.
+
+/// Sums across of pixels that lie two apart, the first of which begins with the pixel at p.
+inline V SumAcross(const u8* p) {
+  alignas(32) static constexpr u32 kPairs[] = {0x05010400, 0x07030602, 0x0D090C08, 0x0F0B0E0A,
+                                               0x05010400, 0x07030602, 0x0D090C08, 0x0F0B0E0A};
+  const V pairs = V::Load(reinterpret_cast<const u8*>(kPairs));
+  return Add16(DotProduct16(ShuffleBytes(V::Load(p), pairs), V::All16(0x0301)),
+               DotProduct16(ShuffleBytes(V::Load(p + 8), pairs), V::All16(0x0103)));
+}
+
+void HalveRow(u8* sums, const u8* row, const Filtered& f, const Tile& tile) {
+  constexpr i64 kRead = V::kPixels + 2;
+  for (i64 x = 0; x < tile.width; x += V::kPixels / 2, sums += kBytes) {
+    const i64 first = 2 * (tile.x + x) - 1;
+    if (first >= 0 && first + kRead <= f.src.width) {
+      const u8* const p = row + 4 * first;
+      _mm_prefetch(reinterpret_cast<const char*>(p) + 2 * f.src.pitch, _MM_HINT_T0);
+      SumAcross(p).Store(sums);
+      continue;
+    }
+    u8 pixels[4 * kRead];
+    for (i64 i = 0; i < kRead; ++i)
+      std::memcpy(pixels + 4 * i, row + 4 * std::clamp<i64>(first + i, 0, f.src.width - 1), 4);
+    SumAcross(pixels).Store(sums);
+  }
+}
+
+void DownHalves(u8* dst, const u8* const (&rows)[4], i64 width) {
+  ForBlocks(dst, width, [&](u8* to, i64 at) {
+    const auto mean = [&](i64 place) {
+      const auto row = [&](int k) { return V::Load(rows[k] + at / 2 + place); };
+      const V inner = Add16(row(1), row(2)), outer = Add16(row(0), row(3));
+      const V sum = Add16(Add16(inner, outer), ShiftLeft16(inner, 1));
+      return ShiftRightU16(Add16(sum, V::All16(32)), 6);
+    };
+    PackPixels({mean(0), mean(kBytes)}).Store(to);
+  });
+}
+
+void HalveTile(const Filtered& f, const Tile& tile, u8* memory) {
+  const i64 rowBytes = SlotBytes(tile);
+  const auto place = [=](i64 row) { return memory + (row & 3) * rowBytes; };
+  i64 made = 2 * tile.y - 1;
+  for (i64 y = tile.y; y < tile.y + tile.height; ++y) {
+    for (; made <= 2 * y + 2; ++made)
+      HalveRow(place(made), f.src.Row(std::clamp<i64>(made, 0, f.src.height - 1)), f, tile);
+    DownHalves(f.dst.Row(y) + 4 * tile.x,
+               {place(2 * y - 1), place(2 * y), place(2 * y + 1), place(2 * y + 2)}, tile.width);
+  }
+}
