@@ -20,11 +20,11 @@ struct FrameOf {
   i64 width, height;
   i64 lumaStep, lumaPitch;
   i64 chromaStep, chromaPitch;
-  i64 sharing;  // rows that share U and V
+  int shared;  // whether two rows share U and V: 1, else 0
 
   Byte* Y(i64 x, i64 row) const { return y + row * lumaPitch + x * lumaStep; }
-  Byte* U(i64 x, i64 row) const { return u + row / sharing * chromaPitch + x / 2 * chromaStep; }
-  Byte* V(i64 x, i64 row) const { return v + row / sharing * chromaPitch + x / 2 * chromaStep; }
+  Byte* U(i64 x, i64 row) const { return u + (row >> shared) * chromaPitch + x / 2 * chromaStep; }
+  Byte* V(i64 x, i64 row) const { return v + (row >> shared) * chromaPitch + x / 2 * chromaStep; }
   /// Numbers in a row of luma: one more than pixels where the last has no neighbour to share with.
   i64 Lumas() const { return lumaPitch / lumaStep; }
 };
@@ -36,17 +36,17 @@ FrameOf<Byte> Lay(Byte* p, i64 width, i64 height, u32 layout) {
   const i64 half = (width + 1) / 2, plane = width * height, quarter = half * ((height + 1) / 2);
   switch (layout) {
     case PICTAVO_FRAME_NV12:
-      return {p, p + plane, p + plane + 1, width, height, 1, width, 2, 2 * half, 2};
+      return {p, p + plane, p + plane + 1, width, height, 1, width, 2, 2 * half, 1};
     case PICTAVO_FRAME_I420:
-      return {p, p + plane, p + plane + quarter, width, height, 1, width, 1, half, 2};
+      return {p, p + plane, p + plane + quarter, width, height, 1, width, 1, half, 1};
     case PICTAVO_FRAME_YV12:
-      return {p, p + plane + quarter, p + plane, width, height, 1, width, 1, half, 2};
+      return {p, p + plane + quarter, p + plane, width, height, 1, width, 1, half, 1};
     case PICTAVO_FRAME_YUY2:
-      return {p, p + 1, p + 3, width, height, 2, 4 * half, 4, 4 * half, 1};
+      return {p, p + 1, p + 3, width, height, 2, 4 * half, 4, 4 * half, 0};
     case PICTAVO_FRAME_UYVY:
-      return {p + 1, p, p + 2, width, height, 2, 4 * half, 4, 4 * half, 1};
+      return {p + 1, p, p + 2, width, height, 2, 4 * half, 4, 4 * half, 0};
     default:  // P010
-      return {p, p + 2 * plane, p + 2 * plane + 2, width, height, 2, 2 * width, 4, 4 * half, 2};
+      return {p, p + 2 * plane, p + 2 * plane + 2, width, height, 2, 2 * width, 4, 4 * half, 1};
   }
 }
 constexpr size_t kYuvLayouts = PICTAVO_FRAME_P010 + 1;
@@ -179,9 +179,10 @@ constexpr ByteBuild kPortableBytes = {{FromBytes<0, 0>, FromBytes<2, 0>, FromByt
 /// A weight is taken apart into words of 16 bits, the highest first: of U in the lower half, of V
 /// in the upper. That their bits below the unit suffice was tried in exact fractions, with every U
 /// and V of every matrix and range.
-template <int parts>
+template <int parts, int shift>
 struct Terms {
-  static constexpr int kShift = parts == 2 ? 7 : 6;  // what the highest words have below the unit
+  static constexpr int kParts = parts;
+  static constexpr int kShift = shift;  // what the highest words have below the unit
   static constexpr int kBits = 16 * (parts - 1) + kShift;
 
   u32 words[3][parts] = {};
@@ -205,14 +206,49 @@ struct Terms {
   static constexpr i64 Above(i64 x) { return (x + (1 << 15)) >> 16; }
 };
 
-constexpr Terms<2> MakeTerms8(u32 matrix, u32 range) {
+/// A weight in parts, for the term of a byte n that alone makes it, which is
+///
+///   n * whole + constant + floor((floor(n * rest / 256) + rounding) / 256)
+///
+/// exactly, because these numbers were tried with every byte.
+struct LoneWeight {
+  u32 whole, rest, rounding;
+  i32 constant;
+};
+
+/// By matrix and range, of V in red and of U in blue.
+constexpr LoneWeight kLoneWeights[3][2][2] = {
+    {{{116, 33420, 58, -14877}, {147, 16907, 123, -18813}},
+     {{102, 22675, 54, -13064}, {129, 23331, 238, -16522}}},
+    {{{130, 57023, 32, -16715}, {154, 13455, 56, -19702}},
+     {{114, 62941, 145, -14679}, {135, 30068, 198, -17303}}},
+    {{{122, 35600, 248, -15650}, {156, 22897, 199, -19977}},
+     {{107, 42321, 215, -13743}, {137, 22426, 179, -17544}}}};
+
+struct ByteTerms {
+  LoneWeight red, blue;
+  Terms<2, 7> green;
+  i32 black;  // what the Y of black makes, which no term has
+};
+
+constexpr ByteTerms MakeTerms8(u32 matrix, u32 range) {
   const bool full = range == PICTAVO_RANGE_FULL;
-  constexpr i32 kUnit = 73, kHalf = kUnit << (Terms<2>::kBits - 1);
-  return {matrix, colour::RangeOf(range, 8), kUnit, full ? kUnit : 85, kHalf - (full ? 100 : 0)};
+  constexpr i32 kUnit = 73, kHalf = kUnit << (Terms<2, 7>::kBits - 1);
+  const auto& [red, blue] = kLoneWeights[matrix][range];
+  const Terms<2, 7> green = {matrix, colour::RangeOf(range, 8), kUnit, full ? kUnit : 85,
+                             kHalf - (full ? 100 : 0)};
+  return {red, blue, green, green.lumaWeight * green.range.black};
 }
-constexpr Terms<3> MakeTerms10(u32 matrix, u32 range) {
-  const i32 unit = range == PICTAVO_RANGE_FULL ? 682 : 584;
-  return {matrix, colour::RangeOf(range, 10), unit, 170, -1024};
+/// One number alone makes red and blue, which takes less than green.
+struct WordTerms {
+  Terms<2, 6> lone;
+  Terms<3, 6> green;
+};
+constexpr WordTerms MakeTerms10(u32 matrix, u32 range) {
+  const bool full = range == PICTAVO_RANGE_FULL;
+  const i32 unit = full ? 682 : 584;
+  const colour::YuvRange in = colour::RangeOf(range, 10);
+  return {{matrix, in, unit, 170, full ? -1024 : -32}, {matrix, in, unit, 170, -1024}};
 }
 
 }  // namespace
@@ -271,10 +307,10 @@ i64 Cost(i64 pixels) { return pixels / 3; }
 /// Calls convert(rows) for all rows of a frame that share U and V.
 template <typename Byte, typename Convert>
 void ForSharing(const FrameOf<Byte>& frame, Convert convert) {
-  const i64 groups = (frame.height + frame.sharing - 1) / frame.sharing;
-  ParallelRows(static_cast<int>(groups), Cost(frame.width * frame.sharing), [&](int group) {
-    const i64 first = group * frame.sharing;
-    convert(Rows{first, std::min(first + frame.sharing, frame.height) - 1});
+  const i64 groups = (frame.height + frame.shared) >> frame.shared;
+  ParallelRows(static_cast<int>(groups), Cost(frame.width << frame.shared), [&](int group) {
+    const i64 first = i64{group} << frame.shared;
+    convert(Rows{first, std::min(first + frame.shared, frame.height - 1)});
   });
 }
 

@@ -19,6 +19,13 @@ inline V LastLanes32(V a, V b) { return {_mm_unpackhi_epi32(a.v, b.v)}; }
 /// The first 64 bits and the last ones, their bytes in turn.
 inline V ZipHalves8(V a) { return {_mm_unpacklo_epi8(a.v, _mm_srli_si128(a.v, 8))}; }
 
+/// A row's bytes, so that four vectors unpacked of each 128 bits of them follow each other.
+inline V ForUnpacking(V a) { return a; }
+/// What four vectors in a row were packed into, in the order of the row; what two were, which is
+/// its own inverse.
+inline V JoinFours(V a) { return a; }
+inline V JoinPairs(V a) { return a; }
+
 /// Lanes 0 and 2, or 1 and 3, of a and then of b.
 inline V EvenLanes32(V a, V b) {
   return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0x88))};
@@ -57,6 +64,14 @@ inline V LastLanes16(V a, V b) { return {_mm256_unpackhi_epi16(a.v, b.v)}; }
 inline V FirstLanes32(V a, V b) { return {_mm256_unpacklo_epi32(a.v, b.v)}; }
 inline V LastLanes32(V a, V b) { return {_mm256_unpackhi_epi32(a.v, b.v)}; }
 inline V ZipHalves8(V a) { return {_mm256_unpacklo_epi8(a.v, _mm256_srli_si256(a.v, 8))}; }
+
+inline V ForUnpacking(V a) {
+  return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7))};
+}
+inline V JoinFours(V a) {
+  return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
+}
+inline V JoinPairs(V a) { return {_mm256_permute4x64_epi64(a.v, 0b11'01'10'00)}; }
 
 inline V EvenLanes32(V a, V b) {
   return {_mm256_castps_si256(
