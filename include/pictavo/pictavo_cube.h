@@ -48,6 +48,7 @@ using Colour = std::array<double, 3>;  // red, green, blue
 struct Contents {
   std::string title;
   Colour least = {0, 0, 0}, most = {1, 1, 1};  // the domain
+  std::size_t domainLine = 0;
   u32 size = 0;
   bool isCurve = false;
   std::vector<Colour> rows;
@@ -64,6 +65,8 @@ class Line {
 
   bool IsDone() const { return text_.empty(); }
   bool IsNumber() const { return std::string_view("+-.0123456789").find(text_[0]) != text_.npos; }
+  bool IsComment() const { return text_[0] == '#'; }
+  std::size_t number() const { return number_; }
   [[noreturn]] void Fail(const std::string& why) const { throw CubeFailure(number_, why); }
 
   std::string_view Word() {
@@ -75,7 +78,7 @@ class Line {
 
   double Number() {
     std::string_view word = Word();
-    if (word.size() > 1 && word[0] == '+') word.remove_prefix(1);
+    if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
     double number = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
     if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(number))
@@ -83,11 +86,12 @@ class Line {
     return number;
   }
 
-  Colour Numbers() {
-    Colour colour;
-    for (double& number : colour) number = Number();
+  template <std::size_t count = 3>
+  std::array<double, count> Numbers() {
+    std::array<double, count> numbers;
+    for (double& number : numbers) number = Number();
     End();
-    return colour;
+    return numbers;
   }
 
   u32 Size(u32 most) {
@@ -121,10 +125,14 @@ inline void ReadKeyword(Line& line, Contents* contents) {
   const std::string_view word = line.Word();
   if (word == "TITLE") {
     contents->title = line.Quoted();
-  } else if (word == "DOMAIN_MIN") {
-    contents->least = line.Numbers();
-  } else if (word == "DOMAIN_MAX") {
-    contents->most = line.Numbers();
+  } else if (word == "DOMAIN_MIN" || word == "DOMAIN_MAX") {
+    (word == "DOMAIN_MIN" ? contents->least : contents->most) = line.Numbers();
+    contents->domainLine = line.number();
+  } else if (word == "LUT_1D_INPUT_RANGE" || word == "LUT_3D_INPUT_RANGE") {
+    const auto [least, most] = line.Numbers<2>();
+    contents->least.fill(least);
+    contents->most.fill(most);
+    contents->domainLine = line.number();
   } else if (word == "LUT_1D_SIZE" || word == "LUT_3D_SIZE") {
     if (contents->size != 0) line.Fail("there is a size already");
     contents->isCurve = word == "LUT_1D_SIZE";
@@ -137,7 +145,7 @@ inline void ReadKeyword(Line& line, Contents* contents) {
 }
 
 inline void ReadLine(Line& line, Contents* contents) {
-  if (line.IsDone()) return;
+  if (line.IsDone() || line.IsComment()) return;
   if (!line.IsNumber()) return ReadKeyword(line, contents);
   if (contents->size == 0) line.Fail("a size comes before the rows");
   if (contents->rows.size() == contents->RowCount()) line.Fail("there are too many rows");
@@ -153,7 +161,6 @@ inline Contents ReadContents(std::string_view text) {
     std::string_view one = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
     if (!one.empty() && one.back() == '\r') one.remove_suffix(1);
-    if (!one.empty() && one[0] == '#') one = {};
     Line line(one, ++number);
     ReadLine(line, &contents);
   }
@@ -165,7 +172,7 @@ inline Contents ReadContents(std::string_view text) {
   }
   for (std::size_t c = 0; c < 3; ++c) {
     if (!(contents.least[c] < contents.most[c]))
-      throw CubeFailure(number, "DOMAIN_MIN is not below DOMAIN_MAX");
+      throw CubeFailure(contents.domainLine, "the domain's least is not below its most");
   }
   return contents;
 }
@@ -203,8 +210,9 @@ inline Colour Look(const Contents& contents, const Colour& colour) {
 }  // namespace cube
 /// @endcond
 
-/// Reads a .cube file's text: TITLE, DOMAIN_MIN and DOMAIN_MAX, LUT_1D_SIZE of 2 to 65536 or
-/// LUT_3D_SIZE of 2 to 65, comments, and as many rows. What lies outside 0 … 1 is cut.
+/// Reads a .cube file's text: TITLE, DOMAIN_MIN and DOMAIN_MAX (or LUT_1D_INPUT_RANGE,
+/// LUT_3D_INPUT_RANGE: two numbers for all channels), LUT_1D_SIZE of 2 to 65536 or LUT_3D_SIZE of 2
+/// to 65, comments, and as many rows. What lies outside 0 … 1 is cut.
 ///
 /// A table with a domain of 0 to 1 keeps its entries, rounded to 16 bits; with another one it is
 /// interpolated at as many places of 0 to 1. Curves become a table of as many entries a side, at

@@ -18,9 +18,11 @@ TEST(Cube, BecomesEntries) {
             (std::vector<u16>{0, 0, 65535, 0, 0, 65535, 0, 0}));
 
   // Over a domain of twice the width, white reaches the middle.
-  const CubeTable wide = ReadCube("DOMAIN_MAX 2 2 2\nLUT_3D_SIZE 2\n" + kRows);
-  EXPECT_EQ((std::vector<u16>(wide.entries.end() - 4, wide.entries.end())),
-            (std::vector<u16>{32768, 32768, 32768, 0}));
+  for (const char* domain : {"DOMAIN_MAX 2 2 2", " # of all channels\nLUT_3D_INPUT_RANGE 0 2"}) {
+    const CubeTable wide = ReadCube(domain + ("\nLUT_3D_SIZE 2\n" + kRows));
+    EXPECT_EQ((std::vector<u16>(wide.entries.end() - 4, wide.entries.end())),
+              (std::vector<u16>{32768, 32768, 32768, 0}));
+  }
 
   // Curves: red turns round, green is cut, blue has its step between the others.
   const CubeTable curve = ReadCube("LUT_1D_SIZE 3\n+1 -1 0\n.5 1e0 .25\n\t0 2 1 \n");
@@ -58,7 +60,8 @@ TEST(Cube, SaysWhatIsWrongAndWhere) {
       {"LUT_3D_SIZE 2\n0 0 0\nTITLE \"x\"\n", 3, "before the rows"},
       {"LUT_3D_SIZE 2\n0 0 0\n", 2, "1 of 8 rows"},
       {"LUT_3D_SIZE 2\n" + kRows + "0 0 0\n", 10, "too many"},
-      {"DOMAIN_MIN 0 1 0\nLUT_3D_SIZE 2\n" + kRows, 10, "DOMAIN_MIN"},
+      {"LUT_3D_SIZE 2\n0 0 +-1\n", 2, "a number"},
+      {"DOMAIN_MIN 0 1 0\nLUT_3D_SIZE 2\n" + kRows, 1, "domain"},
       {std::string("LUT_3D_SIZE 2\n\0 0", 17), 2, "no keyword"},
   };
   for (const Malformed& file : files) {
