@@ -10,13 +10,16 @@ extern "C" {
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <fstream>
 #include <iterator>
 #include <memory>
 #include <new>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "methods.h"
+#include "pictavo/pictavo_cube.h"
 
 extern const char kPluginName[];
 
@@ -33,6 +36,8 @@ struct Instance {
   std::array<double, 4> numbers;  // of its parameters, 0 to 1
   f0r_param_color_t colour;
   Methods pictavo;
+  std::string file = {};
+  CubeTable table = {};  // of the file; nothing when that is no .cube file
 
   i32 pitch() const { return 4 * width; }
   size_t bytes() const {
@@ -97,6 +102,28 @@ bool Lay(const Instance& frame, const u8* layer, u8* out) {
   return frame.pictavo->BlendLayer(&dst, &src, &param) == PICTAVO_S_OK;
 }
 
+/// The whole text of a file; nothing of one that cannot be read.
+std::string TextOf(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void SetFile(Instance* frame, const char* name) {
+  frame->table = {};
+  try {
+    frame->file = name;
+    frame->table = ReadCube(TextOf(frame->file));
+  } catch (const std::exception&) {  // leaves frames as they are
+  }
+}
+
+bool Map(const Instance& frame, const u8* in, u8* out) {
+  const ImageDesc src = frame.Describe(in);
+  ImageDesc dst = frame.Describe(out);
+  const ColorLutParam param = frame.table.Param(static_cast<u32>(frame.Number(1, 256) + 0.5));
+  return frame.pictavo->ApplyColorLut(&src, &dst, &param) == PICTAVO_S_OK;
+}
+
 bool Transit(const Instance& frame, const u8* from, const u8* to, u8* out) {
   const TransitionParam param = {
       static_cast<u32>(frame.Number(0, 7) + 0.5), static_cast<f32>(frame.Number(1, 1)),
@@ -118,7 +145,7 @@ struct Effect {
   bool (*mix)(const Instance& frame, const u8* first, const u8* second, u8* out) = nullptr;
 };
 
-constexpr int kNumber = F0R_PARAM_DOUBLE, kColour = F0R_PARAM_COLOR;
+constexpr int kNumber = F0R_PARAM_DOUBLE, kColour = F0R_PARAM_COLOR, kText = F0R_PARAM_STRING;
 
 const Effect kEffects[] = {
     {"blur",
@@ -218,6 +245,12 @@ const Effect kEffects[] = {
                                   static_cast<f32>(std::max(0.01, f.Number(2, 4))), 0, 1};
        return f.pictavo->AdjustLevels(out, f.width, f.height, f.pitch(), 7, &param) == PICTAVO_S_OK;
      }},
+    {"lut",
+     "A table of colours",
+     {{"file", kText, "a .cube file"}, {"intensity", kNumber, "how much of it"}},
+     {0, 1},
+     {},
+     Map},
     {"mosaic",
      "Blocks of one colour",
      {{"side", kNumber, "0 to 1 for 1 to 100 pixels"}},
@@ -397,19 +430,29 @@ void f0r_destruct(f0r_instance_t instance) { delete static_cast<Instance*>(insta
 
 void f0r_set_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
   auto& frame = *static_cast<Instance*>(instance);
-  if (kEffect.parameters[static_cast<size_t>(index)].type == kColour) {
-    frame.colour = *static_cast<f0r_param_color_t*>(value);
-  } else {
-    frame.numbers[static_cast<size_t>(index)] = *static_cast<double*>(value);
+  switch (kEffect.parameters[static_cast<size_t>(index)].type) {
+    case kColour:
+      frame.colour = *static_cast<f0r_param_color_t*>(value);
+      break;
+    case kText:
+      SetFile(&frame, *static_cast<f0r_param_string*>(value));
+      break;
+    default:
+      frame.numbers[static_cast<size_t>(index)] = *static_cast<double*>(value);
   }
 }
 
 void f0r_get_param_value(f0r_instance_t instance, f0r_param_t value, int index) {
-  const auto& frame = *static_cast<Instance*>(instance);
-  if (kEffect.parameters[static_cast<size_t>(index)].type == kColour) {
-    *static_cast<f0r_param_color_t*>(value) = frame.colour;
-  } else {
-    *static_cast<double*>(value) = frame.numbers[static_cast<size_t>(index)];
+  auto& frame = *static_cast<Instance*>(instance);
+  switch (kEffect.parameters[static_cast<size_t>(index)].type) {
+    case kColour:
+      *static_cast<f0r_param_color_t*>(value) = frame.colour;
+      break;
+    case kText:
+      *static_cast<f0r_param_string*>(value) = frame.file.data();
+      break;
+    default:
+      *static_cast<double*>(value) = frame.numbers[static_cast<size_t>(index)];
   }
 }
 

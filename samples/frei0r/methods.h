@@ -54,6 +54,7 @@ class Methods {
   METHOD(chromakey, ApplyChromaKey)
   METHOD(cpu, AdjustColor)
   METHOD(cpu, AdjustLevels)
+  METHOD(cpu, ApplyColorLut)
   METHOD(cpu, ApplyTransition)
   METHOD(cpu, BlendOverPacked)
   METHOD(cpu, BlendOverWithOpacity)

@@ -30,7 +30,7 @@ export FREI0R_PATH=$2
 cd "$work"
 filters=()
 for plugin in pictavo_*; do
-  case $plugin in pictavo_layer | pictavo_over | pictavo_transition) continue ;; esac
+  case $plugin in pictavo_layer | pictavo_lut | pictavo_over | pictavo_transition) continue ;; esac  # mix two, or want a file
   filters+=("$plugin")
 done
 cat "${filters[@]}" > expected
@@ -48,6 +48,8 @@ filter "frei0r=filter_name=pictavo_mosaic:filter_params=nan" > mosaic
 filter "frei0r=filter_name=pictavo_direction:filter_params=nan|nan" > direction
 filter "frei0r=filter_name=pictavo_fade:filter_params=red|1" | head -c 12288 |
   cmp - <(head -c 12288 first) || fail "a fade of nothing"
+printf 'LUT_1D_SIZE 2\n1 1 1\n0 0 0\n' > negative.cube
+filter "frei0r=filter_name=pictavo_lut:filter_params=$work/negative.cube" | cmp - <(filter negate) || fail "a table"
 
 # Only what is needed of GStreamer's own plug-ins is looked at.
 libraries=$(dirname "$(find /usr/lib -name libgstfrei0r.so | head -n 1)")

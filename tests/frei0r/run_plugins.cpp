@@ -107,7 +107,8 @@ int main(int, char** arguments) {
   Write(out / "second", second);
   for (const auto& entry : fs::directory_iterator(folder)) {
     const Frame made = Made(entry.path(), first, second);
-    Expect(made != first, entry.path().string() + " leaves the frame as it was");
+    const bool wantsFile = entry.path().stem() == "pictavo_lut";
+    Expect((made == first) == wantsFile, entry.path().string() + " leaves the frame as it was");
     Write(out / entry.path().stem(), made);
   }
   CheckMixers(folder, first, second);
