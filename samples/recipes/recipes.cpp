@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "pictavo/pictavo_cube.h"
 #include "pictavo/pictavo_host.h"
 
 using pictavo::ConstView;
@@ -82,6 +83,26 @@ unsigned Split(const pictavo::Host& host, ConstView frame) {
 }
 // End
 
+// Grade a decoder's frame
+/// Grades a decoder's frame, NV12 of high definition, by a .cube file, and packs it again for the
+/// encoder. The look is kept from frame to frame: `pictavo::ReadCube(text)`.
+void GradeFrame(const pictavo::Host& host, std::vector<unsigned char>& nv12, int width, int height,
+                const pictavo::CubeTable& look) {
+  using pictavo::IPictavo6;
+  const unsigned format = pictavo::FrameFormat(
+      pictavo::PICTAVO_FRAME_NV12, pictavo::PICTAVO_MATRIX_BT709, pictavo::PICTAVO_RANGE_LIMITED);
+  Picture frame(width, height);
+  const View view = frame;
+  host.Require<&IPictavo6::ConvertFrameToBGRA>(nv12.data(), width, height, view.At(0, 0),
+                                               view.pitch(), format);
+  pictavo::ImageDesc image = view.Describe();
+  const pictavo::ColorLutParam param = look.Param();
+  host.Require<&IPictavo6::ApplyColorLut>(&image, &image, &param);
+  host.Require<&IPictavo6::ConvertBGRAToFrame>(view.At(0, 0), width, height, view.pitch(),
+                                               nv12.data(), format);
+}
+// End
+
 namespace {
 
 Picture Filled(const pictavo::Host& host, int width, int height, unsigned colour) {
@@ -119,7 +140,12 @@ int TryAll(const pictavo::Host& host) {
     if (!IsAt(one, 159, 99, 0xFF070809)) return 5;
 
   host.Fill(View(frame).Part(0, 0, 20, 48), 0xFF00C800);
-  return Split(host, frame) == 127 ? 0 : 6;
+  if (Split(host, frame) != 127) return 6;
+
+  std::vector<unsigned char> nv12(64 * 48 * 3 / 2, 128);
+  std::fill_n(nv12.begin(), 64 * 48, 235);  // white
+  GradeFrame(host, nv12, 64, 48, pictavo::ReadCube("LUT_1D_SIZE 2\n1 1 1\n0 0 0\n"));
+  return nv12.front() == 16 && nv12.back() == 128 ? 0 : 7;
 }
 
 }  // namespace
