@@ -635,6 +635,7 @@ static inline int64_t PictavoFrameBytes(uint32_t layout, int32_t width, int32_t 
 #define PICTAVO_D3D_TINT ((int32_t)13)
 #define PICTAVO_D3D_CHROMA_KEY ((int32_t)14)
 #define PICTAVO_D3D_WHOLE ((int32_t)0)
+#define PICTAVO_D3D_AS_PROCESSOR ((int32_t)1)
 #define PICTAVO_D3D_PART ((int32_t)2)
 #define PICTAVO_METHOD_COUNT ((uint32_t)111)
 #if defined(_WIN32)

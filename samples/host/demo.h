@@ -74,6 +74,7 @@ Picture SoftDisc(Picture picture);
 std::vector<SheetColumn> ShowBlending(Demo& demo);
 std::vector<SheetColumn> ShowBlur(Demo& demo);
 std::vector<SheetColumn> ShowConversions(Demo& demo);
+std::vector<SheetColumn> ShowFrames(Demo& demo);
 std::vector<SheetColumn> ShowGauss(Demo& demo);
 std::vector<SheetColumn> ShowGrading(Demo& demo);
 std::vector<SheetColumn> ShowFilters(Demo& demo);

@@ -24,6 +24,7 @@ const Sheet kSheets[] = {
     {"effects", "effects", {ShowLayers, ShowMotionBlur, ShowChromaKey, ShowBlur}},
     {"filters", "filters and mattes", {ShowGauss, ShowFilters}},
     {"keying", "keying", {ShowKeying}},
+    {"frames", "frames, planes and channels", {ShowFrames}},
     {"grading", "grading", {ShowGrading}},
     {"transitions", "transitions", {ShowTransitions}},
     {"resizing", "resizing", {ShowResizing}},

@@ -88,18 +88,12 @@ unsigned Split(const pictavo::Host& host, ConstView frame) {
 /// encoder. The look is kept from frame to frame: `pictavo::ReadCube(text)`.
 void GradeFrame(const pictavo::Host& host, std::vector<unsigned char>& nv12, int width, int height,
                 const pictavo::CubeTable& look) {
-  using pictavo::IPictavo6;
   const unsigned format = pictavo::FrameFormat(
       pictavo::PICTAVO_FRAME_NV12, pictavo::PICTAVO_MATRIX_BT709, pictavo::PICTAVO_RANGE_LIMITED);
   Picture frame(width, height);
-  const View view = frame;
-  host.Require<&IPictavo6::ConvertFrameToBGRA>(nv12.data(), width, height, view.At(0, 0),
-                                               view.pitch(), format);
-  pictavo::ImageDesc image = view.Describe();
-  const pictavo::ColorLutParam param = look.Param();
-  host.Require<&IPictavo6::ApplyColorLut>(&image, &image, &param);
-  host.Require<&IPictavo6::ConvertBGRAToFrame>(view.At(0, 0), width, height, view.pitch(),
-                                               nv12.data(), format);
+  host.ConvertFrameToBGRA(nv12.data(), frame, format);
+  host.ApplyColorLut(frame, frame, look.Param());
+  host.ConvertBGRAToFrame(frame, nv12.data(), format);
 }
 // End
 

@@ -20,6 +20,7 @@ contact-sheet-blending 1968 1131
 contact-sheet-conversions 1584 1452
 contact-sheet-effects 2352 1452
 contact-sheet-filters 1200 1773
+contact-sheet-frames 816 1452
 contact-sheet-gpu 3120 1131
 contact-sheet-grading 816 1452
 contact-sheet-keying 1200 1131
