@@ -93,8 +93,9 @@ u32 ConvolvePicture(i32 level, const ImageDesc* src, ImageDesc* dst,
   }
   const Picture to = PictureIn(*dst);
   const Source from = SourceIn(*src);
-  if (!SameSize(to, from) || ShareBytes(to, from)) return PICTAVO_E_INVALIDARG;
+  if (!SameSize(to, from)) return PICTAVO_E_INVALIDARG;
   if (to.IsEmpty()) return PICTAVO_S_FALSE;
+  if (ShareBytes(to, from)) return PICTAVO_E_INVALIDARG;
   const Filter filter(*param);
   ConvolveRowsFn* const convolve = kBuilds.For(level);
   constexpr i64 kBand = 64;  // rows; those around them are read twice
