@@ -16,15 +16,8 @@ namespace gauss {
 
 inline constexpr f32 kMostSigma = 1000;
 
-/// Blurs a picture's alpha alone, as a plane whose edges go on. Before that, when there is memory
-/// for it, runs what makes the alpha; should that fail, no more.
-u32 BlurAlphaAfter(u32 (*first)(const void*), const void* context, i32 level,
-                   const Picture& picture, f32 sigma) noexcept;
-template <typename First>
-u32 BlurAlphaAfter(const First& first, i32 level, const Picture& picture, f32 sigma) noexcept {
-  return BlurAlphaAfter([](const void* context) { return (*static_cast<const First*>(context))(); },
-                        &first, level, picture, sigma);
-}
+/// Blurs a plane of bytes, whose edges go on. Its rows have room for whole pixels of four bytes.
+u32 BlurPlane(i32 level, const Picture& plane, f32 sigma) noexcept;
 
 }  // namespace gauss
 }  // namespace pictavo::cpu

@@ -6,28 +6,35 @@
 #include "cpu/base/builds.h"
 #include "cpu/base/elementary.h"
 #include "cpu/base/scratch.h"
+#include "cpu/filters/convolve_simd.h"
+#include "cpu/filters/gauss_simd.h"
 #include "cpu/filters/gauss_windows.h"
-#include "cpu/simd/avx2.h"
-#include "cpu/simd/sse41.h"
 #include "platform/parallel_rows.h"
 
 namespace pictavo::cpu::gauss {
 namespace {
 
-/// A row summed down the columns, in 1/64: blue and red of each pixel as halves of a number, and
-/// green. Neighbours stand before the first pixel and behind the last.
-struct SummedRow {
-  u32 *blueRed, *green;
+/// Weights of a pixel's neighbours on each side, as WeightOf makes them; its own is what they
+/// leave.
+struct Taps {
+  i64 reach;
+  u32 weights[kNarrowReach + 1];
+
+  explicit Taps(double sigma);
 };
 
+/// Sums have so many bits more than bytes: twice as many just fit.
+constexpr int kSumBits = 6;
+
 /// The rows above and below by their distance, from the row itself, which stands there twice.
-using Neighbours = const u8 * [2 * kNarrowReach + 4];
+using Neighbours = const u8 * [2 * kNarrowReach + 2];
 
 struct NarrowKernels {
-  void (*sumDown)(const SummedRow& dst, const Neighbours& rows, const Taps& taps, i64 first,
-                  i64 width);
-  void (*finishRow[2])(u8* dst, const SummedRow& src, const Taps& taps, i64 first, i64 width,
-                       const NarrowFinish& finish);  // blurred, sharpened
+  /// The bytes from the first to before the end.
+  void (*sumDown)(int16_t* dst, const Neighbours& rows, const Taps& taps, i64 first, i64 end);
+  /// Neighbours are so many bytes apart; they stand before the first and behind the last, too.
+  void (*finishRow[2])(u8* dst, const int16_t* src, const Taps& taps, i64 step, i64 count,
+                       const Finish& finish);  // blurred, sharpened
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -35,41 +42,33 @@ struct NarrowKernels {
 
 namespace portable {
 
-void SumDown(const SummedRow& dst, const Neighbours& rows, const Taps& taps, i64 first, i64 width) {
-  for (i64 x = first; x < width; ++x) {
-    i32 sums[3] = {128, 128, 128};
-    for (i64 k = 0; k <= taps.reach; ++k)
-      for (i64 c = 0; c < 3; ++c)
-        sums[c] += taps.weights[k] * (rows[2 * k][4 * x + c] + rows[2 * k + 1][4 * x + c]);
-    dst.blueRed[x] = static_cast<u32>(sums[0] >> 8 | sums[2] >> 8 << 16);
-    dst.green[x] = static_cast<u32>(sums[1] >> 8);
+void SumDown(int16_t* dst, const Neighbours& rows, const Taps& taps, i64 first, i64 end) {
+  for (i64 i = first; i < end; ++i) {
+    const i32 here = rows[0][i];
+    i32 sum = here << kSumBits;
+    for (i64 k = 1; k <= taps.reach; ++k)
+      sum += Weighed((rows[2 * k][i] + rows[2 * k + 1][i] - 2 * here) * (1 << kSumBits),
+                     taps.weights[k]);
+    dst[i] = static_cast<int16_t>(sum);
   }
-}
-
-/// `sum` is 2^20 times the blurred colour.
-u8 Finished(i32 sum, u8 before, bool sharpens, const NarrowFinish& finish) {
-  if (!sharpens) return static_cast<u8>((sum + (1 << 19)) >> 20);
-  const f32 colour = before, detail = colour - static_cast<f32>(sum) * 0x1p-20f;
-  const f32 sharp = std::min(std::max(colour + finish.amount * detail, 0.0f), 255.0f);
-  return (detail < 0 ? -detail : detail) < finish.threshold ? before
-                                                            : static_cast<u8>(sharp + 0.5f);
 }
 
 template <bool sharpens>
-void FinishRow(u8* dst, const SummedRow& src, const Taps& taps, i64 first, i64 width,
-               const NarrowFinish& finish) {
-  for (i64 x = first; x < width; ++x) {
-    u32 sums[3] = {};
-    for (i64 k = 0; k <= taps.reach; ++k) {
-      const u32 weight = static_cast<u32>(taps.weights[k]);
-      const u32 blueRed = src.blueRed[x - k] + src.blueRed[x + k];
-      sums[0] += weight * (blueRed & 0xFFFF);
-      sums[1] += weight * (src.green[x - k] + src.green[x + k]);
-      sums[2] += weight * (blueRed >> 16);
-    }
-    for (i64 c = 0; c < 3; ++c)
-      dst[4 * x + c] = Finished(static_cast<i32>(sums[c]), dst[4 * x + c], sharpens, finish);
+void FinishBytes(u8* dst, const int16_t* src, const Taps& taps, i64 step, i64 first, i64 end,
+                 const Finish& finish) {
+  for (i64 i = first; i < end; ++i) {
+    if ((finish.kept >> (8 * (i % 4)) & 1) != 0) continue;
+    i32 sum = src[i];
+    for (i64 k = 1; k <= taps.reach; ++k)
+      sum += Weighed(src[i - k * step] + src[i + k * step] - 2 * src[i], taps.weights[k]);
+    dst[i] = FinishedByte<sharpens, kSumBits>(sum, dst[i], finish);
   }
+}
+
+template <bool sharpens>
+void FinishRow(u8* dst, const int16_t* src, const Taps& taps, i64 step, i64 count,
+               const Finish& finish) {
+  FinishBytes<sharpens>(dst, src, taps, step, 0, count, finish);
 }
 
 constexpr NarrowKernels kKernels = {SumDown, {FinishRow<false>, FinishRow<true>}};
@@ -92,7 +91,7 @@ namespace {
 class NarrowBlur {
  public:
   NarrowBlur(i32 level, const Picture& picture, f32 sigmaX, f32 sigmaY, u32 edges,
-             const NarrowFinish& finish)
+             const Finish& finish)
       : kernels_(KernelsFor(level)),
         picture_(picture),
         across_(static_cast<double>(sigmaX)),
@@ -116,10 +115,13 @@ class NarrowBlur {
  private:
   static constexpr i64 kBandRows = 64;
 
+  /// Rows summed together, by pieces whose neighbours stay in the first-level cache.
+  static constexpr i64 kGroupRows = 4, kPieceBytes = 512;
+
   struct Band {
     i64 top, end;
+    int16_t* sums;               // of a group's rows
     u8 *above, *below, *passed;  // rows beyond it, and its own that are blurred
-    SummedRow summed;
   };
 
   static const NarrowKernels& KernelsFor(i32 level) {
@@ -128,20 +130,25 @@ class NarrowBlur {
     return *kBuilds.For(level);
   }
 
-  i64 RowBytes() const { return 4 * picture_.width; }
-  i64 SummedBytes() const { return RowBytes() + 8 * kNarrowReach; }
-  i64 BandBytes() const { return 3 * down_.reach * RowBytes() + 2 * SummedBytes(); }
+  i64 RowBytes() const { return picture_.pixelBytes * picture_.width; }
+  i64 SumsPitch() const { return RowBytes() + 2 * kNarrowReach * picture_.pixelBytes; }
+  i64 BandBytes() const {
+    return (2 * kGroupRows * SumsPitch() + 3 * down_.reach * RowBytes() + 63) / 64 * 64;
+  }
 
   Band BandAt(i64 number) const {
     u8* const memory = memory_ + number * BandBytes();
+    u8* const rows = memory + 2 * kGroupRows * SumsPitch();
     const i64 kept = down_.reach * RowBytes();
-    u32* const summed = reinterpret_cast<u32*>(memory + 3 * kept) + kNarrowReach;
     return {number * kBandRows,
             std::min((number + 1) * kBandRows, picture_.height),
-            memory,
-            memory + kept,
-            memory + 2 * kept,
-            {summed, summed + SummedBytes() / 4}};
+            reinterpret_cast<int16_t*>(memory),
+            rows,
+            rows + kept,
+            rows + 2 * kept};
+  }
+  int16_t* SumsOf(const Band& band, i64 row) const {
+    return band.sums + row * SumsPitch() + kNarrowReach * picture_.pixelBytes;
   }
 
   void Keep(u8* to, i64 y) const {
@@ -155,7 +162,7 @@ class NarrowBlur {
     }
   }
 
-  /// A row as it was, while row y is next.
+  /// A row as it was, while the group at row y is next.
   const u8* RowBefore(const Band& band, i64 y, i64 place) const {
     const i64 row = PixelAt(place, picture_.height, edges_);
     if (row < band.top) return band.above + (row - band.top + down_.reach) * RowBytes();
@@ -164,36 +171,51 @@ class NarrowBlur {
   }
 
   void BlurBand(const Band& band) const {
-    for (i64 y = band.top; y < band.end; ++y) {
-      Neighbours rows;
-      for (i64 k = 0; k <= down_.reach + 1; ++k) {
-        const i64 distance = k <= down_.reach ? k : 0;  // one more, of weight 0
-        rows[2 * k] = RowBefore(band, y, y - distance);
-        rows[2 * k + 1] = RowBefore(band, y, y + distance);
+    for (i64 y = band.top; y < band.end; y += kGroupRows) {
+      const i64 rows = std::min(kGroupRows, band.end - y);
+      SumGroup(band, y, rows);
+      for (i64 i = 0; i < rows; ++i) {
+        if (down_.reach > 0) Keep(band.passed + (y + i) % down_.reach * RowBytes(), y + i);
+        FinishRow(picture_.Row(y + i), SumsOf(band, i));
       }
-      kernels_.sumDown(band.summed, rows, down_, 0, picture_.width);
-      for (u32* const row : {band.summed.blueRed, band.summed.green}) {
-        for (i64 i = 1; i <= across_.reach + 1; ++i) {
-          row[-i] = row[PixelAt(-i, picture_.width, edges_)];
-          row[picture_.width - 1 + i] =
-              row[PixelAt(picture_.width - 1 + i, picture_.width, edges_)];
-        }
-      }
-      if (down_.reach > 0) Keep(band.passed + y % down_.reach * RowBytes(), y);
-      kernels_.finishRow[finish_.sharpens](picture_.Row(y), band.summed, across_, 0, picture_.width,
-                                           finish_);
     }
+  }
+
+  void SumGroup(const Band& band, i64 y, i64 rows) const {
+    Neighbours neighbours[kGroupRows];
+    for (i64 i = 0; i < rows; ++i) {
+      for (i64 k = 0; k <= down_.reach; ++k) {
+        neighbours[i][2 * k] = RowBefore(band, y, y + i - k);
+        neighbours[i][2 * k + 1] = RowBefore(band, y, y + i + k);
+      }
+    }
+    for (i64 x = 0; x < RowBytes(); x += kPieceBytes) {
+      const i64 end = std::min(x + kPieceBytes, RowBytes());
+      for (i64 i = 0; i < rows; ++i)
+        kernels_.sumDown(SumsOf(band, i), neighbours[i], down_, x, end);
+    }
+  }
+
+  void FinishRow(u8* dst, int16_t* sums) const {
+    const i64 step = picture_.pixelBytes;
+    const auto copy = [=, this](i64 place) {
+      std::memcpy(sums + place * step, sums + PixelAt(place, picture_.width, edges_) * step,
+                  static_cast<size_t>(2 * step));
+    };
+    for (i64 i = 1; i <= across_.reach; ++i) {
+      copy(-i);
+      copy(picture_.width - 1 + i);
+    }
+    kernels_.finishRow[finish_.sharpens](dst, sums, across_, step, RowBytes(), finish_);
   }
 
   const NarrowKernels& kernels_;
   const Picture picture_;
   const Taps across_, down_;
   const u32 edges_;
-  const NarrowFinish finish_;
+  const Finish finish_;
   u8* memory_ = nullptr;
 };
-
-}  // namespace
 
 Taps::Taps(double sigma) : reach(static_cast<i64>(3.5 * sigma + 0.3)), weights() {
   double bell[kNarrowReach + 1] = {1}, sum = 1;
@@ -201,15 +223,13 @@ Taps::Taps(double sigma) : reach(static_cast<i64>(3.5 * sigma + 0.3)), weights()
     bell[k] = elementary::Exponential(-static_cast<double>(k * k) / (2 * sigma * sigma));
     sum += 2 * bell[k];
   }
-  weights[0] = 1 << 13;
-  for (i64 k = 1; k <= reach; ++k) {
-    weights[k] = static_cast<i32>((1 << 14) * bell[k] / sum + 0.5);
-    weights[0] -= weights[k];
-  }
+  for (i64 k = 1; k <= reach; ++k) weights[k] = WeightOf(bell[k] / sum);
 }
 
+}  // namespace
+
 u32 BlurNarrow(i32 level, const Picture& picture, f32 sigmaX, f32 sigmaY, u32 edges,
-               const NarrowFinish& finish) {
+               const Finish& finish) {
   return NarrowBlur(level, picture, sigmaX, sigmaY, edges, finish).Run();
 }
 

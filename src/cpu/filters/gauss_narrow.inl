@@ -1,83 +1,49 @@
 // The vector rows of gauss_narrow.cpp over V, included once for each instruction set.
 
-/// Sums of each colour of as many pixels as V has, of two taps at a time.
-struct ColourSums {
-  V blue, green, red;
+#include "cpu/filters/gauss_finish.inl"
 
-  explicit ColourSums(u32 from) : blue(V::All32(from)), green(blue), red(blue) {}
-
-  /// Blue and red, and green in the low half, of both taps' neighbours.
-  void Add(V evenA, V evenB, V oddA, V oddB, V weights) {
-    blue = Add32(blue, DotProduct32(PairLow16(evenA, evenB), weights));
-    red = Add32(red, DotProduct32(PairHigh16(evenA, evenB), weights));
-    green = Add32(green, DotProduct32(PairLow16(oddA, oddB), weights));
-  }
-};
-
-inline V WeightsOf(const Taps& taps, i64 k) {
-  return V::All32(static_cast<u32>(taps.weights[k] | taps.weights[k + 1] << 16));
-}
-
-inline u8* BytesOf(u32* p) { return reinterpret_cast<u8*>(p); }
-inline const u8* BytesOf(const u32* p) { return reinterpret_cast<const u8*>(p); }
-
-inline void SumDown(const SummedRow& dst, const Neighbours& rows, const Taps& taps, i64 first,
-                    i64 width) {
-  i64 x = first;
-  for (; x + V::kPixels <= width; x += V::kPixels) {
-    ColourSums sums(128);
-    for (i64 k = 0; k <= taps.reach; k += 2) {
-      const V a = V::Load(rows[2 * k] + 4 * x), b = V::Load(rows[2 * k + 1] + 4 * x);
-      const V c = V::Load(rows[2 * k + 2] + 4 * x), d = V::Load(rows[2 * k + 3] + 4 * x);
-      sums.Add(Add16(Even(a), Even(b)), Add16(Even(c), Even(d)), Add16(Odd(a), Odd(b)),
-               Add16(Odd(c), Odd(d)), WeightsOf(taps, k));
+/// What neighbours differ by counts, so that what is even stays so to the last bit.
+inline void SumDown(int16_t* dst, const Neighbours& rows, const Taps& taps, i64 first, i64 end) {
+  const V scale = V::All16(0x4040);
+  i64 i = first;
+  for (; i + kVectorBytes <= end; i += kVectorBytes) {
+    const V here = V::Load(rows[0] + i);
+    const V twiceLow = DotProduct16(InterleaveLow8(here, here), scale);
+    const V twiceHigh = DotProduct16(InterleaveHigh8(here, here), scale);
+    V low = ShiftRightU16(twiceLow, 1), high = ShiftRightU16(twiceHigh, 1);
+    for (i64 k = 1; k <= taps.reach; ++k) {
+      const V a = V::Load(rows[2 * k] + i), b = V::Load(rows[2 * k + 1] + i);
+      const V weight = V::All32(taps.weights[k]);
+      const V moreLow = Sub16(DotProduct16(InterleaveLow8(a, b), scale), twiceLow);
+      const V moreHigh = Sub16(DotProduct16(InterleaveHigh8(a, b), scale), twiceHigh);
+      low = Add16(low, MulRounded16(moreLow, weight));
+      high = Add16(high, MulRounded16(moreHigh, weight));
     }
-    (ShiftRightU32(sums.blue, 8) | ShiftLeft32(ShiftRightU32(sums.red, 8), 16))
-        .Store(BytesOf(dst.blueRed + x));
-    ShiftRightU32(sums.green, 8).Store(BytesOf(dst.green + x));
+    StoreWords(low, high, dst + i);
   }
-  portable::SumDown(dst, rows, taps, x, width);
+  portable::SumDown(dst, rows, taps, i, end);
 }
 
-struct Rounded {
-  explicit Rounded(const NarrowFinish&) {}
-  V operator()(V sum, V) const { return ShiftRightU32(Add32(sum, V::All32(1 << 19)), 20); }
-};
-
-struct Sharpened {
-  F amount, threshold;
-
-  explicit Sharpened(const NarrowFinish& finish)
-      : amount(F::All(finish.amount)), threshold(F::All(finish.threshold)) {}
-
-  V operator()(V sum, V before) const {
-    const F colour = ToF(before), detail = colour - ToF(sum) * F::All(0x1p-20f);
-    const F sharp = Min(Max(colour + amount * detail, F::All(0)), F::All(255));
-    return Truncate(Select(Abs(detail) < threshold, colour, sharp) + F::All(0.5f));
-  }
-};
-
-template <typename Rule, bool sharpens>
-void FinishRow(u8* dst, const SummedRow& src, const Taps& taps, i64 first, i64 width,
-               const NarrowFinish& finish) {
-  const Rule rule(finish);
-  i64 x = first;
-  for (; x + V::kPixels <= width; x += V::kPixels) {
-    ColourSums sums(0);
-    for (i64 k = 0; k <= taps.reach; k += 2) {
-      const auto pair = [=](const u32* row, i64 distance) {
-        return Add16(V::Load(BytesOf(row + x - distance)), V::Load(BytesOf(row + x + distance)));
-      };
-      sums.Add(pair(src.blueRed, k), pair(src.blueRed, k + 1), pair(src.green, k),
-               pair(src.green, k + 1), WeightsOf(taps, k));
+template <bool sharpens>
+void FinishRow(u8* dst, const int16_t* src, const Taps& taps, i64 step, i64 count,
+               const Finish& finish) {
+  const Finisher<sharpens, kSumBits> finisher(finish);
+  i64 i = 0;
+  for (; i + kVectorBytes <= count; i += kVectorBytes) {
+    V here[2], sums[2];
+    for (i64 h = 0; h < 2; ++h) here[h] = sums[h] = LoadWords(src + i + h * kVectorBytes / 2);
+    for (i64 k = 1; k <= taps.reach; ++k) {
+      const V weight = V::All32(taps.weights[k]);
+      for (i64 h = 0; h < 2; ++h) {
+        const int16_t* const p = src + i + h * kVectorBytes / 2;
+        const V both = Add16(LoadWords(p - k * step), LoadWords(p + k * step));
+        const V more = Sub16(both, Add16(here[h], here[h]));
+        sums[h] = Add16(sums[h], MulRounded16(more, weight));
+      }
     }
-    const V before = V::Load(dst + 4 * x);
-    JoinChannels(rule(sums.blue, Channel(before, 0)), rule(sums.green, Channel(before, 1)),
-                 rule(sums.red, Channel(before, 2)), V::All32(255))
-        .Store(dst + 4 * x);
+    finisher.Store(sums, dst + i);
   }
-  portable::FinishRow<sharpens>(dst, src, taps, x, width, finish);
+  portable::FinishBytes<sharpens>(dst, src, taps, step, i, count, finish);
 }
 
-constexpr NarrowKernels kKernels = {SumDown,
-                                    {FinishRow<Rounded, false>, FinishRow<Sharpened, true>}};
+constexpr NarrowKernels kKernels = {SumDown, {FinishRow<false>, FinishRow<true>}};

@@ -64,19 +64,10 @@ inline Pair Straight(Pair sum) {
   return SelectLess(alpha, Pair::All(0.5f), Pair::All(0), JoinAlphas(colours, sum));
 }
 
-struct TakeBlurred {
-  explicit TakeBlurred(const Finish&) {}
-  Pair operator()(Pair sum, Pair) const { return sum; }
-};
 struct TakeStraight {
   explicit TakeStraight(const Finish&) {}
   Pair operator()(Pair sum, Pair) const { return Straight(sum); }
 };
-struct TakeAlpha {
-  explicit TakeAlpha(const Finish&) {}
-  Pair operator()(Pair sum, Pair before) const { return JoinAlphas(before, sum); }
-};
-template <bool weighted>
 struct Sharpen {
   Pair amount, threshold;
 
@@ -84,11 +75,10 @@ struct Sharpen {
       : amount(Pair::All(finish.amount)), threshold(Pair::All(finish.threshold)) {}
 
   Pair operator()(Pair sum, Pair before) const {
-    const Pair detail = before - (weighted ? Straight(sum) : sum), none = Pair::All(0);
+    const Pair detail = before - Straight(sum), none = Pair::All(0);
     const Pair sharp = Min(Max(before + amount * detail, none), Pair::All(255));
     const Pair taken = SelectLess(Max(detail, none - detail), threshold, before, sharp);
-    const Pair kept = JoinAlphas(taken, before);
-    return weighted ? SelectLess(SpreadAlphas(before), Pair::All(0.5f), none, kept) : kept;
+    return SelectLess(SpreadAlphas(before), Pair::All(0.5f), none, JoinAlphas(taken, before));
   }
 };
 
@@ -141,9 +131,12 @@ inline void SumAlong(f32* dst, const f32* src, const Window* windows, i64 count)
   }
 }
 
-constexpr Kernels kKernels = {GatherWhole,
+constexpr Kernels kKernels = {IsOpaqueRow,
+                              GatherWhole,
                               {GatherRow<false>, GatherRow<true>},
                               SumAlong,
-                              {{FinishRow<TakeBlurred>, FinishRow<TakeStraight>},
-                               {FinishRow<Sharpen<false>>, FinishRow<Sharpen<true>>},
-                               {FinishRow<TakeAlpha>, nullptr}}};
+                              ToWords,
+                              JoinRows,
+                              PartRows,
+                              {FinishWords<false>, FinishWords<true>},
+                              {FinishRow<TakeStraight>, FinishRow<Sharpen>}};

@@ -134,7 +134,7 @@ i64 BytesOf(i64 count, BellOf bellOf) {
 Direction::Direction(i64 length, double sigma, u32 edges, const Quality& quality)
     : length_(length), edges_(edges), sigma_(sigma), reduces_(sigma > kWidestDirect) {
   samples_ = length;
-  reach_ = quality.reach * sigma;
+  reach_ = static_cast<double>(CeilToI64(quality.reach * sigma));
   if (!reduces_) return;
   sigma_ = sigma * 0.70710678118654752;
   reach_ = quality.reach * sigma_;

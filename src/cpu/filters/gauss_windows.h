@@ -35,7 +35,6 @@ class Direction {
 
   /// Whether it keeps samples only, which Spread() makes pixels of.
   bool Reduces() const { return reduces_; }
-  bool IsIdentity() const { return sigma_ == 0; }
   /// How many sums there are in the first set.
   i64 Samples() const { return samples_; }
 

@@ -27,6 +27,9 @@ void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip) {
 void PutAlphas(u8* pixels, const u8* plane, i64 width, u8 flip) {
   for (i64 x = 0; x < width; ++x) pixels[4 * x + 3] = plane[x] ^ flip;
 }
+void PutBytes(u8* dst, const u8* plane, i64 count, u8 flip) {
+  for (i64 i = 0; i < count; ++i) dst[i] = plane[i] ^ flip;
+}
 /// The lesser of each two bytes. They may follow the destination at a distance in one row.
 void TakeLeast(u8* dst, const u8* a, const u8* b, i64 count) {
   for (i64 i = 0; i < count; ++i) dst[i] = std::min(a[i], b[i]);
@@ -57,9 +60,10 @@ using ApplyRow = void(u8* dst, const u8* matte, i64 width);
 struct ChokeRows {
   void (*takeAlphas)(u8* plane, const u8* pixels, i64 width, u8 flip);
   void (*putAlphas)(u8* pixels, const u8* plane, i64 width, u8 flip);
+  void (*putBytes)(u8* dst, const u8* plane, i64 count, u8 flip);
   void (*takeLeast)(u8* dst, const u8* a, const u8* b, i64 count);
 };
-constexpr ChokeRows kChokeRows = {TakeAlphas, PutAlphas, TakeLeast};
+constexpr ChokeRows kChokeRows = {TakeAlphas, PutAlphas, PutBytes, TakeLeast};
 /// By mode; then of planes.
 constexpr ApplyRow* kApplyRows[] = {ApplyPixels<0>, ApplyPixels<1>, ApplyPixels<2>, ApplyPixels<3>,
                                     ApplyPlane<0>,  ApplyPlane<1>,  ApplyPlane<2>,  ApplyPlane<3>};
@@ -84,23 +88,25 @@ struct Levels {
   u8 alphas[256];
   bool changes = false;
 
+  /// Of what is rounded, the division alone is not exact, and it is where the quotient is a half.
   Levels(f32 black, f32 white) {
     const double from = static_cast<double>(black), range = static_cast<double>(white) - from;
     for (i32 a = 0; a < 256; ++a) {
-      const double t = std::clamp((a / 255.0 - from) / range, 0.0, 1.0);
-      alphas[a] = static_cast<u8>(255 * t + 0.5);
+      alphas[a] = static_cast<u8>(std::clamp((a - 255 * from) / range, 0.0, 255.0) + 0.5);
       changes |= alphas[a] != a;
     }
   }
 };
 
-/// Levels and choke. The least of a window is that of two windows half as long, which overlap in
-/// the end. The greatest is the least of what is flipped.
+/// Levels and choke, into the picture's alphas or a plane. The least of a window is that of two
+/// windows half as long, which overlap in the end. The greatest is the least of what is flipped.
 class Choke {
  public:
-  Choke(const ChokeRows& rows, const Picture& picture, const Levels& levels, i32 choke)
+  Choke(const ChokeRows& rows, const Picture& picture, const Picture& to, const Levels& levels,
+        i32 choke)
       : rows_(rows),
         picture_(picture),
+        to_(to),
         levels_(levels),
         flip_(choke < 0 ? 255 : 0),
         radius_(std::abs(choke)) {}
@@ -142,7 +148,7 @@ class Choke {
     WidenWindows([&](i64 by) { rows_.takeLeast(row, row, row + by, Pitch() - by); });
   }
 
-  /// Does the same down the columns of some rows, and puts their alphas into the picture.
+  /// Does the same down the columns of some rows, and puts their alphas where they belong.
   void PutBand(i64 band) const {
     for (i64 x = 0; x < picture_.width; x += kTileColumns) PutTile(band * kBandRows, x);
   }
@@ -163,17 +169,33 @@ class Choke {
         from[y] = to;
       }
     });
+    const auto put = to_.pixelBytes == 1 ? rows_.putBytes : rows_.putAlphas;
     for (i64 y = 0; y < height; ++y)
-      rows_.putAlphas(picture_.Row(top + y) + 4 * left, from[y], width, flip_);
+      put(to_.Row(top + y) + to_.pixelBytes * left, from[y], width, flip_);
   }
 
   const ChokeRows& rows_;
-  const Picture picture_;
+  const Picture picture_, to_;
   const Levels& levels_;
   const u8 flip_;
   const i64 radius_;
   u8* plane_ = nullptr;
 };
+
+/// Makes a plane of the alphas, and changes the picture when all else is done.
+u32 Feather(i32 level, const ChokeRows& rows, const Picture& picture, const Levels& levels,
+            const MatteParam& param) {
+  const i64 pitch = (picture.width + 63) / 64 * 64;
+  Scratch scratch(pitch * picture.height);
+  if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
+  const Picture plane = {scratch.data(), picture.width, picture.height, pitch, 1};
+  u32 code = Choke(rows, picture, plane, levels, param.choke).Run();
+  if (code == PICTAVO_S_OK) code = gauss::BlurPlane(level, plane, param.feather);
+  if (code != PICTAVO_S_OK) return code;
+  ParallelRows(static_cast<int>(picture.height), picture.width / 2,
+               [&](int y) { rows.putAlphas(picture.Row(y), plane.Row(y), picture.width, 0); });
+  return PICTAVO_S_OK;
+}
 
 bool Hold(const MatteParam& param) {
   return param.black >= 0 && param.black < param.white && param.white <= 1 &&
@@ -192,12 +214,10 @@ u32 AdjustMatte(i32 level, ImageDesc* picture, const MatteParam* param) noexcept
   static constexpr Builds<const ChokeRows*> kBuilds = {
       .portable = &kChokeRows, .sse41 = &sse41::kChokeRows, .avx2 = &avx2::kChokeRows};
   const Levels levels(param->black, param->white);
-  const auto choke = [&]() -> u32 {
-    if (!levels.changes && param->choke == 0) return PICTAVO_S_OK;
-    return Choke(*kBuilds.For(level), pixels, levels, param->choke).Run();
-  };
-  if (param->feather == 0) return choke();
-  return gauss::BlurAlphaAfter(choke, level, pixels, param->feather);
+  const ChokeRows& rows = *kBuilds.For(level);
+  if (param->feather > 0) return Feather(level, rows, pixels, levels, *param);
+  if (!levels.changes && param->choke == 0) return PICTAVO_S_OK;
+  return Choke(rows, pixels, pixels, levels, param->choke).Run();
 }
 
 u32 ApplyMatte(i32 level, ImageDesc* picture, const ImageDesc* matte, u32 mode) noexcept {

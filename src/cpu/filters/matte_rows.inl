@@ -13,8 +13,10 @@ inline V AlphasAt(const u8* pixels) {
 inline void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip) {
   const V flips = V::All16(flip * 0x0101u);
   i64 x = 0;
-  for (; x + kVectorBytes <= width; x += kVectorBytes)
+  for (; x + kVectorBytes <= width; x += kVectorBytes) {
+    Prefetch(pixels + 4 * x);
     (AlphasAt(pixels + 4 * x) ^ flips).Store(plane + x);
+  }
   cpu::TakeAlphas(plane + x, pixels + 4 * x, width - x, flip);
 }
 
@@ -24,6 +26,7 @@ inline void PutAlphas(u8* pixels, const u8* plane, i64 width, u8 flip) {
   const V first = LoadLanes([](i64) { return reinterpret_cast<const u8*>(kPlaces); });
   i64 x = 0;
   for (; x + kVectorBytes <= width; x += kVectorBytes) {
+    Prefetch(pixels + 4 * x);
     const V alphas = V::Load(plane + x) ^ flips;
     V places = first;
     for (i64 i = 0; i < 4; ++i, places = Add8(places, next)) {
@@ -34,6 +37,13 @@ inline void PutAlphas(u8* pixels, const u8* plane, i64 width, u8 flip) {
   cpu::PutAlphas(pixels + 4 * x, plane + x, width - x, flip);
 }
 
+inline void PutBytes(u8* dst, const u8* plane, i64 count, u8 flip) {
+  const V flips = V::All16(flip * 0x0101u);
+  i64 i = 0;
+  for (; i + kVectorBytes <= count; i += kVectorBytes) (V::Load(plane + i) ^ flips).Store(dst + i);
+  cpu::PutBytes(dst + i, plane + i, count - i, flip);
+}
+
 inline void TakeLeast(u8* dst, const u8* a, const u8* b, i64 count) {
   i64 i = 0;
   for (; i + kVectorBytes <= count; i += kVectorBytes)
@@ -41,4 +51,4 @@ inline void TakeLeast(u8* dst, const u8* a, const u8* b, i64 count) {
   cpu::TakeLeast(dst + i, a + i, b + i, count - i);
 }
 
-constexpr ChokeRows kChokeRows = {TakeAlphas, PutAlphas, TakeLeast};
+constexpr ChokeRows kChokeRows = {TakeAlphas, PutAlphas, PutBytes, TakeLeast};
