@@ -35,25 +35,32 @@ u32 MeanPixel(const Sums& sums, i64 count) {
   return pixel;
 }
 
-using SumBlockFn = Sums(const Picture& block, i64 readable);
+/// Makes blocks of a row of them, of which so many pixels may be read from the first on.
+using PixelateBandFn = void(const Picture& band, i64 side, i64 readable);
 
-Sums SumBlock(const Picture& block, i64) {
+Sums SumBlock(const Picture& block) {
   Sums sums = {};
   for (i64 y = 0; y < block.height; ++y)
     for (i64 x = 0; x < block.width; ++x) AddPixel(block.Row(y) + 4 * x, &sums);
   return sums;
 }
 
-/// Writes the means of a row of blocks into its first row, then that over the others.
-void PixelateBand(SumBlockFn* sumBlock, const Picture& band, i64 side, i64 readable) {
+/// Fills blocks by their means: the first row, then the others by it.
+template <typename MeanOf>
+void FillBlocks(const Picture& band, i64 side, MeanOf meanOf) {
   for (i64 x = 0; x < band.width; x += side) {
     const i64 end = std::min(x + side, band.width);
-    const Picture block = band.Part({x, 0, end, band.height});
-    const u32 mean = MeanPixel(sumBlock(block, readable - x), block.width * block.height);
+    const u32 mean = meanOf(x, band.Part({x, 0, end, band.height}));
     for (i64 i = x; i < end; ++i) std::memcpy(band.pixels + 4 * i, &mean, 4);
   }
   for (i64 y = 1; y < band.height; ++y)
     std::memcpy(band.Row(y), band.pixels, static_cast<size_t>(4 * band.width));
+}
+
+void PixelateBand(const Picture& band, i64 side, i64) {
+  FillBlocks(band, side, [](i64, const Picture& block) {
+    return MeanPixel(SumBlock(block), block.width * block.height);
+  });
 }
 
 }  // namespace
@@ -64,8 +71,8 @@ void PixelateBand(SumBlockFn* sumBlock, const Picture& band, i64 side, i64 reada
 
 u32 PixelateRegion(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, const i32* rect,
                    u32 block) noexcept {
-  static constexpr Builds<SumBlockFn*> kBuilds = {.portable = SumBlock,
-                                                  .avx2 = avx2::VectorSumBlock};
+  static constexpr Builds<PixelateBandFn*> kBuilds = {.portable = PixelateBand,
+                                                      .avx2 = avx2::VectorPixelateBand};
   if (rect == nullptr) return PICTAVO_E_POINTER;
   const Picture picture = {buffer, width, height, pitch};
   if (const u32 code = CheckWith(block >= 1, picture); code != PICTAVO_S_OK) return code;
@@ -73,7 +80,7 @@ u32 PixelateRegion(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, cons
   if (cut.IsEmpty()) return PICTAVO_S_OK;
   for (i64 y = cut.top; y < cut.bottom; y += block) {
     const Rectangle band = {cut.left, y, cut.right, std::min(y + block, cut.bottom)};
-    PixelateBand(kBuilds.For(level), picture.Part(band), block, width - cut.left);
+    kBuilds.For(level)(picture.Part(band), block, width - cut.left);
   }
   return PICTAVO_S_OK;
 }

@@ -1,4 +1,4 @@
-// The vector sums of pixelate.cpp over V, included once for each instruction set.
+// The vector rows of pixelate.cpp over V, included once for each instruction set.
 
 /// Sums, lane by lane.
 struct LaneSums {
@@ -44,9 +44,84 @@ inline Sums VectorSumBlock(const Picture& block, i64 readable) {
       SumStrip(block.Row(y) + 4 * x, block.pitch, rows, kept, &sums);
     }
     if (x >= block.width) continue;
-    const Sums rest = SumBlock(block.Part({x, y, block.width, y + rows}), 0);
+    const Sums rest = SumBlock(block.Part({x, y, block.width, y + rows}));
     for (size_t i = 0; i < 3; ++i) sums.colours[i] += rest.colours[i];
     sums.alpha += rest.alpha;
   }
   return sums;
+}
+
+/// Columns of a strip of blocks, whose sums fit 16 bits: of blue and red, and of green and alpha.
+struct Columns {
+  static constexpr i64 kMost = 512, kMostRows = 257;
+
+  u32 even[kMost], odd[kMost];
+
+  explicit Columns(const Picture& strip) {
+    i64 x = 0;
+    for (; x + 4 * V::kPixels <= strip.width; x += 4 * V::kPixels) Add<4>(strip, x);
+    for (; x + V::kPixels <= strip.width; x += V::kPixels) Add<1>(strip, x);
+    for (; x < strip.width; ++x) {
+      even[x] = odd[x] = 0;
+      for (i64 y = 0; y < strip.height; ++y) {
+        const u8* const p = strip.Row(y) + 4 * x;
+        even[x] += static_cast<u32>(p[0] | p[2] << 16);
+        odd[x] += static_cast<u32>(p[1] | p[3] << 16);
+      }
+    }
+  }
+
+  /// Of some columns, as if no colour counted for its alpha.
+  Sums Of(i64 first, i64 end) const {
+    Sums sums = {};
+    for (i64 x = first; x < end; ++x) {
+      sums.colours[0] += even[x] & 0xFFFF;
+      sums.colours[1] += odd[x] & 0xFFFF;
+      sums.colours[2] += even[x] >> 16;
+      sums.alpha += odd[x] >> 16;
+    }
+    return sums;
+  }
+
+ private:
+  template <i64 vectors>
+  void Add(const Picture& strip, i64 x) {
+    V evens[vectors], odds[vectors];
+    for (i64 i = 0; i < vectors; ++i) evens[i] = odds[i] = V::Zero();
+    for (i64 y = 0; y < strip.height; ++y) {
+      const u8* const p = strip.Row(y) + 4 * x;
+      Prefetch(p, vectors * kVectorBytes);
+      for (i64 i = 0; i < vectors; ++i) {
+        const V pixels = V::Load(p + i * kVectorBytes);
+        evens[i] = Add16(evens[i], Even(pixels));
+        odds[i] = Add16(odds[i], Odd(pixels));
+      }
+    }
+    for (i64 i = 0; i < vectors; ++i) {
+      evens[i].Store(reinterpret_cast<u8*>(even + x + i * V::kPixels));
+      odds[i].Store(reinterpret_cast<u8*>(odd + x + i * V::kPixels));
+    }
+  }
+};
+
+/// Opaque blocks need no weights; which they are their alphas' sums tell.
+inline void VectorPixelateBand(const Picture& band, i64 side, i64 readable) {
+  const bool mayBeOpaque = side <= Columns::kMostRows && band.pixels[3] == 255;
+  const i64 columns = mayBeOpaque ? Columns::kMost / side * side : band.width;
+  for (i64 left = 0; left < band.width; left += columns) {
+    const i64 width = std::min(columns, band.width - left);
+    const Picture strip = band.Part({left, 0, left + width, band.height});
+    const auto weighted = [&](i64 x, const Picture& block) {
+      return MeanPixel(VectorSumBlock(block, readable - left - x), block.width * block.height);
+    };
+    if (!mayBeOpaque) return FillBlocks(strip, side, weighted);
+    const Columns sums(strip);
+    FillBlocks(strip, side, [&](i64 x, const Picture& block) {
+      const i64 count = block.width * block.height;
+      Sums plain = sums.Of(x, x + block.width);
+      if (plain.alpha != 255 * count) return weighted(x, block);
+      for (i64& colour : plain.colours) colour *= 255;
+      return MeanPixel(plain, count);
+    });
+  }
 }
