@@ -6,6 +6,7 @@
 #include "cpu/base/builds.h"
 #include "cpu/base/numbers.h"
 #include "cpu/base/scratch.h"
+#include "cpu/base/workspaces.h"
 #include "cpu/filters/convolve_simd.h"
 #include "cpu/filters/gauss_finish.h"
 #include "cpu/filters/gauss_narrow.h"
@@ -236,8 +237,9 @@ class Blur {
     gatherDown_ = down_.Gather(windows_[2]);
     spreadDown_ = down_.Spread(windows_[3]);
     const i64 cost = picture_.width * 2, groups = (picture_.height + kGroupRows - 1) / kGroupRows;
-    ParallelRows(static_cast<int>(Bands()), cost * picture_.height / Bands(),
-                 [this](int band) { GatherBand(band); });
+    ParallelRows(static_cast<int>(Bands()), cost * picture_.height / Bands(), [this](int band) {
+      workspaces_.With(Bands(), [=, this](i64 number) { GatherBand(band, number); });
+    });
     ParallelRows(static_cast<int>(groups), cost * kGroupRows,
                  [this](int group) { FinishGroup(group * kGroupRows); });
     return PICTAVO_S_OK;
@@ -246,20 +248,24 @@ class Blur {
  private:
   /// Rows that end together, by pieces whose samples stay in the first-level cache.
   static constexpr i64 kGroupRows = 16, kPieceColumns = 256;
+  static constexpr i64 kGatheredColumns = 128;
 
-  i64 Bands() const { return std::min<i64>(down_.Samples(), 32); }
+  i64 Bands() const { return std::min<i64>((down_.Samples() + 3) / 4, 32); }
   /// Pixels of a row in memory: one more than it has at least, and rows apart in the cache.
   i64 RowPixels() const { return 4 * ((picture_.width / 4 + 1) | 1); }
   i64 JoinedPixels() const { return ofPlane_ ? columns_ + 1 : 0; }
+  i64 ResultPixels() const { return ofPlane_ ? columns_ : RowPixels(); }
   i64 SamplePixels() const { return across_.Reduces() ? across_.Samples() + 1 : 0; }
-  i64 BandPixels() const { return 4 * RowPixels() + 2 * JoinedPixels() + SamplePixels(); }
+  i64 WorkspacePixels() const {
+    return 4 * RowPixels() + ResultPixels() + SamplePixels() + JoinedPixels();
+  }
 
   void LayOut(Parts* parts) {
     windows_[0] = parts->Take(across_.GatherBytes());
     windows_[1] = parts->Take(across_.SpreadBytes());
     windows_[2] = parts->Take(down_.GatherBytes());
     windows_[3] = parts->Take(down_.SpreadBytes());
-    temporary_ = parts->TakePixels(Bands() * BandPixels());
+    temporary_ = parts->TakePixels(Bands() * WorkspacePixels());
     if (weighted_) {
       middle_ = {parts->TakePixels(down_.Samples() * RowPixels()), 4 * RowPixels()};
     } else {
@@ -268,35 +274,45 @@ class Blur {
   }
   int16_t* WordsRow(i64 y) const { return words_ + 4 * y * RowPixels(); }
 
-  void GatherBand(i64 band) const {
+  void GatherBand(i64 band, i64 workspace) const {
     FourRows rows;
-    rows[0] = temporary_ + 4 * band * BandPixels();
+    rows[0] = temporary_ + 4 * workspace * WorkspacePixels();
     for (size_t i = 1; i < 4; ++i) rows[i] = rows[i - 1] + 4 * RowPixels();
-    f32* const joined = rows[3] + 4 * RowPixels();
-    f32* const result = joined + 4 * JoinedPixels();
-    f32* const samples = result + 4 * JoinedPixels();
-    const i64 end = (band + 1) * down_.Samples() / Bands(), step = ofPlane_ ? 4 : 1;
-    for (i64 y = band * down_.Samples() / Bands(); y < end; y += step) {
-      const i64 count = std::min(step, end - y);
-      for (i64 i = 0; i < count; ++i) GatherRow(rows[i], y + i);
+    f32* const result = rows[3] + 4 * RowPixels();
+    f32* const samples = result + 4 * ResultPixels();
+    f32* const joined = samples + 4 * SamplePixels();
+    const i64 end = (band + 1) * down_.Samples() / Bands();
+    for (i64 y = band * down_.Samples() / Bands(); y < end; y += 4) {
+      const i64 count = std::min<i64>(4, end - y);
+      GatherRows(rows, y, count);
       if (ofPlane_) {
         kernels_.joinRows(joined, rows, 0, columns_);
         BlurAlong(result, joined, samples);
         kernels_.partRows(rows, result, 0, columns_);
-      } else {
-        BlurAlong(weighted_ ? middle_.Row(y) : rows[1], rows[0], samples);
       }
-      for (i64 i = 0; i < count && !weighted_; ++i)
-        kernels_.toWords(WordsRow(y + i), rows[ofPlane_ ? i : 1], 0, 4 * picture_.width);
+      for (i64 i = 0; i < count; ++i) {
+        f32* const row = rows[i];
+        if (!ofPlane_) BlurAlong(weighted_ ? middle_.Row(y + i) : result, row, samples);
+        if (!weighted_)
+          kernels_.toWords(WordsRow(y + i), ofPlane_ ? row : result, 0, 4 * picture_.width);
+      }
     }
   }
 
-  void GatherRow(f32* row, i64 y) const {
-    const Source source = {picture_.pixels, picture_.width, picture_.height, picture_.pitch};
-    if (!weighted_ && gatherDown_[y].whole != nullptr) {
-      kernels_.gatherWhole(row, source, gatherDown_[y], 0);
-    } else {
-      kernels_.gatherRow[weighted_](row, source, gatherDown_[y]);
+  /// Neighbouring sums, which share most of their rows, by pieces that stay in the cache.
+  void GatherRows(const FourRows& rows, i64 first, i64 count) const {
+    for (i64 x = 0; x < picture_.width; x += kGatheredColumns) {
+      const i64 end = std::min(x + kGatheredColumns, picture_.width);
+      const Picture part = picture_.Part({x, 0, end, picture_.height});
+      const Source piece = {part.pixels, part.width, part.height, part.pitch};
+      for (i64 i = 0; i < count; ++i) {
+        const Window& window = gatherDown_[first + i];
+        if (!weighted_ && window.whole != nullptr) {
+          kernels_.gatherWhole(rows[i] + 4 * x, piece, window, 0);
+        } else {
+          kernels_.gatherRow[weighted_](rows[i] + 4 * x, piece, window);
+        }
+      }
     }
   }
 
@@ -352,7 +368,8 @@ class Blur {
   const Finish finish_;
   u8* windows_[4];
   const Window *gatherAcross_, *spreadAcross_, *gatherDown_, *spreadDown_;
-  f32* temporary_;  // for each band: rows, as many joined, twice, and a row's samples
+  Workspaces workspaces_;
+  f32* temporary_;  // of each workspace
   Floats middle_;
   int16_t* words_ = nullptr;
 };

@@ -6,6 +6,7 @@
 #include "cpu/base/builds.h"
 #include "cpu/base/elementary.h"
 #include "cpu/base/scratch.h"
+#include "cpu/base/workspaces.h"
 #include "cpu/filters/convolve_simd.h"
 #include "cpu/filters/gauss_simd.h"
 #include "cpu/filters/gauss_windows.h"
@@ -101,19 +102,23 @@ class NarrowBlur {
 
   u32 Run() {
     const i64 bands = (picture_.height + kBandRows - 1) / kBandRows;
-    Scratch scratch(bands * BandBytes());
+    const i64 workspaces = std::min(bands, Workspaces::kMost);
+    Scratch scratch(bands * NeighbourBytes() + workspaces * WorkspaceBytes());
     if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
-    memory_ = scratch.data();
+    workspaceMemory_ = scratch.data();
+    neighbours_ = workspaceMemory_ + workspaces * WorkspaceBytes();
     const auto each = [&](i64 cost, auto body) {
       ParallelRows(static_cast<int>(bands), cost * picture_.width, body);
     };
-    each(down_.reach / 2, [this](int band) { KeepNeighbours(BandAt(band)); });
-    each(kBandRows * 2, [this](int band) { BlurBand(BandAt(band)); });
+    each(down_.reach / 2, [this](int band) { KeepNeighbours(BandAt(band, 0)); });
+    each(kBandRows * 2, [=, this](int band) {
+      workspaces_.With(workspaces, [=, this](i64 number) { BlurBand(BandAt(band, number)); });
+    });
     return PICTAVO_S_OK;
   }
 
  private:
-  static constexpr i64 kBandRows = 64;
+  static constexpr i64 kBandRows = 128;
 
   /// Rows summed together, by pieces whose neighbours stay in the first-level cache.
   static constexpr i64 kGroupRows = 4, kPieceBytes = 512;
@@ -132,20 +137,20 @@ class NarrowBlur {
 
   i64 RowBytes() const { return picture_.pixelBytes * picture_.width; }
   i64 SumsPitch() const { return RowBytes() + 2 * kNarrowReach * picture_.pixelBytes; }
-  i64 BandBytes() const {
-    return (2 * kGroupRows * SumsPitch() + 3 * down_.reach * RowBytes() + 63) / 64 * 64;
+  i64 NeighbourBytes() const { return 2 * down_.reach * RowBytes(); }
+  i64 WorkspaceBytes() const {
+    return (2 * kGroupRows * SumsPitch() + down_.reach * RowBytes() + 63) / 64 * 64;
   }
 
-  Band BandAt(i64 number) const {
-    u8* const memory = memory_ + number * BandBytes();
-    u8* const rows = memory + 2 * kGroupRows * SumsPitch();
-    const i64 kept = down_.reach * RowBytes();
+  Band BandAt(i64 number, i64 workspace) const {
+    u8* const work = workspaceMemory_ + workspace * WorkspaceBytes();
+    u8* const above = neighbours_ + number * NeighbourBytes();
     return {number * kBandRows,
             std::min((number + 1) * kBandRows, picture_.height),
-            reinterpret_cast<int16_t*>(memory),
-            rows,
-            rows + kept,
-            rows + 2 * kept};
+            reinterpret_cast<int16_t*>(work),
+            above,
+            above + down_.reach * RowBytes(),
+            work + 2 * kGroupRows * SumsPitch()};
   }
   int16_t* SumsOf(const Band& band, i64 row) const {
     return band.sums + row * SumsPitch() + kNarrowReach * picture_.pixelBytes;
@@ -214,7 +219,8 @@ class NarrowBlur {
   const Taps across_, down_;
   const u32 edges_;
   const Finish finish_;
-  u8* memory_ = nullptr;
+  Workspaces workspaces_;
+  u8 *workspaceMemory_ = nullptr, *neighbours_ = nullptr;
 };
 
 Taps::Taps(double sigma) : reach(static_cast<i64>(3.5 * sigma + 0.3)), weights() {
