@@ -73,6 +73,8 @@ TEST(Transition, DrawsWhatItsModeSays) {
   };
   for (const auto& [param, rows] : cases) EXPECT_EQ(Drawn(param, 4, 4), rows);
   EXPECT_EQ(Drawn({PICTAVO_TRANSITION_BLINDS, 0.5f, 0, 0, 0}, 16, 1), "#.#.#.#.#.#.#.#.");
+  EXPECT_EQ(Drawn({kClock, 0.4f, 0, 30 + 360 * 40000, 0}, 100, 100),
+            Drawn({kClock, 0.4f, 0, 30, 0}, 100, 100));
 }
 
 TEST(Transition, PushesWholePictures) {

@@ -43,93 +43,118 @@ void MixRow(u8* dst, const u8* from, const u8* to, const u32* weights, i64 width
 }
 
 // ---------------------------------------------------------------------------------------------
-// Places, 0 … 1, that pixels of a row have on the way of an edge.
+// Ways of an edge through a row, and the edge on it.
 
-/// How far along a straight way.
-struct StraightPlaces {
+struct Straight {
   f32 start, step;
-
-  f32 At(i64 x) const { return start + (static_cast<f32>(x) + 0.5f) * step; }
 };
-
-struct BlindPlaces {
-  StraightPlaces whole;
-
-  f32 At(i64 x) const {
-    const f32 blinds = std::max(8 * whole.At(x), 0.0f);
-    return blinds - static_cast<f32>(static_cast<i32>(blinds));
-  }
+struct Blinds {
+  Straight whole;
 };
-
-/// From the middle of the picture.
-struct CentredPlaces {
-  f32 middle, down;
-
-  f32 Across(i64 x) const { return static_cast<f32>(x) + 0.5f - middle; }
+struct Iris {
+  f32 middle, down, scale;  // of half the diagonal
 };
-
-struct IrisPlaces : CentredPlaces {
-  f32 scale;  // of half the diagonal
-
-  f32 At(i64 x) const {
-    const f32 across = Across(x);
-    return std::sqrt(across * across + down * down) * scale;
-  }
+struct Clock {
+  f32 middle, down, start;
 };
-
-/// The angle of a point clockwise from the top, in turns; within 3e-7.
-f32 TurnOf(f32 across, f32 down) {
-  static constexpr f32 kPolynomial[] = {-0.0018651559f, 0.008379082f,  -0.01852985f,
-                                        0.03080291f,    -0.052938568f, 0.15915132f};
-  const f32 x = std::abs(across), y = std::abs(down);
-  const f32 z = std::min(x, y) / std::max({x, y, 1e-30f}), w = z * z;
-  f32 ratio = 0;
-  for (const f32 coefficient : kPolynomial) ratio = ratio * w + coefficient;
-  f32 turn = z * ratio;
-  if (x > y) turn = 0.25f - turn;
-  if (down > 0) turn = 0.5f - turn;
-  return across < 0 ? 1 - turn : turn;
-}
-
-struct ClockPlaces : CentredPlaces {
-  f32 start;
-
-  f32 At(i64 x) const {
-    const f32 turn = TurnOf(Across(x), down) - start;
-    return turn < 0 ? turn + 1 : turn;
-  }
-};
-
-/// A number for each pixel as if by chance, the same everywhere.
-struct DissolvePlaces {
+struct Grain {
   u32 row;
 
-  explicit DissolvePlaces(i64 y) : row(static_cast<u32>(y) * 0x85EBCA77) { row ^= row >> 15; }
-
-  f32 At(i64 x) const {
-    u32 hash = (static_cast<u32>(x) + row) * 0x9E3779B1;
-    hash = (hash ^ hash >> 16) * 0x21F0AAAD;
-    hash = (hash ^ hash >> 15) * 0x735A2D97;
-    return static_cast<f32>((hash ^ hash >> 15) >> 8) * 0x1p-24f;
-  }
+  explicit Grain(i64 y) : row(static_cast<u32>(y) * 0x85EBCA77) { row ^= row >> 15; }
 };
+
+struct Edge {
+  f32 reach, softness, sharpness;
+};
+
+template <typename Way>
+using FillWeightsFn = void(u32* weights, i64 first, i64 end, const Edge& edge, const Way& way);
+
+struct WeightRows {
+  FillWeightsFn<Straight>* straight;
+  FillWeightsFn<Blinds>* blinds;
+  FillWeightsFn<Iris>* iris;
+  FillWeightsFn<Clock>* clock;
+  FillWeightsFn<Grain>* grain;
+};
+
+namespace portable {
+
+/// Vectors of one lane.
+struct V {
+  static constexpr i64 kPixels = 1;
+
+  u32 v;
+
+  static V All32(u32 x) { return {x}; }
+  void Store(u8* p) const { std::memcpy(p, &v, sizeof v); }
+};
+inline V operator|(V a, V b) { return {a.v | b.v}; }
+inline V operator^(V a, V b) { return {a.v ^ b.v}; }
+inline V Add32(V a, V b) { return {a.v + b.v}; }
+inline V Sub32(V a, V b) { return {a.v - b.v}; }
+inline V Mul32(V a, V b) { return {a.v * b.v}; }
+inline V ShiftLeft32(V a, int bits) { return {a.v << bits}; }
+inline V ShiftRightU32(V a, int bits) { return {a.v >> bits}; }
+inline V Index32() { return {0}; }
+
+struct F {
+  f32 v;
+
+  static F All(f32 x) { return {x}; }
+};
+inline F operator+(F a, F b) { return {a.v + b.v}; }
+inline F operator-(F a, F b) { return {a.v - b.v}; }
+inline F operator*(F a, F b) { return {a.v * b.v}; }
+inline F operator/(F a, F b) { return {a.v / b.v}; }
+inline bool operator<(F a, F b) { return a.v < b.v; }
+inline F Abs(F a) { return {std::abs(a.v)}; }
+inline F Min(F a, F b) { return {std::min(a.v, b.v)}; }
+inline F Max(F a, F b) { return {std::max(a.v, b.v)}; }
+inline F Sqrt(F a) { return {std::sqrt(a.v)}; }
+inline F Select(bool mask, F yes, F no) { return mask ? yes : no; }
+inline F ToF(V a) { return {static_cast<f32>(static_cast<i32>(a.v))}; }
+inline V Truncate(F a) { return {static_cast<u32>(static_cast<i32>(a.v))}; }
+
+#include "cpu/blending/transition_places.inl"
+
+}  // namespace portable
+}  // namespace
+
+#define KERNELS "cpu/blending/transition_places.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
+#define KERNELS "cpu/blending/transition_rows.inl"
+#include "cpu/simd/for_avx2.inl"
+#include "cpu/simd/for_sse41.inl"
+#undef KERNELS
+
+namespace {
 
 // ---------------------------------------------------------------------------------------------
 // The weights of a row.
 
+/// Columns outside of which one picture has all the weight: the second one before them or behind.
+struct Band {
+  i64 first, end;
+  bool secondBefore = false, secondBehind = false;
+};
+
 class Weights {
  public:
-  Weights(const TransitionParam& param, i64 width, i64 height)
-      : mode_(param.mode),
+  Weights(const WeightRows& rows, const TransitionParam& param, i64 width, i64 height)
+      : rows_(rows),
+        mode_(param.mode),
         width_(width),
         fade_(Nearest256th(param.progress)),
-        turn_(param.angle / 360 - std::floor(param.angle / 360)),
-        reach_(param.progress * (1 + param.softness)),
-        softness_(std::max(param.softness, 1e-9f)),
-        sharpness_(1 / softness_),
+        edge_({param.progress * (1 + param.softness), std::max(param.softness, 1e-9f), 0}),
         middleX_(static_cast<double>(width) / 2),
         middleY_(static_cast<double>(height) / 2) {
-    const auto [sin, cos] = elementary::SineCosineOfDegrees(elementary::WithoutTurns(param.angle));
+    edge_.sharpness = 1 / edge_.softness;
+    const double angle = elementary::WithoutTurns(param.angle);
+    const auto [sin, cos] = elementary::SineCosineOfDegrees(angle);
+    turn_ = static_cast<f32>((angle < 0 ? angle + 360 : angle) / 360);
     const double way = 2 * (middleX_ * std::abs(cos) + middleY_ * std::abs(sin));
     stepX_ = cos / way;
     stepY_ = sin / way;
@@ -144,17 +169,20 @@ class Weights {
   /// Whether a row's weights serve for all.
   bool AreSameInAllRows() const { return IsFade() || (IsStraight() && stepY_ == 0); }
 
-  void MakeRow(i64 y, u32* weights) const {
-    if (IsFade()) return FillAll(weights, fade_);
+  /// Fills in the weights of the band.
+  Band MakeRow(i64 y, u32* weights) const {
+    const f32 middle = static_cast<f32>(middleX_), down = static_cast<f32>(Down(y));
+    if (IsFade()) return FillAll(fade_ * 0x10001, weights);
     if (IsStraight()) return MakeStraightRow(y, weights);
-    const CentredPlaces centred = {static_cast<f32>(middleX_), static_cast<f32>(Down(y))};
     if (mode_ == PICTAVO_TRANSITION_IRIS) {
       const double half = std::sqrt(middleX_ * middleX_ + middleY_ * middleY_);
-      return Fill(IrisPlaces{centred, static_cast<f32>(1 / half)}, 0, width_, weights);
+      rows_.iris(weights, 0, width_, edge_, {middle, down, static_cast<f32>(1 / half)});
+    } else if (mode_ == PICTAVO_TRANSITION_CLOCK) {
+      rows_.clock(weights, 0, width_, edge_, {middle, down, turn_});
+    } else {
+      rows_.grain(weights, 0, width_, edge_, Grain(y));
     }
-    if (mode_ == PICTAVO_TRANSITION_CLOCK)
-      return Fill(ClockPlaces{centred, turn_}, 0, width_, weights);
-    Fill(DissolvePlaces(y), 0, width_, weights);
+    return {0, width_};
   }
 
  private:
@@ -166,54 +194,50 @@ class Weights {
   }
   double Down(i64 y) const { return static_cast<double>(y) + 0.5 - middleY_; }
 
-  /// A smooth band behind the edge. Whole numbers keep it from falling while the edge advances.
-  u32 WeightAt(f32 place) const {
-    const f32 part = std::clamp((reach_ - place) * sharpness_, 0.0f, 1.0f);
-    const u32 q = static_cast<u32>(static_cast<i32>(part * 1024));
-    return (q * q * (3072 - 2 * q) + (1 << 21)) >> 22;
+  Band FillAll(u32 weight, u32* weights) const {
+    if (weight == 0 || weight == kWhole) return {width_, width_, weight != 0};
+    std::fill_n(weights, width_, weight);
+    return {0, width_};
   }
 
-  static u32 InBothHalves(u32 weight) { return weight * 0x10001; }
-  void FillAll(u32* weights, u32 weight) const {
-    std::fill_n(weights, width_, InBothHalves(weight));
-  }
-  template <typename Places>
-  void Fill(const Places& places, i64 first, i64 end, u32* weights) const {
-    for (i64 x = first; x < end; ++x) weights[x] = InBothHalves(WeightAt(places.At(x)));
-  }
-
-  void MakeStraightRow(i64 y, u32* weights) const {
-    const StraightPlaces places = {static_cast<f32>(0.5 + Down(y) * stepY_ - middleX_ * stepX_),
-                                   static_cast<f32>(stepX_)};
+  Band MakeStraightRow(i64 y, u32* weights) const {
+    const Straight way = {static_cast<f32>(0.5 + Down(y) * stepY_ - middleX_ * stepX_),
+                          static_cast<f32>(stepX_)};
     const bool areBlinds = mode_ == PICTAVO_TRANSITION_BLINDS;
-    if (places.step == 0) {
-      FillAll(weights, WeightAt(areBlinds ? BlindPlaces{places}.At(0) : places.At(0)));
-    } else if (areBlinds) {
-      Fill(BlindPlaces{places}, 0, width_, weights);
-    } else {
-      MakeWipe(places, weights);
+    if (way.step == 0) {
+      return FillAll(areBlinds ? WeightAt(Blinds{way}, 0) : WeightAt(way, 0), weights);
     }
+    if (!areBlinds) return MakeWipe(way, weights);
+    rows_.blinds(weights, 0, width_, edge_, {way});
+    return {0, width_};
   }
 
   /// Works out the band alone; what lies before and behind it is all of one picture.
-  void MakeWipe(const StraightPlaces& places, u32* weights) const {
+  Band MakeWipe(const Straight& way, u32* weights) const {
     const auto column = [&](f32 place) {
-      const double x = (static_cast<double>(place) - places.start) / places.step;
+      const double x = (static_cast<double>(place) - way.start) / way.step;
       return static_cast<i64>(std::clamp(x, -4.0, static_cast<double>(width_) + 4));
     };
-    const i64 a = column(reach_), b = column(reach_ - softness_);
+    const i64 a = column(edge_.reach), b = column(edge_.reach - edge_.softness);
     const i64 first = std::clamp<i64>(std::min(a, b) - 3, 0, width_);
     const i64 end = std::clamp<i64>(std::max(a, b) + 3, 0, width_);
-    const auto side = [&](i64 x) { return InBothHalves(WeightAt(places.At(x))); };
-    std::fill(weights, weights + first, side(0));
-    Fill(places, first, end, weights);
-    std::fill(weights + end, weights + width_, side(width_ - 1));
+    rows_.straight(weights, first, end, edge_, way);
+    return {first, end, WeightAt(way, 0) == kWhole, WeightAt(way, width_ - 1) == kWhole};
   }
 
+  static constexpr u32 kWhole = 256 * 0x10001;
+
+  template <typename Way>
+  u32 WeightAt(const Way& way, i64 x) const {
+    return portable::WeightsOf(edge_, portable::PlaceAt(way, x)).v;
+  }
+
+  const WeightRows& rows_;
   u32 mode_;
   i64 width_;
   u32 fade_;
-  f32 turn_, reach_, softness_, sharpness_;
+  f32 turn_;
+  Edge edge_;
   double middleX_, middleY_, stepX_, stepY_;
 };
 
@@ -223,10 +247,10 @@ bool IsUsable(const TransitionParam& param) {
          isPart(param.softness) && std::isfinite(param.angle);
 }
 
-void CopyPicture(const Picture& dst, const Source& src) {
-  ForRows(dst, src,
-          [](u8* d, const u8* s, i64 width) { std::memcpy(d, s, static_cast<size_t>(4 * width)); });
+void CopyPixels(u8* dst, const u8* src, i64 width) {
+  if (dst != src) std::memmove(dst, src, static_cast<size_t>(4 * width));
 }
+void CopyPicture(const Picture& dst, const Source& src) { ForRows(dst, src, CopyPixels); }
 
 /// The last so many columns, or rows, of one picture, then the first of the other.
 void Join(const Picture& dst, const Source& first, const Source& second, i64 count, bool across) {
@@ -249,19 +273,13 @@ void Push(const Picture& dst, const Source& from, const Source& to, const Transi
   Join(dst, from, to, size - moved, across);
 }
 
-}  // namespace
-
-#define KERNELS "cpu/blending/transition_rows.inl"
-#include "cpu/simd/for_avx2.inl"
-#include "cpu/simd/for_sse41.inl"
-#undef KERNELS
-
-namespace {
-
 /// Mixes all rows. A dip has the colour in the place of one picture.
 u32 Mix(i32 level, const Picture& dst, Source from, Source to, const TransitionParam& param) {
-  static constexpr Builds<MixRowFn*> kBuilds = {
+  static constexpr Builds<const WeightRows*> kWeights = {
+      .portable = &portable::kWeightRows, .sse41 = &sse41::kWeightRows, .avx2 = &avx2::kWeightRows};
+  static constexpr Builds<MixRowFn*> kMixes = {
       .portable = MixRow, .sse41 = sse41::VectorMixRow, .avx2 = avx2::VectorMixRow};
+  MixRowFn* const mixRow = kMixes.For(level);
   Scratch scratch(8 * dst.width);
   if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   u32* const row = reinterpret_cast<u32*>(scratch.data());
@@ -271,10 +289,17 @@ u32 Mix(i32 level, const Picture& dst, Source from, Source to, const TransitionP
     (param.progress <= 0.5f ? to : from) = {reinterpret_cast<const u8*>(colours), dst.width,
                                             dst.height, 0};
   }
-  const Weights weights(param, dst.width, dst.height);
+  const Weights weights(*kWeights.For(level), param, dst.width, dst.height);
+  Band band = weights.MakeRow(0, row);
   for (i64 y = 0; y < dst.height; ++y) {
-    if (y == 0 || !weights.AreSameInAllRows()) weights.MakeRow(y, row);
-    kBuilds.For(level)(dst.Row(y), from.Row(y), to.Row(y), row, dst.width);
+    if (y > 0 && !weights.AreSameInAllRows()) band = weights.MakeRow(y, row);
+    u8* const out = dst.Row(y);
+    const auto at = [](auto* p, i64 x) { return p + 4 * x; };
+    CopyPixels(out, (band.secondBefore ? to : from).Row(y), band.first);
+    mixRow(at(out, band.first), at(from.Row(y), band.first), at(to.Row(y), band.first),
+           row + band.first, band.end - band.first);
+    CopyPixels(at(out, band.end), at((band.secondBehind ? to : from).Row(y), band.end),
+               dst.width - band.end);
   }
   return PICTAVO_S_OK;
 }
@@ -288,13 +313,10 @@ u32 ApplyTransition(i32 level, ImageDesc* dst, const ImageDesc* from, const Imag
   if (code != PICTAVO_S_OK && code != PICTAVO_S_FALSE) return code;
   const Picture out = PictureIn(*dst);
   const Source first = SourceIn(*from), second = SourceIn(*to);
-  const bool pushes = param->mode == PICTAVO_TRANSITION_PUSH;
-  if (!SameSize(out, first) || !SameSize(out, second) ||
-      (pushes && (ShareBytes(out, first) || ShareBytes(out, second)))) {
-    return PICTAVO_E_INVALIDARG;
-  }
+  if (!SameSize(out, first) || !SameSize(out, second)) return PICTAVO_E_INVALIDARG;
   if (out.IsEmpty()) return PICTAVO_S_FALSE;
-  if (!pushes) return Mix(level, out, first, second, *param);
+  if (param->mode != PICTAVO_TRANSITION_PUSH) return Mix(level, out, first, second, *param);
+  if (ShareBytes(out, first) || ShareBytes(out, second)) return PICTAVO_E_INVALIDARG;
   Push(out, first, second, *param);
   return PICTAVO_S_OK;
 }

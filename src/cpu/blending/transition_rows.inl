@@ -32,8 +32,12 @@ inline bool AreAll(const Block& weights, u32 weight) {
 
 /// Where one picture has all the weight, the other is not even read.
 inline void MixBlock(u8* dst, const u8* from, const u8* to, const Block& weights) {
-  if (AreAll(weights, 0)) return Block(from).Store(dst);
-  if (AreAll(weights, 256)) return Block(to).Store(dst);
+  const auto copy = [=](const u8* picture) {
+    Prefetch(picture);
+    Block(picture).Store(dst);
+  };
+  if (AreAll(weights, 0)) return copy(from);
+  if (AreAll(weights, 256)) return copy(to);
   Prefetch(from);
   Prefetch(to);
   Block under(from);
