@@ -104,17 +104,27 @@ struct Columns {
   }
 };
 
-/// Opaque blocks need no weights; which they are their alphas' sums tell.
+inline bool IsOpaqueRow(const u8* row, i64 width) {
+  i64 x = 0;
+  while (x < width && row[4 * x + 3] == 255) ++x;
+  return x == width;
+}
+
+/// Opaque blocks need no weights; which they are their alphas' sums tell. A strip is worth asking
+/// when its first row is opaque.
 inline void VectorPixelateBand(const Picture& band, i64 side, i64 readable) {
-  const bool mayBeOpaque = side <= Columns::kMostRows && band.pixels[3] == 255;
-  const i64 columns = mayBeOpaque ? Columns::kMost / side * side : band.width;
+  const bool fits = side <= Columns::kMostRows;
+  const i64 columns = fits ? Columns::kMost / side * side : band.width;
   for (i64 left = 0; left < band.width; left += columns) {
     const i64 width = std::min(columns, band.width - left);
     const Picture strip = band.Part({left, 0, left + width, band.height});
     const auto weighted = [&](i64 x, const Picture& block) {
       return MeanPixel(VectorSumBlock(block, readable - left - x), block.width * block.height);
     };
-    if (!mayBeOpaque) return FillBlocks(strip, side, weighted);
+    if (!fits || !IsOpaqueRow(strip.pixels, width)) {
+      FillBlocks(strip, side, weighted);
+      continue;
+    }
     const Columns sums(strip);
     FillBlocks(strip, side, [&](i64 x, const Picture& block) {
       const i64 count = block.width * block.height;
