@@ -864,7 +864,7 @@ struct IPictavo2 : IPictavo {
 
   /// Slot 49. Sharpens by an unsharp mask, in place: c + amount * (c - b) for each colour c, where
   /// b is slot 56's blur of the picture with a sigma of `radius` both ways and replicated edges,
-  /// not rounded. Rounded to the nearest, halves up, and limited to 0 … 255. A colour nearer to b
+  /// to 1/64 or finer. Rounded to the nearest, halves up, and limited to 0 … 255. A colour nearer b
   /// than the threshold stays as it is, and alpha always does. Clear pixels become four zeros. All
   /// builds give the same bytes. Rows are shared with helping threads.
   /// @param amount -1 (the blur itself) … 16
@@ -894,9 +894,9 @@ struct IPictavo2 : IPictavo {
 
   /// Slot 52. Lays a colour over a rectangle between pixels, cut to the picture. Its edges are
   /// taken to the nearest 1/256 of a pixel, halves up, so that rectangles with a common edge cover
-  /// each pixel once. A pixel covered by cx / 256 across and cy / 256 down has the coverage c = (cx
-  /// * cy
-  /// + 128) >> 8; where c > 0 the colour is laid over it by slot 73's normal mode with the opacity
+  /// each pixel once. A pixel covered by cx / 256 across and cy / 256 down has the coverage
+  /// c = (cx * cy + 128) >> 8;
+  /// where c > 0 the colour is laid over it by slot 73's normal mode with the opacity
   /// c - 1 and alphaMode 2. The builds change with slot 73's.
   /// @param left the rectangle's left edge in pixels, 0 being the picture's; infinite ones too
   /// @param top its upper edge
@@ -1178,13 +1178,13 @@ struct IPictavo3 : IPictavo2 {
   ///   it lies along the way of an edge from one corner, or side, of the picture to that opposite;
   ///   its distance from the picture's centre by half the diagonal; its angle from the hand's start
   ///   in turns; the fraction of eight times the wipe's place; a hash of its column and row, the
-  ///   same on every system. With u = (progress * (1 + softness) - t) / softness, a softness below
-  ///   1e-9 being that, limited to 0 … 1 and taken to q = trunc(1024 * u), w = (q * q * (3072 - 2 *
-  ///   q) + 2^21) >> 22. Places are worked out in single precision. No w falls while progress
-  ///   grows.
-  /// - Push: both pictures move by progress * width (or height) whole pixels, to the nearest, in
-  /// the
-  ///   direction of the quarter turn nearest to the angle; softness does not count.
+  ///   same on every system. With u = (progress * (1 + softness) - t) * (1 / softness), a softness
+  ///   below 1e-9 being that, limited to 0 … 1 and taken to q = trunc(1024 * u), it is
+  ///   w = (q * q * (3072 - 2 * q) + 2^21) >> 22. Places and u are single precision. No w falls
+  ///   while progress grows.
+  /// - Push: both pictures move by progress * width (or height) whole pixels, to the nearest,
+  ///   in the direction of the quarter turn nearest to the angle;
+  ///   softness does not count.
   ///
   /// Progress 0 copies the first picture and 1 the second, in every mode. The builds change at
   /// levels 6 and 8.
