@@ -98,12 +98,15 @@ beside pkg.exe
 
 echo "== A host of the other ABI, with each import library"
 resources=$(clang -print-resource-dir)
-clang --target=x86_64-pc-windows-msvc -std=c++17 -O1 -ffreestanding -fno-exceptions -nostdinc \
-  -isystem "$resources/include" -I"$sdk/include" -c "$source/tests/abi/abi_host.cpp" -o "$work/abi.obj"
+for source_file in abi_host.cpp=c++17 abi_c.c=c11; do
+  clang --target=x86_64-pc-windows-msvc -std=${source_file#*=} -O1 -ffreestanding -fno-exceptions -nostdinc \
+    -isystem "$resources/include" -I"$sdk/include" -c "$source/tests/abi/${source_file%=*}" \
+    -o "$work/${source_file%=*}.obj"
+done
 kernel32=$(x86_64-w64-mingw32-g++-posix -print-file-name=libkernel32.a)
 for library in Pictavo.lib libPictavo.dll.a; do
   lld-link /nologo /nodefaultlib /entry:Main /subsystem:console "/out:$work/build/abi.exe" \
-    "$work/abi.obj" "$sdk/lib/$library" "$kernel32"
+    "$work/abi_host.cpp.obj" "$work/abi_c.c.obj" "$sdk/lib/$library" "$kernel32"
   beside abi.exe
 done
 echo "The SDK works"
