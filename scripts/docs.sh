@@ -32,7 +32,8 @@ pages=("$PWD"/docs/{effects,keying,preview-and-export}.md) photographs=$PWD/out/
 # From copies: Doxygen loses the links between pages where a folder's name has a space.
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-cp -r include docs README.md NOTICE.md SECURITY.md CONTRIBUTING.md CHANGELOG.md build/docs/pictures "$scratch"
+cp -r --parents include docs samples/recipes scripts/docs_filter.py ./*.md "$scratch"
+cp -r build/docs/pictures "$scratch"
 version=$(sed -n 's/^project(Pictavo VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 (cd "$scratch" && PICTAVO_VERSION=$version doxygen docs/Doxyfile)
 rm -rf build/docs/html

@@ -41,6 +41,49 @@
 ///   no call may overlap the release of its object.
 /// - Not built. A method marked so, or called Reserved, touches nothing and returns
 ///   PICTAVO_E_NOTIMPL whatever it is given, so that a host can fall back.
+///
+/// Parameters of one name are the same in every method, unless it says otherwise itself. No pointer
+/// may be null: the method's codes tell what becomes of one.
+///
+/// | parameter | what it is |
+/// |---|---|
+/// | `u8* dst`, `u32* dst` | the picture that is written: first byte of its top row |
+/// | `ImageDesc* dst` | record of the picture that is written; the record itself is only read |
+/// | `const ImageDesc* dst` | record of the texture that is written |
+/// | `IPictavoSurface* dst` | the picture that is written |
+/// | `const u8* src`, `const u32* src` | the picture that is read: first byte of its top row |
+/// | `const ImageDesc* src` | record of the picture that is read |
+/// | `IPictavoSurface* src` | the picture that is read |
+/// | `u8* buffer`, `u32* buffer` | the picture that is changed: first byte of its top row |
+/// | `const u8* buffer`, `const u8* pixels` | the picture to measure: first byte of its top row |
+/// | `const ImageDesc* image` | record of the picture, and of the buffer around it |
+/// | `width` | pixels in a row, of every picture of the call |
+/// | `height` | rows, of every picture of the call |
+/// | `pitch` | bytes from row to row, of every picture of the call |
+/// | `dstPitch` | bytes from row to row of the destination |
+/// | `srcPitch` | bytes from row to row of the source |
+/// | `dstWidth` | pixels in a row of the destination |
+/// | `dstHeight` | rows of the destination |
+/// | `srcWidth` | pixels in a row of the source |
+/// | `srcHeight` | rows of the source |
+/// | `forceOpaque` | not 0: all alphas become 255 |
+/// | `fullSize` | 0: the destination's last column and row are not written |
+/// | `flip` | not 0: the source is read from its bottom row to its top row |
+/// | `opacityStart` | factor of the source's opacity in the top row, 0 … 1 or as the rule says |
+/// | `opacityEnd` | the factor that the row below the last one would have |
+/// | `opacity` | of the whole source: 0 leaves the destination, 255 is the source as it is |
+/// | `backdrop` | 0xAARRGGBB; unless AA is 0, the colour that stands in for the destination's |
+/// | `colour` | 0xAARRGGBB |
+/// | `const i32* rect` | left, top, right, bottom in pixels, the last two beyond the last pixel |
+/// | `border` | pixels on every side; 0 writes nothing |
+/// | `param` | what to do: a record, whose fields state their units and ranges |
+/// | `u32 model` | PICTAVO_COLOR_… |
+/// | `u32 matrix` | PICTAVO_MATRIX_… with PICTAVO_COLOR_YUV, else 0 |
+/// | `u32 range` | PICTAVO_RANGE_… |
+/// | `bins` | takes the counts; room for binCount |
+/// | `binCount` | bins, at least 1 |
+/// | `ID3D11Device* device` | the host's device, which the textures are of |
+/// | `ID3D11DeviceContext* context` | a context of that device, which gets the work |
 #ifndef PICTAVO_PICTAVO_H_
 #define PICTAVO_PICTAVO_H_
 
@@ -159,11 +202,10 @@ constexpr i64 FrameBytes(u32 layout, i32 width, i32 height) {
 /// lies outside the source is clear, so that edges are smooth. PICTAVO_SAMPLE_NEAREST copies the
 /// pixel at (floor(x + 1/2), floor(y + 1/2)). PICTAVO_SAMPLE_BILINEAR rounds x and y to the nearest
 /// 1/256; the four pixels around the place have the weights (256 - p) * (256 - q), p * (256 - q),
-/// (256 - p) * q and p * q of its fractions p / 256 and q / 256. With W the sum of
-/// weight * alpha, alpha
-/// becomes (W + 32768) >> 16 and a colour the nearest integer, halves up, to the sum of weight *
-/// alpha * colour divided by W; a pixel of alpha 0 is four zeros. At a pixel's own centre that
-/// pixel is copied as it is. Opaque pixels take the plain weighted mean, at the speed of one.
+/// (256 - p) * q and p * q of its fractions p / 256 and q / 256. With W the sum of weight * alpha,
+/// alpha becomes (W + 32768) >> 16 and a colour the nearest integer, halves up, to the sum of
+/// weight * alpha * colour divided by W; a pixel of alpha 0 is four zeros. At a pixel's own centre
+/// that pixel is copied as it is. Opaque pixels take the plain weighted mean, at the speed of one.
 /// @{
 inline constexpr u32 PICTAVO_SAMPLE_NEAREST = 0;   ///< the pixel that a place lies in
 inline constexpr u32 PICTAVO_SAMPLE_BILINEAR = 1;  ///< of the four around it
@@ -184,6 +226,8 @@ inline constexpr u32 PICTAVO_MATTE_ALPHA = 0;           ///< its alpha
 inline constexpr u32 PICTAVO_MATTE_INVERTED_ALPHA = 1;  ///< 255 - its alpha
 inline constexpr u32 PICTAVO_MATTE_LUMA = 2;            ///< its luma
 inline constexpr u32 PICTAVO_MATTE_INVERTED_LUMA = 3;   ///< 255 - its luma
+/// @}
+
 /// @name Resizing filters
 /// What ResizeParam::filter names, from soft to sharp. Each is as wide as said on either side of a
 /// pixel's centre, in pixels of the coarser picture.
@@ -225,7 +269,9 @@ struct IHostPicture {
   virtual void Host1() noexcept = 0;  ///< Not called.
   virtual void Host2() noexcept = 0;  ///< Not called.
   virtual void Host3() noexcept = 0;  ///< Not called.
-  /// The picture's texture, without a reference for the caller; null when there is none.
+  /// Tells where a picture is.
+  /// @param picture the record whose data is this object; not to be kept
+  /// @return its texture, without a reference for the caller; null when there is none
   virtual ID3D11Texture2D* GetTexture(const ImageDesc* picture) noexcept = 0;
 
  protected:
@@ -356,6 +402,7 @@ struct ColorLutParam {
                        ///< (b * size + g) * size + r
 };
 static_assert(sizeof(ColorLutParam) == 16, "ColorLutParam is 16 bytes");
+
 /// @name Transitions
 /// Values of TransitionParam::mode.
 /// @{
@@ -406,7 +453,8 @@ inline constexpr u32 PICTAVO_MEASURE_MEAN = 0;       ///< the mean
 inline constexpr u32 PICTAVO_MEASURE_DEVIATION = 1;  ///< the standard deviation
 inline constexpr u32 PICTAVO_MEASURE_SHARPNESS = 2;  ///< the variance of the Laplacian
 inline constexpr u32 PICTAVO_MEASURE_NOISE = 3;      ///< a robust estimate of the noise
-                                                     /// @}
+
+/// @}
 
 /// A picture of the host's for the OpenCL methods and slots 97 and 101. The host implements it; the
 /// library only calls it, from the thread of the call that it was given to, and keeps neither it
@@ -416,6 +464,7 @@ struct IPictavoSurface {
   /// (bytes; on OpenCL negative where rows run upwards) and `bytesPerPixel`; `bufferWidth` and
   /// `bufferHeight` where a method asks for them. The pixels stay where they are until the method
   /// returns; the OpenCL methods copy them to the device and back.
+  /// @param image the library's record; not to be kept
   /// @return 1 when the surface can be used; any other value refuses the call
   virtual u32 Query(ImageDesc* image) noexcept = 0;
 
@@ -574,7 +623,8 @@ struct IPictavo {
   /// SetCPULevel last set.
   virtual void DetectInstructionSet() noexcept = 0;
 
-  /// Slot 1. The level in use, as detected or as last given to SetCPULevel.
+  /// Slot 1. Tells the level in use.
+  /// @return as detected, or as last given to SetCPULevel
   virtual i32 GetCPULevel() noexcept = 0;
 
   /// Slot 2. Lays a straight-alpha source over the destination, faded by an opacity ramp.
@@ -590,8 +640,7 @@ struct IPictavo {
   /// stored; from level 3 a negative weight counts as 0, 256 - w as at least 0, and a result above
   /// 255 as 255.
   ///
-  /// Pitches in bytes. @return status: 0 when dst or src is null, else 1 (also for an empty
-  /// picture)
+  /// @return status: 0 when dst or src is null, else 1 (also for an empty picture)
   virtual u32 BlendOverWithOpacityRamp(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
                                        i32 srcPitch, i32 flip, f32 opacityStart,
                                        f32 opacityEnd) noexcept = 0;
@@ -604,7 +653,6 @@ struct IPictavo {
 
   /// Slot 4. Lays a straight-alpha source over the destination. The rule of slot 2 with w = source
   /// alpha, its difference from level 3 included.
-  /// @param pitch bytes, of both pictures
   /// @return status: 0 when dst or src is null, else 1
   virtual u32 BlendOverPitched(u8* dst, const u8* src, i32 width, i32 height,
                                i32 pitch) noexcept = 0;
@@ -626,7 +674,7 @@ struct IPictavo {
   virtual u32 BlendPremultipliedPacked(u8* dst, const u8* src, i32 width, i32 height) noexcept = 0;
 
   /// Slot 7. Lays a premultiplied source over the destination: slot 5 with f = 1.
-  /// @param pitch bytes, of both pictures; nothing is done when it is below 1
+  /// @param pitch bytes from row to row, of both pictures; nothing is done when it is below 1
   /// @return status: 0 when dst or src is null, else 1
   virtual u32 BlendPremultipliedPitched(u8* dst, const u8* src, i32 width, i32 height,
                                         i32 pitch) noexcept = 0;
@@ -645,7 +693,6 @@ struct IPictavo {
                                                     f32 opacityStart, f32 opacityEnd) noexcept = 0;
 
   /// Slot 9. Composites a premultiplied source over a premultiplied destination: slot 8 with f = 1.
-  /// @param pitch bytes, of both pictures
   /// @return status: 0 when dst or src is null or a size or the pitch is below 1, else 1
   virtual u32 CompositePremultipliedPitched(u8* dst, const u8* src, i32 width, i32 height,
                                             i32 pitch) noexcept = 0;
@@ -661,7 +708,6 @@ struct IPictavo {
   ///
   /// With w = (source alpha * (opacity + 1)) >> 8: w = 255 copies the pixel, w = 0 leaves the
   /// destination, otherwise each colour becomes (s * w + d * (256 - w)) >> 8 and alpha stays.
-  /// @param backdrop 0xAARRGGBB; when its alpha byte is not 0, its colour stands in for d
   /// @return PICTAVO_S_OK; PICTAVO_E_FAIL when dst or src is null or a size is below 1
   virtual u32 BlendOverWithOpacity(u8* dst, const u8* src, i32 width, i32 height, i32 dstPitch,
                                    i32 srcPitch, u8 opacity, u32 backdrop) noexcept = 0;
@@ -678,6 +724,8 @@ struct IPictavo {
   /// Bytes give Y in 16 … 235, U and V in 16 … 240, without a clamp. Inputs beyond a byte are taken
   /// as they are, sums modulo 2^32: below level 3 the shift keeps the sign; from level 3 a negative
   /// sum, like a large one, gives 255. Nothing is done when an output is null.
+  /// @param r,g,b bytes, or any numbers
+  /// @param y,u,v take a number each
   virtual void ConvertRGBToYUVPixel(i32 r, i32 g, i32 b, u32* y, u32* u, u32* v) noexcept = 0;
 
   /// Slot 15. One colour from studio-range YUV (BT.601) to RGB. With Y less 16, U and V less 128:
@@ -688,6 +736,8 @@ struct IPictavo {
   ///
   /// From level 3 inputs and differences saturate to 16 bits; bytes give the same at every level.
   /// Nothing is done when an output is null.
+  /// @param y,u,v bytes, or any numbers
+  /// @param r,g,b take a number of 0 … 255 each
   virtual void ConvertYUVToRGBPixel(i32 y, i32 u, i32 v, u32* r, u32* g, u32* b) noexcept = 0;
 
   /// Slot 16. Turns premultiplied alpha into straight alpha in place.
@@ -737,7 +787,7 @@ struct IPictavo {
   /// the sum of colour * alpha, / S; a pixel whose alpha becomes 0 becomes all 0. A non-zero
   /// forceOpaque takes each colour's sum >> 4 and alpha 255 instead. Divisions round towards zero.
   ///
-  /// Pitches in bytes. @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
   /// PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the source is too large
   virtual u32 ResizeBox16AlphaWeighted(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch,
                                        const u8* src, i32 srcWidth, i32 srcHeight, i32 srcPitch,
@@ -753,7 +803,7 @@ struct IPictavo {
   /// Without fullSize the last column and row of the destination are not written; sx is still
   /// divided by dstWidth. In a source of one column, or row, that one is its own neighbour.
   ///
-  /// Pitches in bytes. @return PICTAVO_S_OK, also when nothing is left to write; PICTAVO_E_POINTER
+  /// @return PICTAVO_S_OK, also when nothing is left to write; PICTAVO_E_POINTER
   /// when dst or src is null; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the
   /// source is too large; PICTAVO_E_OUTOFMEMORY
   virtual u32 ResizeBilinear16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
@@ -770,7 +820,7 @@ struct IPictavo {
   /// is cut off there is missing from all further ones too. In a source of one column, or row, that
   /// one is its own neighbour.
   ///
-  /// Pitches in bytes. @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
+  /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when dst or src is null;
   /// PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the destination is wider or
   /// higher than 2^23; PICTAVO_E_OUTOFMEMORY
   virtual u32 ResizeBilinear7(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
@@ -780,12 +830,15 @@ struct IPictavo {
   virtual u32 Reserved33() noexcept = 0;  ///< Slot 33.
 
   /// Slot 34. Four consecutive 32-bit pixels from RGB to YUV by the matrix of slot 14, in vector
-  /// code at any level. Writes four numbers to each output; nothing when a pointer is null. Alphas
-  /// are not read.
+  /// code at any level. Nothing is done when a pointer is null. Alphas are not read.
+  /// @param pixels 16 bytes
+  /// @param y,u,v take four numbers each
   virtual void ConvertRGBToYUV4Pixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept = 0;
 
   /// Slot 35. Slot 34's conversion in portable code; from level 3 it calls slot 34 through the
   /// table.
+  /// @param pixels 16 bytes
+  /// @param y,u,v take four numbers each
   virtual void ConvertRGBToYUVPixels(const u8* pixels, i32* y, i32* u, i32* v) noexcept = 0;
 
   /// Slot 36. Slot 11 with an opacity ramp and a flip, writing the weight into the alpha.
@@ -820,10 +873,12 @@ struct IPictavo2 : IPictavo {
   /// Slot 42. Uses this level from now on, whether or not the processor has its instructions.
   /// Values above 8 behave like 8, negative ones like 0; GetCPULevel returns the value as given.
   /// Calls already running keep the level they started with.
+  /// @param level PICTAVO_LEVEL_…, or a number between
   virtual void SetCPULevel(i32 level) noexcept = 0;
 
   /// Slot 43. Counts the bytes of 32-bit pixels. Clears binCount bins, then adds 1 to bin v for
   /// each byte v; a byte without a bin is not counted, so 256 bins count them all.
+  /// @param pitch bytes from row to row, not negative
   /// @param selector 1 green, 2 red, 3 alpha, 4 all four bytes, 5 the three colours; 0 and any
   /// other value blue
   /// @return PICTAVO_S_OK, also for an empty picture; PICTAVO_E_FAIL when pixels or bins is null or
@@ -832,6 +887,7 @@ struct IPictavo2 : IPictavo {
                                i32 binCount, u32 selector) noexcept = 0;
 
   /// Slot 44. Counts one value a pixel, in bins as slot 43 has them.
+  /// @param pitch bytes from row to row, not negative
   /// @param selector 0 the bytes of an 8-bit picture; of 32-bit pixels 1 the mean of the three
   /// colours, rounded down, or 2 red; any other value leaves the bins cleared
   /// @return as slot 43
@@ -856,7 +912,6 @@ struct IPictavo2 : IPictavo {
   /// @param height not read either
   /// @param pitch bytes, rounded down to whole pixels
   /// @param rect left, top, right, bottom in pixels, all inclusive
-  /// @param colour 0xAARRGGBB
   /// @return PICTAVO_S_OK; PICTAVO_E_FAIL when buffer or rect is null; PICTAVO_E_INVALIDARG when
   /// left or top is negative, right is before left or bottom above top
   virtual u32 DrawRectOutline(u32* buffer, i32 width, i32 height, u32 pitch, const i32 rect[4],
@@ -883,9 +938,7 @@ struct IPictavo2 : IPictavo {
                                 i32 dstPitch) noexcept = 0;
 
   /// Slot 51. Writes a colour over a rectangle, cut to the picture. The build changes at level 3.
-  /// @param rect left, top, right, bottom in pixels, the last two beyond the last pixel; any
-  /// numbers
-  /// @param colour 0xAARRGGBB
+  /// @param rect any left, top, right, bottom in pixels, the last two beyond the last pixel
   /// @return PICTAVO_S_OK, also where the rectangle misses the picture; PICTAVO_E_POINTER when
   /// buffer or rect is null; PICTAVO_E_INVALIDARG when the pitch is shorter than a row;
   /// PICTAVO_S_FALSE for an empty picture
@@ -895,14 +948,12 @@ struct IPictavo2 : IPictavo {
   /// Slot 52. Lays a colour over a rectangle between pixels, cut to the picture. Its edges are
   /// taken to the nearest 1/256 of a pixel, halves up, so that rectangles with a common edge cover
   /// each pixel once. A pixel covered by cx / 256 across and cy / 256 down has the coverage
-  /// c = (cx * cy + 128) >> 8;
-  /// where c > 0 the colour is laid over it by slot 73's normal mode with the opacity
-  /// c - 1 and alphaMode 2. The builds change with slot 73's.
+  /// c = (cx * cy + 128) >> 8; where c > 0 the colour is laid over it by slot 73's normal mode with
+  /// the opacity c - 1 and alphaMode 2. The builds change with slot 73's.
   /// @param left the rectangle's left edge in pixels, 0 being the picture's; infinite ones too
   /// @param top its upper edge
   /// @param right its right edge; nothing is covered when it is not right of the left one
   /// @param bottom its lower edge
-  /// @param colour 0xAARRGGBB
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer is null; PICTAVO_E_INVALIDARG when an edge
   /// is not a number or the pitch is shorter than a row; PICTAVO_S_FALSE for an empty picture
   virtual u32 FillRectangleSmooth(u8* buffer, i32 width, i32 height, i32 pitch, f32 left, f32 top,
@@ -934,7 +985,7 @@ struct IPictavo2 : IPictavo {
   /// rows of large frames are shared out to helping threads.
   /// @param src     FrameBytes(layout, width, height) bytes
   /// @param dst     rows of BGRA pixels, dstPitch bytes apart; shares no byte with src
-  /// @param format  nothing else may stand in it
+  /// @param format  what FrameFormat makes; nothing else may stand in it
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when src or dst is null; PICTAVO_E_INVALIDARG for a
   /// format that is none, a pitch shorter than a row of pixels, or memory that is shared;
   /// PICTAVO_S_FALSE for a width or height below 1
@@ -945,9 +996,8 @@ struct IPictavo2 : IPictavo {
   /// 16 for pixel (x, y), sx = (srcWidth << 16) / dstWidth and sy likewise: the upper left of those
   /// that it covers. The same code at every level.
   ///
-  /// Pitches in bytes, of which only whole pixels count. @return PICTAVO_S_OK; PICTAVO_E_POINTER
-  /// when dst or src is null; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_INVALIDARG when the
-  /// source is too large
+  /// Of pitches only whole pixels count.
+  /// @return as slot 29
   virtual u32 ResizeNearest32(u32* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u32* src,
                               i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
 
@@ -979,6 +1029,7 @@ struct IPictavo2 : IPictavo {
 
   /// Slot 59. Sets the alpha of each pixel of a packed picture from a packed plane of bytes. All
   /// builds give the same bytes; they change at levels 6 and 8.
+  /// @param pixels width * height pixels of 4 bytes
   /// @param plane width * height bytes; shares none with the picture
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for pictures that
   /// share a byte or cannot lie in memory; PICTAVO_S_FALSE for an empty picture
@@ -1002,9 +1053,8 @@ struct IPictavo2 : IPictavo {
   ///   of A is 0, also for an A below 0, the pixel becomes four zeros. Opaque parts of a picture
   ///   take no longer than in mode 0, and what is clear less.
   ///
-  /// @param src    may have any size; shares no byte with dst
-  /// @param dst    the size to make
-  /// @param param  PICTAVO_FILTER_…, mode
+  /// @param src    record of the picture that is read, of any size; shares no byte with dst
+  /// @param dst    record of the picture that is written, with the size to make
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, pixels
   /// of other than 4 bytes, a pitch shorter than its row, pictures that share a byte, another
   /// filter or mode, and reserved words other than 0; PICTAVO_S_FALSE for an empty picture;
@@ -1026,9 +1076,9 @@ struct IPictavo2 : IPictavo {
   /// Slot 62. Writes slot 55's pixels inside a rectangle of the destination only; the others stay.
   /// All builds give the same bytes.
   ///
-  /// Pitches in bytes, of which only whole pixels count. The pictures share no byte.
-  /// @param rect  left, top, right, bottom, the last two beyond its last pixel; cut to the
-  ///              destination
+  /// Of pitches only whole pixels count. The pictures share no byte.
+  /// @param rect  left, top, right, bottom in pixels of the destination, the last two beyond the
+  ///              last pixel; cut to it
   /// @return PICTAVO_S_OK, also where nothing of the rectangle is left; PICTAVO_E_POINTER for a
   /// null; PICTAVO_E_INVALIDARG for a pitch shorter than its row, pictures that share a byte and a
   /// source wider or higher than 32767; PICTAVO_S_FALSE when a size is below 1
@@ -1071,6 +1121,7 @@ struct IPictavo3 : IPictavo2 {
   /// The destination has the size that GetMotionBlurDstSize tells. Another one is filled as it is;
   /// direction and zoom then say so to the debugger. Source and destination must not overlap.
   ///
+  /// @param dst record of the picture that is written, of the size that GetMotionBlurDstSize tells
   /// @return PICTAVO_S_OK, also for an empty destination; PICTAVO_E_INVALIDARG when a record or its
   /// data is null or it holds a texture, when a size of the source is negative or a picture cannot
   /// fit in memory, when the motion's places are negative, more than 2^24 or cannot be computed,
@@ -1086,6 +1137,9 @@ struct IPictavo3 : IPictavo2 {
   /// the source's centre; a zoom of n places a border of n - 1 pixels on every side, or of H / 2
   /// when that is less; a direction of n places, on the sides that it comes from, the columns and
   /// rows of a vector of n - 1 pixels along it, rounded towards zero.
+  /// @param src only its width and height are read
+  /// @param dst takes width, height and pitch; the other fields stay
+  /// @param offsetX,offsetY take the column and row of the source where the destination begins
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when an argument is null
   virtual u32 GetMotionBlurDstSize(const ImageDesc* src, ImageDesc* dst,
                                    const MotionBlurParam* param, i32* offsetX,
@@ -1147,6 +1201,7 @@ struct IPictavo3 : IPictavo2 {
   /// D3D11_USAGE_DEFAULT; the two may differ in the order of their channels. The context is the
   /// immediate one; nothing that is bound to it is touched. The object keeps a texture of the
   /// source's size for the next call, as slot 108 keeps its own.
+  /// @param context the device's immediate context
   /// @return as slots 67 and 108; PICTAVO_E_INVALIDARG also for a deferred context; PICTAVO_E_FAIL
   /// also without the memory manager
   virtual u32 RotateD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
@@ -1156,8 +1211,7 @@ struct IPictavo3 : IPictavo2 {
   /// of what is left of it; the last of a row or column may be smaller. Each pixel of a block
   /// becomes the block's mean: of alpha, and of the colours weighted by alpha, both to the nearest,
   /// halves up; four zeros where the mean alpha is 0. The build changes at level 8.
-  /// @param rect left, top, right, bottom in pixels, the last two beyond the last pixel; any
-  /// numbers
+  /// @param rect any left, top, right, bottom in pixels, the last two beyond the last pixel
   /// @param block side of a block in pixels, at least 1
   /// @return PICTAVO_S_OK, also where the rectangle misses the picture; PICTAVO_E_POINTER when
   /// buffer or rect is null; PICTAVO_E_INVALIDARG when block is 0 or the pitch is shorter than a
@@ -1182,13 +1236,14 @@ struct IPictavo3 : IPictavo2 {
   ///   below 1e-9 being that, limited to 0 … 1 and taken to q = trunc(1024 * u), it is
   ///   w = (q * q * (3072 - 2 * q) + 2^21) >> 22. Places and u are single precision. No w falls
   ///   while progress grows.
-  /// - Push: both pictures move by progress * width (or height) whole pixels, to the nearest,
-  ///   in the direction of the quarter turn nearest to the angle;
-  ///   softness does not count.
+  /// - Push: both pictures move by progress * width (or height) whole pixels, to the nearest, along
+  ///   the quarter turn nearest to the angle; softness does not count.
   ///
   /// Progress 0 copies the first picture and 1 the second, in every mode. The builds change at
   /// levels 6 and 8.
-  /// @param dst may be one of the two at the same place, but for a push
+  /// @param dst record of the picture that is written; may be one of the two at the same place, but
+  /// for a push
+  /// @param from,to records of the first picture and of the second, of the destination's size
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a record, its data or param is null;
   /// PICTAVO_E_INVALIDARG when the pictures differ in size, are textures or not of 4 bytes a pixel,
   /// a pitch is shorter than its row, the mode is above 7, progress or softness is not in 0 … 1,
@@ -1205,7 +1260,6 @@ struct IPictavo3 : IPictavo2 {
   /// taken to be tight, width + 2 * border apart, whatever the pitch; only the border's first byte
   /// is placed by the pitch. So a wider pitch puts the border of bytes in the wrong places.
   ///
-  /// @param border pixels; 0 writes nothing
   /// @return PICTAVO_S_OK; PICTAVO_E_INVALIDARG when the record or its data is null, the record
   /// holds a texture, a size is below 1, the picture with its border is wider or higher than the
   /// buffer, pixels have neither 4 bytes nor 1, or rows of bytes with a border are shorter than the
@@ -1279,8 +1333,6 @@ struct IPictavo4 : IPictavo3 {
 
   /// Slot 75. Copies a rectangle of the source to the destination's upper left corner. The build
   /// changes at level 8.
-  /// @param rect left, top, right, bottom in pixels of the source, the last two beyond the last
-  /// pixel
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when a record, its data or rect is null;
   /// PICTAVO_E_INVALIDARG when the rectangle leaves the source or, moved to the corner, the
   /// destination, its right is left of its left or its bottom above its top, the pictures share a
@@ -1291,6 +1343,7 @@ struct IPictavo4 : IPictavo3 {
   virtual u32 Reserved76() noexcept = 0;  ///< Slot 76.
 
   /// Slot 77. Fills a picture of 32-bit pixels with one colour.
+  /// @param blue,green,red,alpha its bytes
   /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when a size is below 1; PICTAVO_E_POINTER when buffer is
   /// null
   virtual u32 FillSolidColor(u8* buffer, i32 width, i32 height, i32 pitch, u8 blue, u8 green,
@@ -1306,6 +1359,7 @@ struct IPictavo4 : IPictavo3 {
   /// - Feather: slot 56's blur of the alphas, with replicated edges.
   ///
   /// All builds give the same bytes. Rows are shared with helping threads.
+  /// @param picture record of the picture, whose alphas change
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, pixels
   ///         of other than 4 bytes, a pitch shorter than a row or a field outside its range;
   ///         PICTAVO_S_FALSE for an empty picture; PICTAVO_E_OUTOFMEMORY
@@ -1317,10 +1371,10 @@ struct IPictavo4 : IPictavo3 {
   ///
   /// The pixel in column x and row y lies at u = x - a to the right of the centre and v = y - b
   /// below it, where a = centreX - 1/2 and b = centreY - 1/2. With r = sqrt(u * u + v * v) and t =
-  /// max(0, 1 - r * (1 / radius)) it is sampled (see PICTAVO_SAMPLE_) at (u * c + v * s + a, v * c
-  /// - u * s + b), where c and s are the cosine and the sine of angle * t * t. All is double
-  /// precision; of two 1/256 as near to a place the even one is taken, and
-  /// PICTAVO_SAMPLE_NEAREST takes its place from x + 1/2 and y + 1/2 so rounded.
+  /// max(0, 1 - r * (1 / radius)) it is sampled (see PICTAVO_SAMPLE_) at
+  /// (u * c + v * s + a, v * c - u * s + b), where c and s are the cosine and the sine of
+  /// angle * t * t. All is double precision; of two 1/256 as near to a place the even one is taken,
+  /// and PICTAVO_SAMPLE_NEAREST takes its place from x + 1/2 and y + 1/2 so rounded.
   ///
   /// Large pictures are shared out by rows, as in slot 86. The levels give the same bytes; they
   /// change at 6 and 8.
@@ -1333,8 +1387,9 @@ struct IPictavo4 : IPictavo3 {
   /// / 256), halves up. A matte of one byte a pixel is a plane: modes 0 and 2 take the byte, 1 and
   /// 3 255 less it. Pixels whose alpha becomes 0 keep their colours. All builds give the same
   /// bytes; they change at level 6.
-  /// @param picture 4 bytes a pixel
-  /// @param matte 4 bytes a pixel or 1; may be the picture, but shares no byte with it otherwise
+  /// @param picture record of a picture of 4 bytes a pixel, whose alphas change
+  /// @param matte record of one of 4 bytes a pixel or 1; may be the picture, else shares no byte
+  /// with it
   /// @param mode one of PICTAVO_MATTE_
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, other
   ///         bytes a pixel, a pitch shorter than its row, sizes that differ, pictures that share
@@ -1373,6 +1428,8 @@ struct IPictavo4 : IPictavo3 {
 
   /// Slot 82. The mean of a packed 8-bit picture: the exact sum of its width * height bytes divided
   /// by their number.
+  /// @param buffer width * height bytes
+  /// @param mean takes the result
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer or mean is null; PICTAVO_E_INVALIDARG when
   /// a size is below 1
   virtual u32 ComputeMean(const u8* buffer, i32 width, i32 height, f32* mean) noexcept = 0;
@@ -1381,6 +1438,8 @@ struct IPictavo4 : IPictavo3 {
   /// up to and with it and those above it is the greatest; of several such, the first; where a
   /// single index has a value, that one. In double precision.
   /// @param values what each index counts, of any scale
+  /// @param count values
+  /// @param index takes the result, 0 … count - 1
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when values or index is null; PICTAVO_E_INVALIDARG
   /// when a value is negative, infinite or not a number, and when there is none above 0
   virtual u32 FindThreshold(const f32* values, u32 count, u32* index) noexcept = 0;
@@ -1398,6 +1457,7 @@ struct IPictavo4 : IPictavo3 {
   /// @param channel 0 … 3 for blue, green, red, alpha; -1 for the nearest luma, (19 * blue + 183 *
   /// green + 54 * red + 128) >> 8
   /// @param measure PICTAVO_MEASURE_…
+  /// @param result takes the measure, on the scale of bytes; of sharpness, on that of their squares
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when buffer or result is null; PICTAVO_E_INVALIDARG
   /// for another channel or measure and a pitch shorter than a row; PICTAVO_S_FALSE for an empty
   /// picture
@@ -1408,8 +1468,8 @@ struct IPictavo4 : IPictavo3 {
   /// The builds change at levels 6 and 8.
   /// @param channel 0 … 3 for blue, green, red, alpha
   /// @param threshold no byte is above 255 or more
-  /// @param count takes at most 2^32 - 1
-  /// @param bounds all 0 where there is no such pixel
+  /// @param count takes their number, at most 2^32 - 1
+  /// @param bounds takes the rectangle; all 0 where there is no such pixel
   /// @return PICTAVO_S_OK, also where there is none; PICTAVO_E_POINTER when buffer, count or bounds
   /// is null; PICTAVO_E_INVALIDARG for another channel, a pitch shorter than a row and an empty
   /// picture
@@ -1446,6 +1506,9 @@ struct IPictavo4 : IPictavo3 {
   /// pictures may overlap in any way: all is as if src were read first. The rows of large
   /// pictures run in parallel on threads of the system's pool, or of the Concurrency Runtime. No
   /// key at all leaves dst alone. The debugger is told how long each key and the whole took.
+  /// @param dst record of the picture that is written; may be src's, or overlap it
+  /// @param keys the colours to key
+  /// @param keyCount how many these are; 0 leaves dst alone
   /// @param format 1 for BGRA pictures, any other value for AYUV (bytes V, U, Y, A)
   /// @return PICTAVO_S_OK, also for an empty picture; PICTAVO_E_POINTER when a record, its data or
   /// keys is null; PICTAVO_E_INVALIDARG when keyCount is negative, a record is a texture, a size is
@@ -1474,7 +1537,9 @@ struct IPictavo4 : IPictavo3 {
   /// upwards. Below level 6 the portable build runs. All memory is allocated before anything is
   /// written: width * height pixels, little of which vector builds touch, or what those need if
   /// that is more.
-  /// @param pitch bytes; at least a row, up or down, unless the picture has one row only
+  /// @param image the picture that is changed in place: first byte of its top row
+  /// @param pitch bytes from row to row; at least a row, up or down, unless there is one row only
+  /// @param radius pixels, above 0, at most the picture's smaller side: three standard deviations
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when image is null; PICTAVO_S_FALSE when a size is
   /// below 1 or the radius is not above 0, not a number, or above the width or the height;
   /// PICTAVO_E_INVALIDARG when rows overlap; PICTAVO_E_OUTOFMEMORY
@@ -1523,18 +1588,25 @@ struct IPictavo5 : IPictavo4 {
                                   i32 dstPitch, u32 model, u32 matrix, u32 range) noexcept = 0;
 
   /// Slot 90. Converts one colour from RGB, as slot 88 converts pixels.
+  /// @param r,g,b 0 … 255
+  /// @param first,second,third take a number each, named in the order of the model's name
   /// @return PICTAVO_S_OK; PICTAVO_E_FAIL without ConvertUtility.dll, whatever the arguments;
   /// PICTAVO_E_POINTER when an output is null; PICTAVO_E_INVALIDARG for options that name no space
   /// or a number outside 0 … 255
   virtual u32 ConvertColorFromRGB(i32 r, i32 g, i32 b, u32* first, u32* second, u32* third,
                                   u32 model, u32 matrix, u32 range) noexcept = 0;
 
-  /// Slot 91. Converts one colour to RGB, as slot 89 converts pixels. A hue may be any number: it
-  /// goes round. @return as slot 90
+  /// Slot 91. Converts one colour to RGB, as slot 89 converts pixels.
+  /// @param first,second,third 0 … 255, in the order of the model's name; a hue may be any number:
+  /// it goes round
+  /// @param r,g,b take a number of 0 … 255 each
+  /// @return as slot 90
   virtual u32 ConvertColorToRGB(i32 first, i32 second, i32 third, u32* r, u32* g, u32* b, u32 model,
                                 u32 matrix, u32 range) noexcept = 0;
 
-  /// Slot 92. Converts one pixel, four bytes of a picture, as slot 90 converts a colour.
+  /// Slot 92. Converts one pixel, as slot 90 converts a colour.
+  /// @param pixel four bytes of a picture
+  /// @param first,second,third take a number each, in the order of the model's name
   /// @return as slot 90; PICTAVO_E_POINTER when pixel is null, too
   virtual u32 ConvertPixelFromRGB(const u8* pixel, u32* first, u32* second, u32* third, u32 model,
                                   u32 matrix, u32 range) noexcept = 0;
@@ -1551,7 +1623,7 @@ struct IPictavo5 : IPictavo4 {
   /// Squares of 2 x 2 equal pixels come back from full NV12 within 1 of what they were.
   /// @param src     rows of BGRA pixels, srcPitch bytes apart
   /// @param dst     FrameBytes(layout, width, height) bytes; shares no byte with src
-  /// @param format  as slot 54 takes it
+  /// @param format  what FrameFormat makes, as slot 54 takes it
   /// @return as slot 54
   virtual u32 ConvertBGRAToFrame(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
                                  u32 format) noexcept = 0;
@@ -1575,6 +1647,8 @@ struct IPictavo5 : IPictavo4 {
   /// Each is computed exactly and rounded once to the nearest integer, the higher of two equally
   /// near.
   /// @param hue degrees, any: 0 is red, 120 green, 240 blue
+  /// @param saturation,lightness 0 … 255
+  /// @param r,g,b take a byte each
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when r, g or b is null
   virtual u32 ConvertHSLToRGB(i32 hue, u8 saturation, u8 lightness, u8* r, u8* g,
                               u8* b) noexcept = 0;
@@ -1591,6 +1665,8 @@ struct IPictavo5 : IPictavo4 {
   /// the nearest, halves up. What comes out is blended by the record's mode, opacity and alphaMode;
   /// its fractions are not read. To less than half its size a layer loses pixels: a filtered
   /// resizer comes first. The levels give the same bytes; they change as those of slot 73.
+  /// @param src record of the layer, of any size
+  /// @param rect four numbers: left, top, right, bottom in pixels of the destination
   /// @return PICTAVO_S_OK, also when nothing of the rectangle lies in the destination, it has no
   /// area, or the opacity is 0; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture,
   /// pixels of other than 4 bytes, a pitch shorter than a row, a mode above 11, an opacity above
@@ -1633,8 +1709,10 @@ struct IPictavo6 : IPictavo5 {
   /// around the picture; the picture's own pixels are not written. A border of 0 writes nothing.
   /// Rows lie as slot 71 takes them, and the same bytes are written; where that puts rows of the
   /// border into the picture or into each other, it is the processor that writes them.
-  /// @return PICTAVO_E_INVALIDARG also when the picture and its border are wider than bufferWidth
-  /// or higher than bufferHeight, or rows of bytes with a border are shorter than the two
+  /// @param dst the picture that gets the border
+  /// @return as IPictavo6 tells; PICTAVO_E_INVALIDARG also when picture and border are wider than
+  /// bufferWidth or higher than bufferHeight, or rows of bytes with a border are shorter than
+  /// the two
   virtual u32 ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept = 0;
 
   /// Slot 99. Grades a picture in place by one matrix, made of six parameters in this order; with
@@ -1668,7 +1746,7 @@ struct IPictavo6 : IPictavo5 {
   /// Pixels outside the source are clear black, so straight-alpha colours darken along its edge;
   /// premultiply first. A device may differ from the rule by 1.
   /// @param matrix six finite numbers, from the destination to the source
-  /// @return PICTAVO_E_INVALIDARG also for a matrix that is not finite
+  /// @return as IPictavo6 tells; PICTAVO_E_INVALIDARG also for a matrix that is not finite
   virtual u32 TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
                               const f32* matrix) noexcept = 0;
 
@@ -1682,14 +1760,16 @@ struct IPictavo6 : IPictavo5 {
   /// x lies at u = (x + 0.5) * (source width / destination width) - 0.5, kept within 0 … source
   /// width - 1, and v likewise down; between its four neighbours as in slot 100, every channel
   /// alike. A device may differ from the rule by 1.
+  /// @return as IPictavo6 tells
   virtual u32 BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept = 0;
 
   /// Slot 103. Blurs a texture by a box: every channel of a pixel becomes the mean of the pixels up
   /// to `radius` columns and rows away, as far as the picture has them, (sum + count / 2) / count.
   ///
   /// Pictures, state of the context and codes as slot 108; source and destination have one size,
-  /// and are both colour or both planes. Any radius can be used. @return as slot 108;
-  /// PICTAVO_E_INVALIDARG also for pictures that do not fit together
+  /// and are both colour or both planes.
+  /// @param radius pixels, any number
+  /// @return as slot 108; PICTAVO_E_INVALIDARG also for pictures that do not fit together
   virtual u32 BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
                          const ImageDesc* src, u32 radius) noexcept = 0;
 
@@ -1699,18 +1779,20 @@ struct IPictavo6 : IPictavo5 {
   /// outside the picture.
   /// @param radiusX 0 … 2047; 0 leaves the pass along rows out
   /// @param radiusY 0 … 2047; 0 leaves the pass down columns out; 0 for both copies the picture
-  /// @return PICTAVO_E_INVALIDARG also for surfaces of two sizes and larger radii
+  /// @return as IPictavo6 tells; PICTAVO_E_INVALIDARG also for surfaces of two sizes, larger radii
   virtual u32 FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
                              u32 radiusY) noexcept = 0;
 
   /// Slot 105. Fills a picture with one colour.
   /// @param colour 0xAARRGGBB; its low byte for planes of bytes
+  /// @return as IPictavo6 tells
   virtual u32 MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept = 0;
 
   /// Slot 106. Makes each byte of a pixel from one of the bytes of the source's pixel: `b` says
   /// from which one blue is made, and so on, 0 … 3; 4 gives 0 and 5 gives 255. Works in place. All
   /// builds give the same bytes; they change at levels 6 and 8.
   /// @param count packed pixels
+  /// @param b,g,r,a where each byte comes from: 0 … 5
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a number above 5,
   /// or pixels that cannot lie in memory; PICTAVO_S_FALSE for a count below 1
   virtual u32 ShuffleChannels(u8* dst, const u8* src, i64 count, u32 b, u32 g, u32 r,
@@ -1786,8 +1868,11 @@ struct IPictavo6 : IPictavo5 {
   /// source's rows, after 11 up to the rectangle. Of contexts and of the host's textures it keeps
   /// nothing. One thread at a time may use a context.
   ///
+  /// @param opCode PICTAVO_D3D_…
   /// @param subMode PICTAVO_D3D_WHOLE; for opCode 0 also PICTAVO_D3D_PART, for 6 and 10 also
   /// PICTAVO_D3D_AS_PROCESSOR
+  /// @param src record of the texture that is read; not looked at by operations 4 and 11
+  /// @param param the operation's record, as the table has it, or null
   /// @return PICTAVO_S_OK; PICTAVO_S_FALSE when nothing is to be written; PICTAVO_E_FAIL for
   /// another opCode and for a texture of another format; PICTAVO_E_POINTER when an argument, a
   /// record's texture, the colour or the keys are null;

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """What is told of the methods elsewhere agrees with their list, include/pictavo/pictavo_methods.inl.
   methods_test.py SOURCE_FOLDER
-Names each slot that was forgotten, or told of twice."""
+Names each slot that was forgotten, or told of twice, and what its comment lacks in the API reference."""
 import re
+import subprocess
 import sys
 from itertools import zip_longest
 from pathlib import Path
@@ -57,6 +58,19 @@ for part in re.split(r"(?=^struct IPictavo\d?\b)", header, flags=re.M)[1:]:
     declared += [f"{slot} {name}({names})" for slot, (name, _), names in zip_longest(told, found, names, fillvalue=("?", 0))]
 check("The list", written, declared)
 
+shown = subprocess.run([sys.executable, ROOT / "scripts/docs_filter.py", ROOT / "include/pictavo/pictavo.h"],
+                       capture_output=True, check=True, encoding="utf-8").stdout
+wanted, given = [], []
+for comment, result, name, arguments in re.findall(
+        r"((?:^/// .*\n|^///\n)+) *virtual (\w+)[^;(]*?(\w+)\(([^)]*)\) noexcept", shown.partition("struct IPictavo {")[2],
+        re.M):
+    names = re.findall(r"(\w+)(?:\[\d\])?(?:,|$)", arguments)
+    told = ",".join(re.findall(r"@param +(\S+) +\S", comment)).split(",") if names else []
+    parts = [["an example"] * ("@code" in comment), ["a result"] * ("@return " in comment), told]
+    wanted += [f"{name}: {part}" for part in ["an example"] + ["a result"] * (result != "void") + names]
+    given += [f"{name}: {part}" for part in sum(parts, [])]
+check("What the header and its examples tell", given, wanted)
+
 table = re.search(r"^\| slots \| operation .*?\n\n", read("README.md"), re.M | re.S)[0]
 rows = re.findall(r"^\| ([\d –,]+) \|", table, re.M)
 check("README's table", (slot for row in rows for slot in numbers(row)), methods)
@@ -76,6 +90,9 @@ timed = {int(slot) for path in (ROOT / "bench").glob("*.cpp") if path.name != "d
 untimed = re.search(r"Not timed: slots ([^.]*)", read("docs/performance.md"))[1]
 untimed = list(numbers(re.sub(r"\([^)]*\)", "", untimed)))
 check("bench, with those that docs/performance.md says are not timed,", list(timed) + untimed, on_processor)
+
+told = re.findall(r"`(\w+)` \((\d+)\)", read("docs/tasks.md"))
+check("docs/tasks.md", {f"{slot} {name}" for name, slot in told}, (f"{slot} {methods[slot][0]}" for slot in methods))
 
 print(f"{len(methods)} methods and {len(reserved)} reserved slots, {failures} faults")
 sys.exit(1 if failures or len(methods) + len(reserved) != 111 else 0)
