@@ -16,7 +16,9 @@ install(DIRECTORY include/pictavo DESTINATION include)
 install(DIRECTORY samples DESTINATION .)
 install(FILES README.md NOTICE.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION .)
 install(DIRECTORY docs DESTINATION . FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
-install(DIRECTORY build/docs/pictures/ DESTINATION docs OPTIONAL)  # scripts/docs.sh makes them
+# scripts/docs.sh makes these.
+install(DIRECTORY build/docs/pictures/ DESTINATION docs OPTIONAL)
+install(DIRECTORY build/docs/html DESTINATION docs OPTIONAL)
 install(FILES ${PICTAVO_MSVC_LIBRARY} DESTINATION lib)
 
 set(config ${CMAKE_CURRENT_BINARY_DIR}/config)

@@ -70,7 +70,7 @@ def filtered_header(text, places):
 def filtered(text, places):
     """A summary is the first sentence, and a slot's number shall not be all of it."""
     text = re.sub(r"(Slot \d+)\. ", r"\1: ", text)
-    return re.sub(r"\b[sS]lot (\d+)\b(?!:)", lambda m: link(places, m[1], m[0]), text)
+    return re.sub(r"\bslot (\d+)\b|\bSlot (\d+)\b(?!:)", lambda m: link(places, m[1] or m[2], m[0]), text)
 
 
 def link(places, method, shown):
@@ -78,13 +78,18 @@ def link(places, method, shown):
 
 
 def filtered_page(text, places):
-    """Of what the pages link to, the samples are not among the pages of the reference."""
-    text = re.sub(r"\]\((\.\./)?include/pictavo/pictavo\.h\)", "](@ref pictavo.h)", text)
-    text = re.sub(r"\[([^]]*)\]\(([.][.]/)?samples[^)]*\)", r"\1", text)
-    blocks = re.split(r"(^```.*?^```|^#.*$)", text, flags=re.M | re.S)
-    return "".join(block if block[:1] in "`#" else
-                   re.sub(r"`(\w+)`", lambda m: link(places, m[1], m[0].strip("`") if m[1] in places else m[0]), block)
+    """Of what the pages link to, the samples are not among the pages of the reference. Code that goes on
+    in the next line would become a block."""
+    text = re.sub(r"\[`?([^]`]*)`?\]\((\.\./)?include/pictavo/pictavo\.h\)", r'@ref pictavo.h "\1"', text)
+    text = re.sub(r"\[([^]]*)\]\((\.\./)?samples[^)]*\)", r"\1", text)
+    blocks = re.split(r"(^```(?:.*\n)*?```$|^#.*$)", text, flags=re.M)
+    return "".join(block if block[:1] == "#" or block[:3] == "```" else filtered_text(block, places)
                    for block in blocks)
+
+
+def filtered_text(text, places):
+    text = re.sub(r"`[^`]+`", lambda code: code[0].replace("\n", " "), text)
+    return re.sub(r"`(\w+)`", lambda m: link(places, m[1], m[1]) if m[1] in places else m[0], text)
 
 
 file = Path(sys.argv[1])

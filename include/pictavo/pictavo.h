@@ -868,7 +868,8 @@ struct IPictavo {
   ~IPictavo() = default;  // only the release exports destroy the object
 };
 
-/// Slots 42 to 62: level setter, histograms, grey, outline, the scalar resizers.
+/// Slots 42 to 62: level setter, histograms, rectangles, sharpening, blur, levels, frames,
+/// resizers.
 struct IPictavo2 : IPictavo {
   /// Slot 42. Uses this level from now on, whether or not the processor has its instructions.
   /// Values above 8 behave like 8, negative ones like 0; GetCPULevel returns the value as given.
@@ -1090,7 +1091,7 @@ struct IPictavo2 : IPictavo {
   ~IPictavo2() = default;
 };
 
-/// Slots 63 to 72: motion blur and borders.
+/// Slots 63 to 72: motion blur, flips, colour tables, rotation, transitions, borders, convolution.
 struct IPictavo3 : IPictavo2 {
   /// Slot 63. Smears a picture along a direction, a zoom about its centre or a spin about its
   /// centre: whichever passes through the most places, spin before zoom before direction where they
@@ -1283,7 +1284,7 @@ struct IPictavo3 : IPictavo2 {
   ~IPictavo3() = default;
 };
 
-/// Slots 73 to 87: layers, solid colours, statistics, chroma key, blur.
+/// Slots 73 to 87: layers, solid colours, mattes, swirl and tilt, measures, chroma key, blur.
 struct IPictavo4 : IPictavo3 {
   /// Slot 73. Mixes a layer into the destination over their common top-left rectangle.
   ///
@@ -1550,8 +1551,10 @@ struct IPictavo4 : IPictavo3 {
   ~IPictavo4() = default;
 };
 
-/// Slots 88 to 97. The first five convert colours through ConvertUtility.dll, loaded at the first
-/// call of any of them. Options choose the colour space:
+/// Slots 88 to 97: colours, frames, planes, layers in rectangles, surfaces.
+///
+/// The first five convert colours through ConvertUtility.dll, loaded at the first call of any of
+/// them. Options choose the colour space:
 ///
 /// - PICTAVO_COLOR_YUV with a PICTAVO_MATRIX_, limited or full. With the matrix's weights Kr and Kb
 ///   of red and blue in luma, Y = Kr r + (1 - Kr - Kb) g + Kb b, U = (b - Y) / (2 - 2 Kb) and V =
@@ -1687,7 +1690,7 @@ struct IPictavo5 : IPictavo4 {
   ~IPictavo5() = default;
 };
 
-/// Slots 98 to 110: OpenCL and Direct3D 11.
+/// Slots 98 to 110: OpenCL, Direct3D 11, the colour matrix, channels and planes.
 ///
 /// The OpenCL methods load the system's OpenCL runtime at the first call and run on its first GPU,
 /// or on its first device of another kind when it has none; a device that cannot have a method's

@@ -60,7 +60,9 @@ cmp "$work/small.bgra" <(head -c $((640 * 360 * 4)) "$work/frame.bgra") || fail 
 build "$sdk/samples/c" c
 [ "$(beside c/c_host.exe | tr -d '\r' | tail -n 1)" = "result 0: add gives 228 178 138" ] || fail "the C sample's sum"
 build "$sdk/samples/recipes" recipes
-beside recipes/recipes.exe
+for program in recipes bands examples; do
+  beside recipes/$program.exe
+done
 build "$sdk/samples/host" host
 info=$(beside host/pictavo-host.exe info | tr -d '\r')
 grep "^Built" <<<"$info"
