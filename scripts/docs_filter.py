@@ -2,8 +2,8 @@
 """Prints a file as Doxygen shall read it.
   docs_filter.py FILE
 In pictavo.h, each method gets the parameters that its comment leaves to the table at the top of the header,
-and its example, the paragraph of samples/recipes/examples.cpp that calls it. Slots that are named, and in the
-pages names of methods, become links to the methods."""
+and its example, the paragraph of samples/recipes/examples.cpp that calls it. Slots and methods that
+are named become links."""
 import re
 import sys
 from pathlib import Path
@@ -63,6 +63,8 @@ def complete(comment, arguments, shared, example):
 def filtered_header(text, places):
     shared = {key: told for keys, told in TABLE.findall(text) for key in re.findall(r"`(.*?)`", keys)}
     calls = examples()
+    named = re.compile(r"(?<![\w:])(" + "|".join(name for name in places if not name.isdigit()) + r")\b(?!\()")
+    text = re.sub(r"///(?! @name).*", lambda line: named.sub(lambda m: link(places, m[1], m[1]), line[0]), text)
     text = METHOD.sub(lambda m: complete(m[1], m[4], shared, calls.get(m[3])) + m[2], text)
     return filtered(text, places)
 
