@@ -34,7 +34,7 @@ void KeyOver(const pictavo::Host& host, View background, ConstView subject) {
 /// Blurs as if the picture went on beyond its edges: it gets a border of its edge pixels, is
 /// blurred with it, and loses it again.
 void BlurWithBorder(const pictavo::Host& host, View frame, float radius) {
-  const int border = static_cast<int>(3 * radius) + 1;  // as far as three box blurs reach
+  const int border = static_cast<int>(radius) + 1;  // as far as the three boxes reach together
   Picture large(frame.width() + 2 * border, frame.height() + 2 * border);
   const View inside = View(large).Part(border, border, frame.width(), frame.height());
   host.Copy(frame, inside);
