@@ -49,7 +49,8 @@ filter "frei0r=filter_name=pictavo_direction:filter_params=nan|nan" > direction
 filter "frei0r=filter_name=pictavo_fade:filter_params=red|1" | head -c 12288 |
   cmp - <(head -c 12288 first) || fail "a fade of nothing"
 printf 'LUT_1D_SIZE 2\n1 1 1\n0 0 0\n' > negative.cube
-filter "frei0r=filter_name=pictavo_lut:filter_params=$work/negative.cube" | cmp - <(filter negate) || fail "a table"
+filter "frei0r=filter_name=pictavo_lut:filter_params=$work/negative.cube" > graded
+filter negate | cmp - graded || fail "a table"
 
 # Only what is needed of GStreamer's own plug-ins is looked at.
 libraries=$(dirname "$(find /usr/lib -name libgstfrei0r.so | head -n 1)")
