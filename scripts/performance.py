@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Puts the benchmark's output into docs/performance.md and draws docs/performance.svg from it.
+"""Puts the benchmark's output into docs/performance-tables.md, what a reader wants first of it into
+docs/performance.md, and draws docs/performance.svg.
 
   scripts/bench.sh > FILE; scripts/performance.py FILE
 """
@@ -14,43 +15,58 @@ NAME, DATA, CELL = 35, 22, 17  # columns of text that the benchmark prints
 OURS = {"portable", "128 bits", "256 bits", "ours"}
 
 
-def read_ratios(line, columns):
-    """The numbers in brackets; a gap is as wide as a column, but a large ratio may be wider."""
-    ratios, at = {}, NAME + DATA
+def read_cells(line, columns):
+    """Nanoseconds and times the loop; a gap is as wide as a column, but a large ratio may be wider."""
+    cells, at = {}, NAME + DATA
     for column in columns:
-        if cell := re.compile(r" {1,9}[\d.]+ \( *([\d.]+)\)").match(line, at):
-            ratios[column] = float(cell[1])
+        if cell := re.compile(r" {1,9}([\d.]+) \( *([\d.]+)\)").match(line, at):
+            cells[column] = float(cell[1]), float(cell[2])
         at = cell.end() if cell else at + CELL
-    return ratios
+    return cells
 
 
 def read_tables(text):
-    """Yields a title, the printed lines, and for each line its name, data and {column: ratio}."""
+    """Yields a title, the printed lines, and for each line its name, data and {column: cell}."""
     for block in text.strip("\n").split("\n\n"):
         title, head, *lines = block.split("\n")
         columns = re.split(r" {2,}", head[:head.index("   x ")].strip())
-        parsed = [(line[:NAME].strip(), line[NAME:NAME + DATA].strip(), read_ratios(line, columns)) for line in lines]
+        parsed = [(line[:NAME].strip(), line[NAME:NAME + DATA].strip(), read_cells(line, columns)) for line in lines]
         yield title.split(":")[0], [head, *lines], parsed
 
 
+def whole_frames(lines):
+    """One line an operation, on a whole frame, of soft pixels where there is a choice: its name,
+    data, slowest and fastest build, and the best peer's name and cell."""
+    found = {}
+    for name, data, cells in lines:
+        if data.startswith("1920x") and (
+                name not in found or data.endswith("soft") or data.endswith("1280x720")):
+            found[name] = data, cells
+    for name, (data, cells) in found.items():
+        ours = [cells[c] for c in cells if c in OURS]
+        peers = {c: cell for c, cell in cells.items() if c not in OURS}
+        best = min(peers, key=lambda c: peers[c][0], default=None)
+        yield name, data.partition(" ")[2], ours[0], ours[-1], best, peers.get(best)
+
+
+def summary(lines):
+    rows = ["| | of | ns | times the loop | best peer, ns |", "|---|---|---:|---:|---:|"]
+    for name, data, _, (ns, ratio), best, peer in whole_frames(lines):
+        beside = f"{best} {peer[0]:.2f}" if peer else ""
+        rows.append(f"| {name} | {data} | {ns:.3g} | {ratio:.2g} | {beside} |")
+    return "\n".join(rows)
+
+
 def chart_rows(tables):
-    """One row an operation: its ratios on a whole frame, of soft pixels where there is a choice."""
+    """One row a method: the first of its lines."""
     rows = {}
     for _, _, lines in tables:
-        for name, data, ratios in lines:
-            if not data.startswith("1920x"):
-                continue
-            if name not in rows or data.endswith("soft") or data.endswith("1280x720"):
-                rows[name] = (data, ratios)
-    for name, (data, ratios) in rows.items():
-        ours = [ratios[c] for c in ratios if c in OURS]
-        peers = {c: r for c, r in ratios.items() if c not in OURS}
-        best = min(peers, key=peers.get) if peers else None
-        yield f"{name}, {data.split(' ', 1)[-1]}", ours[0], ours[-1], best, peers.get(best)
+        for name, data, portable, ours, best, peer in whole_frames(lines):
+            rows.setdefault(name.split()[0], (f"{name}, {data}", portable[1], ours[1], best, peer and peer[1]))
+    return [row for _, row in sorted(rows.items(), key=lambda item: int(item[0]))]
 
 
 def draw(rows):
-    rows = list(rows)
     left, width, step, top = 320, 560, 18, 60
     least, most = 0.2, 500.0
     x = lambda ratio: left + width * math.log(max(least, min(most, ratio)) / least) / math.log(most / least)
@@ -80,12 +96,13 @@ def draw(rows):
 
 def main():
     tables = list(read_tables(Path(sys.argv[1]).read_text()))
-    text = ""
-    for title, lines, _ in tables:
-        text += f"## {title}\n\n```text\n" + "\n".join(line.rstrip() for line in lines) + "\n```\n\n"
-    page = DOCS / "performance.md"
-    begin, end = "<!-- tables: scripts/performance.py -->\n", "<!-- end of tables -->"
-    page.write_text(re.sub(begin + ".*" + end, lambda _: begin + "\n" + text + end, page.read_text(), flags=re.S))
+    long = "".join(f"## {title}\n\n```text\n" + "\n".join(map(str.rstrip, printed)) + "\n```\n\n"
+                   for title, printed, _ in tables)
+    short = "".join(f"### {title}\n\n{summary(lines)}\n\n" for title, _, lines in tables if summary(lines).count("\n") > 1)
+    for page, text in (("performance.md", short), ("performance-tables.md", long)):
+        begin, end = "<!-- tables: scripts/performance.py -->\n", "<!-- end of tables -->"
+        content = (DOCS / page).read_text()
+        (DOCS / page).write_text(re.sub(begin + ".*" + end, lambda _: begin + "\n" + text + end, content, flags=re.S))
     (DOCS / "performance.svg").write_text(draw(chart_rows(tables)))
 
 

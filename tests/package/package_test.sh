@@ -38,7 +38,7 @@ sed -n '/^```cpp$/,/^```$/p' "$sdk/README.md" | sed '1d;$d' | diff - "$sdk/sampl
 build() {  # FOLDER NAME [CMAKE ARGUMENTS]
   echo "== $2"
   cmake -G Ninja -S "$1" -B "$work/build/$2" --toolchain "$source/cmake/mingw-w64.cmake" \
-    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$sdk" "${@:3}" >"$work/log" &&
+    -DCMAKE_PREFIX_PATH="$sdk" "${@:3}" >"$work/log" &&
     cmake --build "$work/build/$2" ${target:+--target $target} >"$work/log" || { cat "$work/log"; fail "$2 does not build"; }
 }
 beside() {  # runs a built program beside the DLLs

@@ -189,6 +189,8 @@ u32 Feather(i32 level, const ChokeRows& rows, const Picture& picture, const Leve
   Scratch scratch(pitch * picture.height);
   if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   const Picture plane = {scratch.data(), picture.width, picture.height, pitch, 1};
+  for (i64 y = 0; y < picture.height; ++y)  // blurred with the others, and never looked at
+    std::memset(plane.Row(y) + picture.width, 0, static_cast<size_t>(pitch - picture.width));
   u32 code = Choke(rows, picture, plane, levels, param.choke).Run();
   if (code == PICTAVO_S_OK) code = gauss::BlurPlane(level, plane, param.feather);
   if (code != PICTAVO_S_OK) return code;
