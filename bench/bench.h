@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "pictavo/pictavo.h"
@@ -46,6 +47,12 @@ struct Table {
   size_t builds;  // how many columns, from the first, are ours; the first is the slowest of them
   std::vector<Line> lines;
 };
+
+/// What a line's name ends in that runs on all processors; the others are kept on one.
+inline constexpr std::string_view kAllProcessors = ", all processors";
+
+/// Adds what one of the lines does of ours on a whole frame, on all processors.
+void AddOnAllProcessors(Table* table, std::string_view operation);
 
 /// The columns of a family with a portable, a 128-bit and a 256-bit build.
 const std::vector<std::string>& BuildColumns();

@@ -1,5 +1,5 @@
 // Packed frames to pixels and back, beside other libraries where they are installed, which round
-// coarsely; of ours a thread alone, if the benchmark is given one processor.
+// coarsely.
 #include <memory>
 
 #include "cpu/colour/convert.h"
@@ -62,6 +62,7 @@ Table Frames() {
                              &Pixels(size, "opaque"), &frame, false, runs});
     }
   }
+  for (const char* name : {"54 from NV12", "93 to NV12"}) AddOnAllProcessors(&table, name);
   return table;
 }
 

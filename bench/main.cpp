@@ -2,10 +2,12 @@
 // and prints nanoseconds a pixel with the ratios to the loop and to the portable build.
 #include <benchmark/benchmark.h>
 #include <immintrin.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <optional>
 #include <random>
 #include <regex>
 #include <set>
@@ -82,11 +84,29 @@ std::string RunName(const Line& line, const std::string& column) {
   return line.operation + "/" + line.data + "/" + column;
 }
 
+/// Keeps the thread, and those that it starts to help it, on one processor.
+class OneProcessor {
+ public:
+  OneProcessor() {
+    sched_getaffinity(0, sizeof all_, &all_);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(sched_getcpu(), &one);
+    sched_setaffinity(0, sizeof one, &one);
+  }
+  ~OneProcessor() { sched_setaffinity(0, sizeof all_, &all_); }
+
+ private:
+  cpu_set_t all_;
+};
+
 void Register(const std::string& name, const Line& line, const Run& run) {
   benchmark::RegisterBenchmark(name.c_str(),
                                [&line, run](benchmark::State& state) {
                                  Bytes dst = line.dst == nullptr ? Bytes() : *line.dst;
                                  const u8* src = line.src == nullptr ? nullptr : line.src->data();
+                                 std::optional<OneProcessor> one;
+                                 if (!line.operation.ends_with(kAllProcessors)) one.emplace();
                                  for (auto _ : state) {
                                    run(dst.data(), src);
                                    benchmark::ClobberMemory();
@@ -212,6 +232,16 @@ int Main(int argc, char** argv) {
 }
 
 }  // namespace
+
+void AddOnAllProcessors(Table* table, std::string_view operation) {
+  const auto found = std::find_if(table->lines.begin(), table->lines.end(), [&](const Line& line) {
+    return line.operation == operation && line.data.starts_with(kHd.name());
+  });
+  Line line = *found;
+  line.operation += kAllProcessors;
+  std::fill(line.runs.begin() + static_cast<i64>(table->builds), line.runs.end(), Run());
+  table->lines.push_back(std::move(line));
+}
 
 const std::vector<std::string>& BuildColumns() {
   static const std::vector<std::string> columns = {"portable", "128 bits", "256 bits"};

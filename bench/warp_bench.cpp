@@ -1,7 +1,5 @@
 // Turning, tilting, swirling and scaled layers, beside other libraries where they are installed.
 // Theirs is the same kind of work with other edges.
-#include <sched.h>
-
 #include "av_filter.h"
 #include "cpu/blending/layer_scaled.h"
 #include "cpu/geometry/warp.h"
@@ -9,19 +7,6 @@
 
 namespace pictavo::bench {
 namespace {
-
-/// The helping threads inherit the processor.
-Run OnOneProcessor(const Run& run) {
-  return [run](u8* dst, const u8* src) {
-    cpu_set_t all, one;
-    sched_getaffinity(0, sizeof all, &all);
-    CPU_ZERO(&one);
-    CPU_SET(sched_getcpu(), &one);
-    sched_setaffinity(0, sizeof one, &one);
-    run(dst, src);
-    sched_setaffinity(0, sizeof all, &all);
-  };
-}
 
 template <typename Param>
 using Warp = u32(i32 level, const ImageDesc* src, ImageDesc* dst, const Param* param) noexcept;
@@ -130,22 +115,15 @@ Table Warps() {
                            &Pixels(size, "opaque"), false, runs});
     table.lines.back().runs.resize(table.columns.size());
   };
-  const auto onOne = [&](const char* name, const Size& size, const char* alpha,
-                         std::vector<Run> runs) {
-    for (Run& run : runs) {
-      if (run) run = OnOneProcessor(run);
-    }
-    add(name, size, alpha, runs);
-  };
   for (const Size& size : {kHd, kCached}) {
-    onOne("67 rotate by 15", size, "opaque", Rotations(size));
-    onOne("67 rotate by 15", size, "mixed", Rotations(size));
-    onOne("67 rotate by 15, nearest", size, "opaque",
-          Runs(cpu::RotatePicture, Rotation(kAngle, size, PICTAVO_SAMPLE_NEAREST), size));
-    onOne("67 rotate by 90", size, "opaque", Runs(cpu::RotatePicture, Rotation(90, size), size));
-    onOne("79 swirl", size, "opaque", Runs(cpu::SwirlPicture, SwirlOf(size), size));
-    onOne("81 tilt", size, "opaque", Tilts(size));
-    onOne("81 tilt", size, "mixed", Tilts(size));
+    add("67 rotate by 15", size, "opaque", Rotations(size));
+    add("67 rotate by 15", size, "mixed", Rotations(size));
+    add("67 rotate by 15, nearest", size, "opaque",
+        Runs(cpu::RotatePicture, Rotation(kAngle, size, PICTAVO_SAMPLE_NEAREST), size));
+    add("67 rotate by 90", size, "opaque", Runs(cpu::RotatePicture, Rotation(90, size), size));
+    add("79 swirl", size, "opaque", Runs(cpu::SwirlPicture, SwirlOf(size), size));
+    add("81 tilt", size, "opaque", Tilts(size));
+    add("81 tilt", size, "mixed", Tilts(size));
     const Size layer = {size.width / 2, size.height / 2};
     for (const char* alpha : {"opaque", "mixed"}) {
       table.lines.push_back({"96 layer scaled", size.name() + " " + alpha, size.pixels(),
@@ -153,10 +131,8 @@ Table Warps() {
                              ScaledLayers(size, layer)});
     }
   }
-  add("67 rotate by 15, all processors", kHd, "opaque",
-      Runs(cpu::RotatePicture, Rotation(kAngle, kHd), kHd));
-  add("79 swirl, all processors", kHd, "opaque", Runs(cpu::SwirlPicture, SwirlOf(kHd), kHd));
-  add("81 tilt, all processors", kHd, "opaque", Runs(cpu::TiltPicture, Yaw(kYaw, kHd), kHd));
+  for (const char* name : {"67 rotate by 15", "79 swirl", "81 tilt"})
+    AddOnAllProcessors(&table, name);
   return table;
 }
 
