@@ -49,10 +49,10 @@ struct Table {
 };
 
 /// What a line's name ends in that runs on all processors; the others are kept on one.
-inline constexpr std::string_view kAllProcessors = ", all processors";
+inline constexpr std::string_view kAllThreads = ", all threads";
 
 /// Adds what one of the lines does of ours on a whole frame, on all processors.
-void AddOnAllProcessors(Table* table, std::string_view operation);
+void AddOnAllThreads(Table* table, std::string_view operation);
 
 /// The columns of a family with a portable, a 128-bit and a 256-bit build.
 const std::vector<std::string>& BuildColumns();

@@ -97,8 +97,8 @@ Table ChromaKeys() {
     add("86 one thread, BGRA", " random", size, random, rows(Layout::kArgb, kGreen));
     add("86 one thread, BGRA, near grey", " screen", size, screen, rows(Layout::kArgb, kWhite));
     add("86 one thread, AYUV", " random", size, random, rows(Layout::kAyuv, kGreen));
-    add("86 one key, all processors", " screen", size, screen, whole({kGreen}));
-    add("86 two keys, all processors", " screen", size, screen, whole({kGreen, kWhite}));
+    add("86 one key, all threads", " screen", size, screen, whole({kGreen}));
+    add("86 two keys, all threads", " screen", size, screen, whole({kGreen, kWhite}));
   }
   return table;
 }

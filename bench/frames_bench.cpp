@@ -62,7 +62,7 @@ Table Frames() {
                              &Pixels(size, "opaque"), &frame, false, runs});
     }
   }
-  for (const char* name : {"54 from NV12", "93 to NV12"}) AddOnAllProcessors(&table, name);
+  for (const char* name : {"54 from NV12", "93 to NV12"}) AddOnAllThreads(&table, name);
   return table;
 }
 

@@ -145,7 +145,7 @@ Table Gaussians() {
           apply, {{}, {}}, 0b011);
     }
   }
-  AddOnAllProcessors(&table, "56 Gaussian, sigma 10");
+  AddOnAllThreads(&table, "56 Gaussian, sigma 10");
   return table;
 }
 

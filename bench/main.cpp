@@ -106,7 +106,7 @@ void Register(const std::string& name, const Line& line, const Run& run) {
                                  Bytes dst = line.dst == nullptr ? Bytes() : *line.dst;
                                  const u8* src = line.src == nullptr ? nullptr : line.src->data();
                                  std::optional<OneProcessor> one;
-                                 if (!line.operation.ends_with(kAllProcessors)) one.emplace();
+                                 if (!line.operation.ends_with(kAllThreads)) one.emplace();
                                  for (auto _ : state) {
                                    run(dst.data(), src);
                                    benchmark::ClobberMemory();
@@ -233,12 +233,12 @@ int Main(int argc, char** argv) {
 
 }  // namespace
 
-void AddOnAllProcessors(Table* table, std::string_view operation) {
+void AddOnAllThreads(Table* table, std::string_view operation) {
   const auto found = std::find_if(table->lines.begin(), table->lines.end(), [&](const Line& line) {
     return line.operation == operation && line.data.starts_with(kHd.name());
   });
   Line line = *found;
-  line.operation += kAllProcessors;
+  line.operation += kAllThreads;
   std::fill(line.runs.begin() + static_cast<i64>(table->builds), line.runs.end(), Run());
   table->lines.push_back(std::move(line));
 }

@@ -108,7 +108,7 @@ Table FilteredResizing() {
                              &Pixels(sizes.dst, "opaque"), false, Runs(operation, sizes)});
     }
   }
-  for (const char* name : {"60 triangle", "60 Lanczos"}) AddOnAllProcessors(&table, name);
+  for (const char* name : {"60 triangle", "60 Lanczos"}) AddOnAllThreads(&table, name);
   return table;
 }
 

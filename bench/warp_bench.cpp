@@ -131,8 +131,7 @@ Table Warps() {
                              ScaledLayers(size, layer)});
     }
   }
-  for (const char* name : {"67 rotate by 15", "79 swirl", "81 tilt"})
-    AddOnAllProcessors(&table, name);
+  for (const char* name : {"67 rotate by 15", "79 swirl", "81 tilt"}) AddOnAllThreads(&table, name);
   return table;
 }
 
