@@ -62,7 +62,7 @@ def chart_rows(tables):
     rows = {}
     for _, _, lines in tables:
         for name, data, portable, ours, best, peer in whole_frames(lines):
-            rows.setdefault(name.split()[0], (f"{name}, {data}", portable[1], ours[1], best, peer and peer[1]))
+            rows.setdefault(name.split()[0], (", ".join(filter(None, (name, data))), portable[1], ours[1], best, peer and peer[1]))
     return [row for _, row in sorted(rows.items(), key=lambda item: int(item[0]))]
 
 
