@@ -56,7 +56,7 @@ class RgbFromYuv {
       : r_(m.rows[0][2], m.rows[0][0], m.kHalf - m.tie),
         g_(m.rows[1], m.kHalf - m.tie),
         b_(m.rows[2][1], m.rows[2][0], m.kHalf - m.tie),
-        evenZero_(Pair(range.neutral, range.black)),
+        evenZero_(Pair16(range.neutral, range.black)),
         neutral_(V::All32(static_cast<u32>(range.neutral))) {}
 
   Sum2 r_;

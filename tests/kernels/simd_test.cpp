@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <random>
@@ -21,6 +22,7 @@
 namespace pictavo::test {
 namespace {
 
+using i8 = std::int8_t;
 using i16 = std::int16_t;
 using u16 = std::uint16_t;
 using u64 = std::uint64_t;

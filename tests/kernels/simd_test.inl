@@ -1,13 +1,7 @@
 // Every primitive of the vocabulary against its scalar meaning, for one instruction set. A
 // primitive that the set lacks is left out.
 
-/// Bits as singles; no bits for what is no number.
-inline F Singles(V bits) {
-  F singles;
-  static_assert(sizeof(singles) == sizeof(bits));
-  std::memcpy(&singles, &bits, sizeof(bits));
-  return singles;
-}
+/// No bits for what is no number.
 inline V NoNan(F a) {
   const F limit = F::All(std::numeric_limits<f32>::infinity());
   return Bits(a) & (Bits(a < limit) | Bits(F::All(0) < a));
@@ -47,6 +41,7 @@ void CheckWords() {
   CHECK_LANES(i16, Add16(a, b), a + b);
   CHECK_LANES(i16, Sub16(a, b), a - b);
   CHECK_LANES(u16, SubSaturatedU16(a, b), std::max(a - b, 0));
+  CHECK_LANES(i16, AddSaturatedI16(a, b), std::clamp(a + b, -32768, 32767));
   CHECK_LANES(u16, Mul16(a, b), u32{a} * b);
   CHECK_LANES(u16, MulHighU16(a, b), u32{a} * b >> 16);
   CHECK_LANES(i16, MulHighI16(a, b), a * b >> 16);
@@ -56,10 +51,13 @@ void CheckWords() {
   CHECK_LANES(i16, GreaterI16(a, b), a > b ? -1 : 0);
   CHECK_LANES(u16, ShiftLeft16(a, 5), a << 5);
   CHECK_LANES(u16, ShiftRightU16(a, 5), a >> 5);
+  CHECK_LANES(i16, ShiftRightI16(a, 5), a >> 5);
   CHECK_LANES(u16, V::All16(0x8001) ^ a, 0x8001 ^ a);
   if constexpr (requires(T x) { Abs16(x); }) {
     CHECK_LANES(i16, Abs16(a), std::abs(a));
     CHECK_LANES(i16, WithSignI16(a, b), b > 0 ? a : b < 0 ? -a : 0);
+    CHECK_LANES(u16, DotProduct16(a, b),
+                std::clamp((a & 255) * i8(b & 255) + (a >> 8) * i8(b >> 8), -32768, 32767));
   }
 }
 
@@ -81,6 +79,8 @@ void CheckLanes() {
   CHECK_LANES(u32, RepeatLow16(a), (a & 0xFFFF) * 0x10001);
   CHECK_LANES(u32, RepeatHigh16(a), (a >> 16) * 0x10001);
   CHECK_LANES(u32, SpreadLow16(ShiftRightU32(a, 16)), (a >> 16) * 0x10001);
+  CHECK_LANES(u32, SelectNegative32(a, b, c), a >> 31 != 0 ? b : c);
+  CHECK_LANES(u32, Pair16(-2, 0x7123) ^ a, 0x7123FFFE ^ a);
   CHECK_LANES(u32, JoinHalves(a, b), (a & 0xFFFF) | (b & 0xFFFF0000));
   CHECK_LANES(u32, PairLow16(a, b), (a & 0xFFFF) | b << 16);
   CHECK_LANES(u32, PairHigh16(a, b), a >> 16 | (b & 0xFFFF0000));
@@ -159,6 +159,46 @@ void CheckReals() {
   CHECK_LANES(i32, Truncate(Singles(a)), cpu::TruncateToI32(std::bit_cast<f32>(a)));
 }
 
+/// What puts the lanes of several vectors into one or two.
+template <typename T>
+void CheckPacking() {
+  const std::vector<u32>& numbers = Operands<u32>::All().a;
+  const auto load = [&](size_t i) {
+    return V::Load(reinterpret_cast<const u8*>(numbers.data()) + sizeof(V) * i);
+  };
+  const auto check = [](const char* name, auto lanes, auto meaning) {
+    for (size_t i = 0; i < lanes.size(); ++i) EXPECT_EQ(lanes[i], meaning(i)) << name << ' ' << i;
+  };
+  const auto turns = [&](const char* name, auto lane, V first, V second) {
+    using Lane = decltype(lane);
+    std::array<Lane, 2 * sizeof(V) / sizeof(Lane)> in, out;
+    std::memcpy(&in, numbers.data(), sizeof in);
+    StoreInterleaved(first, second, reinterpret_cast<u8*>(&out));
+    check(name, out, [&](size_t i) { return in[i / 2 + i % 2 * in.size() / 2]; });
+  };
+  const V x = load(0), y = load(1);
+  turns("Interleave8", u8{}, InterleaveFirst8(x, y), InterleaveSecond8(x, y));
+  turns("Interleave16", u16{}, InterleaveFirst16(x, y), InterleaveSecond16(x, y));
+  turns("Interleave32", u32{}, InterleaveFirst32(x, y), InterleaveSecond32(x, y));
+  turns("Interleave64", u64{}, InterleaveFirst64(x, y), InterleaveSecond64(x, y));
+
+  std::array<i16, sizeof(V)> words;
+  std::array<i32, sizeof(V)> ints;
+  for (size_t n = 0; n + 4 * V::kPixels <= numbers.size(); n += 4 * V::kPixels) {
+    const size_t at = n / V::kPixels;
+    std::memcpy(&words, numbers.data() + n, sizeof words);
+    std::memcpy(&ints, numbers.data() + n, sizeof ints);
+    std::array<u8, sizeof(V)> bytes;
+    PackPixels({load(at), load(at + 1)}).Store(bytes.data());
+    check("PackPixels of 16 bits", bytes, [&](size_t i) { return Limited(words[i]); });
+    PackPixels({load(at), load(at + 1), load(at + 2), load(at + 3)}).Store(bytes.data());
+    check("PackPixels of 32 bits", bytes, [&](size_t i) { return Limited(ints[i]); });
+    std::array<i16, sizeof(V) / 2> packed;
+    JoinPairs(PackI16(load(at), load(at + 1))).Store(reinterpret_cast<u8*>(&packed));
+    check("PackI16", packed, [&](size_t i) { return std::clamp(ints[i], -32768, 32767); });
+  }
+}
+
 /// What moves lanes and asks whole vectors.
 template <typename T>
 void CheckMoves() {
@@ -175,12 +215,13 @@ void CheckMoves() {
   const V packed = PackU8({load(0) & V::All32(0xFF), load(1) | V::All32(0x80000000),
                            ShiftRightU32(load(2), 1) | V::All32(256), V::Zero()});
   Transpose32(square);
-  constexpr i32 kPlaces[] = {28, 24, 20, 16, 12, 8, 4, 0};
+  constexpr i32 kPlaces[] = {28, 24, 20, 16, 12, 8, 4, 0}, kPixels[] = {7, 6, 5, 4, 3, 2, 1, 0};
   const V lanes = LoadLanes([&](i64 i) { return bytes + 4 + 20 * i; });
   for (i64 i = 0; i < kLanes; ++i) {
     EXPECT_EQ(lane(Index32(), i), i);
     EXPECT_EQ(lane(Reverse(load(0)), i), in[static_cast<size_t>(kLanes - 1 - i)]);
     EXPECT_EQ(lane(SwapPairs32(load(0)), i), in[static_cast<size_t>(i ^ 1)]);
+    EXPECT_EQ(lane(Repeat32<2>(load(0)), i), in[static_cast<size_t>(i / 4 * 4 + 2)]);
     const size_t half = static_cast<size_t>(i < kHalf ? i : i - kHalf + kLanes);
     EXPECT_EQ(lane(FirstHalves(load(0), load(1)), i), in[half]);
     EXPECT_EQ(lane(SecondHalves(load(0), load(1)), i), in[half + kHalf]);
@@ -192,6 +233,7 @@ void CheckMoves() {
     const auto pixels = LoadPairs(bytes, kPlaces);
     EXPECT_EQ(lane(pixels.here, i), in[static_cast<size_t>(7 ^ i)]);
     EXPECT_EQ(lane(pixels.right, i), in[static_cast<size_t>((7 ^ i) + 1)]);
+    EXPECT_EQ(lane(LoadPairs<4>(bytes, kPixels).right, i), in[static_cast<size_t>((7 ^ i) + 1)]);
     for (i64 j = 0; j < 4; ++j)
       EXPECT_EQ(lane(square[j], i), in[static_cast<size_t>(kLanes * (i % 4) + i / 4 * 4 + j)]);
     EXPECT_EQ(lane(lanes, i), in[static_cast<size_t>(1 + i / 4 * 5 + i % 4)]);
@@ -214,6 +256,9 @@ void CheckMoves() {
     ShuffleBytes(load(0), V::Load(from)).Store(moved);
     for (size_t i = 0; i < sizeof(V); ++i)
       EXPECT_EQ(moved[i], i % 16 == 9 ? 0 : bytes[i / 16 * 16 + 15 - i % 16]);
+    const V picked = PermutePixels(load(0), PicksOf(T{V::All32(kLanes - 1) ^ Index32()}));
+    for (i64 i = 0; i < kLanes; ++i)
+      EXPECT_EQ(lane(picked, i), in[static_cast<size_t>(kLanes - 1 - i)]);
   }
   if constexpr (requires(T x) { Gather32(bytes, x); }) {
     const V places = ShiftLeft32(V::All32(7) ^ Index32(), 2),
@@ -231,5 +276,6 @@ inline void CheckVocabulary() {
   CheckWords<V>();
   CheckLanes<V>();
   CheckReals<V>();
+  CheckPacking<V>();
   CheckMoves<V>();
 }

@@ -47,10 +47,6 @@ struct Unpremultiplied {
   }
 };
 
-inline V Pair(i32 low, i32 high) {
-  return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
-}
-
 /// A matrix row times `scale`, applied to two vectors: blue and red, and green with kOne.
 struct YuvSum {
   static constexpr u32 kOne = 512;  // the constants are multiples of it that fit 16 bits
@@ -58,8 +54,8 @@ struct YuvSum {
   V blueRed, greenOne;
 
   YuvSum(const ToYuv& row, i32 scale)
-      : blueRed(Pair(row.b * scale, row.r * scale)),
-        greenOne(Pair(row.g * scale, row.constant / i32{kOne} * scale)) {}
+      : blueRed(Pair16(row.b * scale, row.r * scale)),
+        greenOne(Pair16(row.g * scale, row.constant / i32{kOne} * scale)) {}
 
   V operator()(V br, V g1) const {
     return Add32(DotProduct32(br, blueRed), DotProduct32(g1, greenOne));
@@ -79,14 +75,14 @@ struct Yuva {
 };
 
 struct Bgra {
-  V zeros{Pair(128, 16)}, half{V::All32(2048)};
+  V zeros{Pair16(128, 16)}, half{V::All32(2048)};
 
   V operator()(V p) const {
     const V vy = Sub16(Even(p), zeros), uy = JoinHalves(Sub16(Odd(p), zeros), vy);
     const V green =
-        Add32(DotProduct32(vy, Pair(kToG.v, kToG.y)), DotProduct32(uy, Pair(kToG.u, 0)));
-    return JoinChannels(Channel(DotProduct32(uy, Pair(kToB.u, kToB.y))), Channel(green),
-                        Channel(DotProduct32(vy, Pair(kToR.v, kToR.y))), ShiftRightU32(p, 24));
+        Add32(DotProduct32(vy, Pair16(kToG.v, kToG.y)), DotProduct32(uy, Pair16(kToG.u, 0)));
+    return JoinChannels(Channel(DotProduct32(uy, Pair16(kToB.u, kToB.y))), Channel(green),
+                        Channel(DotProduct32(vy, Pair16(kToR.v, kToR.y))), ShiftRightU32(p, 24));
   }
 
  private:

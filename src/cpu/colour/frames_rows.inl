@@ -54,8 +54,8 @@ struct OnePlane {
   static void StoreUv(const Frame& frame, i64 x, i64 row, V y, V uv) {
     u8* const to = First(frame, x, row);
     const V even = lumaFirst ? y : uv, odd = lumaFirst ? uv : y;
-    StoreLanes(FirstLanes8(even, odd), [=](i64 lane) { return to + 32 * lane; });
-    StoreLanes(LastLanes8(even, odd), [=](i64 lane) { return to + 32 * lane + 16; });
+    StoreLanes(InterleaveFirst8(even, odd), [=](i64 lane) { return to + 32 * lane; });
+    StoreLanes(InterleaveSecond8(even, odd), [=](i64 lane) { return to + 32 * lane + 16; });
   }
 
  private:
@@ -130,31 +130,31 @@ class ByteColours {
     V first[3], last[3];
   };
   Chroma Share(V uv) const {
-    const V first = Sub16(FirstLanes8(uv, V::Zero()), neutral_);
-    const V last = Sub16(LastLanes8(uv, V::Zero()), neutral_);
+    const V first = Sub16(InterleaveFirst8(uv, V::Zero()), neutral_);
+    const V last = Sub16(InterleaveSecond8(uv, V::Zero()), neutral_);
     const V terms[] = {red_(uv & V::All16(0xFF00)),
                        Sub16(PackI16(green_(first), green_(last)), black_),
                        blue_(ShiftLeft16(uv, 8))};
     Chroma chroma;
     for (size_t c = 0; c < 3; ++c) {
-      chroma.first[c] = FirstLanes16(terms[c], terms[c]);
-      chroma.last[c] = LastLanes16(terms[c], terms[c]);
+      chroma.first[c] = InterleaveFirst16(terms[c], terms[c]);
+      chroma.last[c] = InterleaveSecond16(terms[c], terms[c]);
     }
     return chroma;
   }
 
   void Store(u8* dst, V y, const Chroma& chroma) const {
-    const V first = Mul16(FirstLanes8(y, V::Zero()), lumaWeight_);
-    const V last = Mul16(LastLanes8(y, V::Zero()), lumaWeight_);
+    const V first = Mul16(InterleaveFirst8(y, V::Zero()), lumaWeight_);
+    const V last = Mul16(InterleaveSecond8(y, V::Zero()), lumaWeight_);
     const auto channel = [&](size_t c) {
       return PackU8(Channel(first, chroma.first[c]), Channel(last, chroma.last[c]));
     };
     const V r = channel(0), g = channel(1), b = channel(2), opaque = V::All32(~0u);
-    const V bg[] = {FirstLanes8(b, g), LastLanes8(b, g)};
-    const V ra[] = {FirstLanes8(r, opaque), LastLanes8(r, opaque)};
+    const V bg[] = {InterleaveFirst8(b, g), InterleaveSecond8(b, g)};
+    const V ra[] = {InterleaveFirst8(r, opaque), InterleaveSecond8(r, opaque)};
     for (i64 i = 0; i < 2; ++i) {
-      FirstLanes16(bg[i], ra[i]).Store(dst + 2 * i * kVectorBytes);
-      LastLanes16(bg[i], ra[i]).Store(dst + (2 * i + 1) * kVectorBytes);
+      InterleaveFirst16(bg[i], ra[i]).Store(dst + 2 * i * kVectorBytes);
+      InterleaveSecond16(bg[i], ra[i]).Store(dst + (2 * i + 1) * kVectorBytes);
     }
   }
 
@@ -219,8 +219,8 @@ class WordColours {
   void Store(u8* dst, V y, const Chroma& chroma) const {
     const V even = Pixels(y & V::All32(0xFFC0), chroma);
     const V odd = Pixels(ShiftRightU32(y, 16) & V::All32(0xFFC0), chroma);
-    FirstLanes32(even, odd).Store(dst);
-    LastLanes32(even, odd).Store(dst + kVectorBytes);
+    InterleaveFirst32(even, odd).Store(dst);
+    InterleaveSecond32(even, odd).Store(dst + kVectorBytes);
   }
 
  private:
@@ -309,7 +309,7 @@ struct Columns {
     return numbers.Luma(*even, *odd);
   }
   static V Mean(const V (&sums)[2]) {
-    const V four = Add16(EvenLanes32(sums[0], sums[1]), OddLanes32(sums[0], sums[1]));
+    const V four = Add16(LowHalves64(sums[0], sums[1]), HighHalves64(sums[0], sums[1]));
     return ShiftRightU16(Add16(four, V::All16(2)), 2);
   }
 };

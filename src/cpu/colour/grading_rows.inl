@@ -13,11 +13,6 @@ inline void CurveRow(u8* row, i64 width, const Curve& curve) {
   ApplyToRow(Curved{ByteTable(curve.table), V::All32(curve.mask)}, row, row, width);
 }
 
-/// Two numbers of 16 bits, which may be negative, in each lane.
-inline V Pair16(i32 low, i32 high) {
-  return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
-}
-
 /// A colour's weights, of blue and red and of green, and what is added. Those of more than 16 bits
 /// come as sixteens and the rest.
 template <bool wide>

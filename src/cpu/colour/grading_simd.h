@@ -8,16 +8,6 @@
 TARGET_REGION("sse4.1")
 namespace pictavo::cpu::sse41 {
 
-/// The 16-bit lanes of the first, or the second, half of each 128 bits of a and b in turn.
-inline V InterleaveFirst16(V a, V b) { return {_mm_unpacklo_epi16(a.v, b.v)}; }
-inline V InterleaveSecond16(V a, V b) { return {_mm_unpackhi_epi16(a.v, b.v)}; }
-
-/// One 32-bit lane of each 128 bits in all four.
-template <int lane>
-V Repeat32(V a) {
-  return {_mm_shuffle_epi32(a.v, lane * 0x55)};
-}
-
 /// The numbers of 64 bits each at the places, counted in such: those of the first two lanes of each
 /// 128 bits, and those of the other two.
 inline void Gather64(const u8* p, V places, V (&numbers)[2]) {
@@ -35,14 +25,6 @@ TARGET_REGION_END
 
 TARGET_REGION("avx2")
 namespace pictavo::cpu::avx2 {
-
-inline V InterleaveFirst16(V a, V b) { return {_mm256_unpacklo_epi16(a.v, b.v)}; }
-inline V InterleaveSecond16(V a, V b) { return {_mm256_unpackhi_epi16(a.v, b.v)}; }
-
-template <int lane>
-V Repeat32(V a) {
-  return {_mm256_shuffle_epi32(a.v, lane * 0x55)};
-}
 
 /// By plain loads: gathers are slower than these where processors are mended against spying on
 /// them.

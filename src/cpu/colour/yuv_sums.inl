@@ -4,16 +4,12 @@
 
 using colour::kWeightBits;
 
-inline V Pair(i32 low, i32 high) {
-  return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
-}
-
 struct WeightPair {
   V high, low;
 
   WeightPair(i32 first, i32 second)
-      : high(Pair(High(first), High(second))),
-        low(Pair(first - (High(first) << 16), second - (High(second) << 16))) {}
+      : high(Pair16(High(first), High(second))),
+        low(Pair16(first - (High(first) << 16), second - (High(second) << 16))) {}
 
  private:
   static i32 High(i32 weight) { return (weight + (1 << 15)) >> 16; }

@@ -4,7 +4,8 @@
 
 #include "cpu/base/builds.h"
 #include "cpu/base/picture.h"
-#include "cpu/filters/convolve_simd.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/sse41.h"
 #include "platform/parallel_rows.h"
 
 namespace pictavo::cpu {

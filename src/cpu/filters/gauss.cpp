@@ -7,7 +7,6 @@
 #include "cpu/base/numbers.h"
 #include "cpu/base/scratch.h"
 #include "cpu/base/workspaces.h"
-#include "cpu/filters/convolve_simd.h"
 #include "cpu/filters/gauss_finish.h"
 #include "cpu/filters/gauss_narrow.h"
 #include "cpu/filters/gauss_simd.h"

@@ -7,7 +7,6 @@
 #include "cpu/base/elementary.h"
 #include "cpu/base/scratch.h"
 #include "cpu/base/workspaces.h"
-#include "cpu/filters/convolve_simd.h"
 #include "cpu/filters/gauss_simd.h"
 #include "cpu/filters/gauss_windows.h"
 #include "platform/parallel_rows.h"

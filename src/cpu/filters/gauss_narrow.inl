@@ -8,18 +8,18 @@ inline void SumDown(int16_t* dst, const Neighbours& rows, const Taps& taps, i64 
   i64 i = first;
   for (; i + kVectorBytes <= end; i += kVectorBytes) {
     const V here = V::Load(rows[0] + i);
-    const V twiceLow = DotProduct16(InterleaveLow8(here, here), scale);
-    const V twiceHigh = DotProduct16(InterleaveHigh8(here, here), scale);
+    const V twiceLow = DotProduct16(InterleaveFirst8(here, here), scale);
+    const V twiceHigh = DotProduct16(InterleaveSecond8(here, here), scale);
     V low = ShiftRightU16(twiceLow, 1), high = ShiftRightU16(twiceHigh, 1);
     for (i64 k = 1; k <= taps.reach; ++k) {
       const V a = V::Load(rows[2 * k] + i), b = V::Load(rows[2 * k + 1] + i);
       const V weight = V::All32(taps.weights[k]);
-      const V moreLow = Sub16(DotProduct16(InterleaveLow8(a, b), scale), twiceLow);
-      const V moreHigh = Sub16(DotProduct16(InterleaveHigh8(a, b), scale), twiceHigh);
+      const V moreLow = Sub16(DotProduct16(InterleaveFirst8(a, b), scale), twiceLow);
+      const V moreHigh = Sub16(DotProduct16(InterleaveSecond8(a, b), scale), twiceHigh);
       low = Add16(low, MulRounded16(moreLow, weight));
       high = Add16(high, MulRounded16(moreHigh, weight));
     }
-    StoreWords(low, high, dst + i);
+    StoreInterleaved(low, high, reinterpret_cast<u8*>(dst + i));
   }
   portable::SumDown(dst, rows, taps, i, end);
 }

@@ -9,23 +9,13 @@
 TARGET_REGION("sse4.1")
 namespace pictavo::cpu::sse41 {
 
-/// Bytes of a and b in turn, from the first or the second half of each 128 bits.
-inline V InterleaveLow8(V a, V b) { return {_mm_unpacklo_epi8(a.v, b.v)}; }
-inline V InterleaveHigh8(V a, V b) { return {_mm_unpackhi_epi8(a.v, b.v)}; }
 /// As many words as V holds of bytes.
 inline V WidenBytes(const u8* p) {
   return {_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))};
 }
-/// The words of interleaved bytes, in the bytes' order.
-inline void StoreWords(V low, V high, int16_t* p) {
-  low.Store(reinterpret_cast<u8*>(p));
-  high.Store(reinterpret_cast<u8*>(p + 8));
-}
 /// a * b / 2^15 of signed lanes, to the nearest.
 inline V MulRounded16(V a, V b) { return {_mm_mulhrs_epi16(a.v, b.v)}; }
 inline F LoadF(const f32* p) { return {_mm_loadu_ps(p)}; }
-/// The lanes of a, then those of b, as words.
-inline V PackWords(V a, V b) { return {_mm_packs_epi32(a.v, b.v)}; }
 
 /// The channels of two pixels.
 struct Pair {
@@ -78,20 +68,11 @@ TARGET_REGION_END
 TARGET_REGION("avx2")
 namespace pictavo::cpu::avx2 {
 
-inline V InterleaveLow8(V a, V b) { return {_mm256_unpacklo_epi8(a.v, b.v)}; }
-inline V InterleaveHigh8(V a, V b) { return {_mm256_unpackhi_epi8(a.v, b.v)}; }
 inline V WidenBytes(const u8* p) {
   return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
 }
-inline void StoreWords(V low, V high, int16_t* p) {
-  FirstHalves(low, high).Store(reinterpret_cast<u8*>(p));
-  SecondHalves(low, high).Store(reinterpret_cast<u8*>(p + 16));
-}
 inline V MulRounded16(V a, V b) { return {_mm256_mulhrs_epi16(a.v, b.v)}; }
 inline F LoadF(const f32* p) { return {_mm256_loadu_ps(p)}; }
-inline V PackWords(V a, V b) {
-  return {_mm256_permute4x64_epi64(_mm256_packs_epi32(a.v, b.v), 0b11'01'10'00)};
-}
 
 struct Pair {
   __m256 v;

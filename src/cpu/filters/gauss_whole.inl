@@ -24,11 +24,12 @@ inline void GatherWhole(f32* dst, const Source& src, const Window& window, i64 f
       const V a = V::Load(row), b = V::Load(k + 1 < window.count ? row + src.pitch : row);
       u32 pair;
       std::memcpy(&pair, window.whole + k, sizeof pair);
-      const V weights = V::All32(pair), low = InterleaveLow8(a, b), high = InterleaveHigh8(a, b);
-      sums[0] = Add32(sums[0], DotProduct32(InterleaveLow8(low, zero), weights));
-      sums[1] = Add32(sums[1], DotProduct32(InterleaveHigh8(low, zero), weights));
-      sums[2] = Add32(sums[2], DotProduct32(InterleaveLow8(high, zero), weights));
-      sums[3] = Add32(sums[3], DotProduct32(InterleaveHigh8(high, zero), weights));
+      const V weights = V::All32(pair), low = InterleaveFirst8(a, b),
+              high = InterleaveSecond8(a, b);
+      sums[0] = Add32(sums[0], DotProduct32(InterleaveFirst8(low, zero), weights));
+      sums[1] = Add32(sums[1], DotProduct32(InterleaveSecond8(low, zero), weights));
+      sums[2] = Add32(sums[2], DotProduct32(InterleaveFirst8(high, zero), weights));
+      sums[3] = Add32(sums[3], DotProduct32(InterleaveSecond8(high, zero), weights));
     }
     for (i64 i = 0; i < 4; ++i) {
       StoreLanes(Bits(ToF(sums[i]) * unit),
@@ -43,7 +44,7 @@ inline void ToWords(int16_t* dst, const f32* src, i64 first, i64 end) {
   const auto at = [=](i64 i) { return Truncate(LoadF(src + i) * unit + half); };
   i64 i = first;
   for (; i + 2 * V::kPixels <= end; i += 2 * V::kPixels)
-    PackWords(at(i), at(i + V::kPixels)).Store(reinterpret_cast<u8*>(dst + i));
+    JoinPairs(PackI16(at(i), at(i + V::kPixels))).Store(reinterpret_cast<u8*>(dst + i));
   portable::ToWords(dst, src, i, end);
 }
 

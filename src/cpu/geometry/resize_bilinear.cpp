@@ -5,8 +5,9 @@
 #include "cpu/base/builds.h"
 #include "cpu/base/scratch.h"
 #include "cpu/geometry/resize.h"
-#include "cpu/geometry/resize_bilinear_simd.h"
 #include "cpu/geometry/resize_pictures.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/ssse3.h"
 
 namespace pictavo::cpu {
 namespace {

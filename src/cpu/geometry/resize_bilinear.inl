@@ -25,16 +25,16 @@ struct Dense {
       u32 lanes[V::kPixels];
       for (i64 i = 0; i < kHalf; ++i) {
         const u32 pick = static_cast<u32>(columns[i] - places[half]);
-        lanes[i] = PickOf(pick);
-        lanes[kHalf + i] = PickOf(pick + 1);
+        lanes[i] = pick;
+        lanes[kHalf + i] = pick + 1;
       }
-      picks[half] = V::Load(reinterpret_cast<const u8*>(lanes));
+      picks[half] = PicksOf(V::Load(reinterpret_cast<const u8*>(lanes)));
     }
   }
 
   void Load(const u8* row, V* here, V* right) const {
-    const V first = Permute(V::Load(row + 4 * i64{places[0]}), picks[0]);
-    const V second = Permute(V::Load(row + 4 * i64{places[1]}), picks[1]);
+    const V first = PermutePixels(V::Load(row + 4 * i64{places[0]}), picks[0]);
+    const V second = PermutePixels(V::Load(row + 4 * i64{places[1]}), picks[1]);
     *here = FirstHalves(first, second);
     *right = SecondHalves(first, second);
   }
@@ -49,7 +49,11 @@ struct Scattered {
     std::copy(columns, columns + V::kPixels, places);
   }
 
-  void Load(const u8* row, V* here, V* right) const { LoadNeighbours(row, places, here, right); }
+  void Load(const u8* row, V* here, V* right) const {
+    const PixelPairs pairs = LoadPairs<4>(row, places);
+    *here = pairs.here;
+    *right = pairs.right;
+  }
 };
 
 /// Groups of as many columns as a vector has pixels; the last one ends at the last column.

@@ -1,6 +1,5 @@
-// The vector builds of resize_box.cpp over V, included once for each
-// instruction set: the sampled rows are summed for a strip of columns, and then
-// the columns.
+// The vector builds of resize_box.cpp over V, included once for each instruction set: the sampled
+// rows are summed for a strip of columns, and then the columns.
 
 /// Walks a strip's columns by vectors, the last of which ends at the last column. A strip narrower
 /// than a vector begins further left.
@@ -14,6 +13,14 @@ inline Strip VectorStrip(const BoxRow& row, i64 x) {
   strip.first = std::min(strip.first, row.srcWidth - V::kPixels);
   strip.columns = std::max(strip.columns, V::kPixels);
   return strip;
+}
+
+/// The sums of four vectors' bytes, as words: of the first two pixels of each 128 bits, and of the
+/// others.
+inline void SumBytes(V a, V b, V c, V d, V* first, V* second) {
+  const auto sum = [](V pairs) { return DotProduct16(pairs, V::All16(0x0101)); };
+  *first = Add16(sum(InterleaveFirst8(a, b)), sum(InterleaveFirst8(c, d)));
+  *second = Add16(sum(InterleaveSecond8(a, b)), sum(InterleaveSecond8(c, d)));
 }
 
 /// What the alphas of a strip are.
@@ -32,7 +39,7 @@ inline Alphas SumPlain(RowSums* sums, const BoxRow& row, const Strip& strip) {
     any = any | p[0] | p[1] | p[2] | p[3];
     V low, high;
     SumBytes(p[0], p[1], p[2], p[3], &low, &high);
-    StoreWide(low, high, reinterpret_cast<u8*>(sums->data() + 4 * i));
+    StoreInterleaved(low, high, reinterpret_cast<u8*>(sums->data() + 4 * i));
   });
   return AlphasOpaque(all) ? Alphas::kOpaque : AlphasClear(any) ? Alphas::kClear : Alphas::kMixed;
 }
@@ -112,6 +119,14 @@ void StripsRow(u8* dst, const BoxRow& row) {
     }
     x += strip.pixels;
   }
+}
+
+/// Pixels of four vectors, each a sixteenth of the sum of the two quadruples of words in 128 bits.
+inline V MeansOfPairs(const V (&a)[4]) {
+  const auto means = [](V b, V c) {
+    return ShiftRightU16(Add16(InterleaveFirst64(b, c), InterleaveSecond64(b, c)), 4);
+  };
+  return PackU8(means(a[0], a[1]), means(a[2], a[3]));
 }
 
 /// The squares of four by four pixels that a vector of destination pixels is made of: each of the

@@ -8,7 +8,8 @@
 #include "cpu/base/scratch.h"
 #include "cpu/geometry/filter_taps.h"
 #include "cpu/geometry/resize.h"
-#include "cpu/geometry/resize_filtered_simd.h"
+#include "cpu/simd/avx2.h"
+#include "cpu/simd/ssse3.h"
 #include "platform/parallel_rows.h"
 
 namespace pictavo::cpu {

@@ -5,8 +5,8 @@
 #include "cpu/base/builds.h"
 #include "cpu/base/string_moves.h"
 #include "cpu/geometry/resize.h"
-#include "cpu/geometry/resize_bilinear_simd.h"
 #include "cpu/geometry/resize_pictures.h"
+#include "cpu/simd/avx2.h"
 
 namespace pictavo::cpu {
 namespace {

@@ -12,8 +12,8 @@ inline void PickDenseRow(u8* dst, const u8* row, i64 width, i64 srcWidth, u32 st
     const i64 first = place >> 16, second = (place + kHalf * step) >> 16;
     if (second + V::kPixels > srcWidth) break;
     const V lanes = ShiftRightU32(Add32(fractions, within), 16);
-    const V a = Permute(V::Load(row + 4 * first), lanes);
-    const V b = Permute(V::Load(row + 4 * second), lanes);
+    const V a = PermutePixels(V::Load(row + 4 * first), lanes);
+    const V b = PermutePixels(V::Load(row + 4 * second), lanes);
     V{_mm256_blend_epi32(a.v, b.v, 0xF0)}.Store(dst);
     fractions = Add32(fractions, advance) & low;
     place += kPixels * step;

@@ -17,6 +17,15 @@ inline V Channel(V pixels, int place) { return ShiftRightU32(pixels, 8 * place) 
 inline V PairLow16(V a, V b) { return JoinHalves(a, ShiftLeft32(b, 16)); }
 inline V PairHigh16(V a, V b) { return JoinHalves(ShiftRightU32(a, 16), b); }
 
+/// Two signed numbers of 16 bits in each lane.
+inline V Pair16(i32 low, i32 high) {
+  return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
+}
+
+/// The lanes of two vectors of 16 bits, or four of 32, in their order, limited to bytes.
+inline V PackPixels(const V (&a)[2]) { return JoinPairs(PackU8(a[0], a[1])); }
+inline V PackPixels(const V (&a)[4]) { return JoinFours(PackU8(a)); }
+
 /// (s * w + d * (256 - w)) >> 8 per channel, as d + (s - d) * w / 256 modulo 2^16.
 inline V Mix(V s, V d, V evenWeight, V oddWeight) {
   const V high = V::All16(0xFF00);

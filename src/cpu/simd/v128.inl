@@ -33,6 +33,7 @@ inline V Sub32(V a, V b) { return {_mm_sub_epi32(a.v, b.v)}; }
 inline V AddSaturatedU8(V a, V b) { return {_mm_adds_epu8(a.v, b.v)}; }
 inline V SubSaturatedU8(V a, V b) { return {_mm_subs_epu8(a.v, b.v)}; }
 inline V SubSaturatedU16(V a, V b) { return {_mm_subs_epu16(a.v, b.v)}; }
+inline V AddSaturatedI16(V a, V b) { return {_mm_adds_epi16(a.v, b.v)}; }
 
 /// The low half of the product, and the high half of the unsigned and of the signed one.
 inline V Mul16(V a, V b) { return {_mm_mullo_epi16(a.v, b.v)}; }
@@ -64,6 +65,7 @@ inline V ShiftLeft16(V a, int bits) { return {_mm_slli_epi16(a.v, bits)}; }
 inline V ShiftLeft32(V a, int bits) { return {_mm_slli_epi32(a.v, bits)}; }
 inline V ShiftRightU16(V a, int bits) { return {_mm_srli_epi16(a.v, bits)}; }
 inline V ShiftRightU32(V a, int bits) { return {_mm_srli_epi32(a.v, bits)}; }
+inline V ShiftRightI16(V a, int bits) { return {_mm_srai_epi16(a.v, bits)}; }
 inline V ShiftRightI32(V a, int bits) { return {_mm_srai_epi32(a.v, bits)}; }
 inline V ShiftLeft64(V a, int bits) { return {_mm_slli_epi64(a.v, bits)}; }
 
@@ -72,6 +74,12 @@ inline V Index32() { return {_mm_setr_epi32(0, 1, 2, 3)}; }
 inline V Reverse(V a) { return {_mm_shuffle_epi32(a.v, 0x1B)}; }
 /// Swaps lanes 0 and 1, 2 and 3, …
 inline V SwapPairs32(V a) { return {_mm_shuffle_epi32(a.v, 0xB1)}; }
+
+/// One 32-bit lane of each 128 bits in all four.
+template <int lane>
+V Repeat32(V a) {
+  return {_mm_shuffle_epi32(a.v, lane * 0x55)};
+}
 
 /// The low, or the high, 16 bits of each 32-bit lane in both its halves.
 inline V RepeatLow16(V a) {
@@ -82,6 +90,21 @@ inline V RepeatHigh16(V a) {
 }
 /// RepeatLow16 of lanes whose high half is 0.
 inline V SpreadLow16(V a) { return a | ShiftLeft32(a, 16); }
+
+/// The lanes of a and b in turn: those of the first, or the second, 64 bits of each 128.
+inline V InterleaveFirst8(V a, V b) { return {_mm_unpacklo_epi8(a.v, b.v)}; }
+inline V InterleaveSecond8(V a, V b) { return {_mm_unpackhi_epi8(a.v, b.v)}; }
+inline V InterleaveFirst16(V a, V b) { return {_mm_unpacklo_epi16(a.v, b.v)}; }
+inline V InterleaveSecond16(V a, V b) { return {_mm_unpackhi_epi16(a.v, b.v)}; }
+inline V InterleaveFirst32(V a, V b) { return {_mm_unpacklo_epi32(a.v, b.v)}; }
+inline V InterleaveSecond32(V a, V b) { return {_mm_unpackhi_epi32(a.v, b.v)}; }
+inline V InterleaveFirst64(V a, V b) { return {_mm_unpacklo_epi64(a.v, b.v)}; }
+inline V InterleaveSecond64(V a, V b) { return {_mm_unpackhi_epi64(a.v, b.v)}; }
+/// Stores what interleaving made, first and second, in the order of the lanes.
+inline void StoreInterleaved(V first, V second, u8* p) {
+  first.Store(p);
+  second.Store(p + sizeof(V));
+}
 
 /// Swaps rows and columns in each square of lanes that 128 bits of the four vectors make.
 inline void Transpose32(V (&rows)[4]) {
@@ -112,14 +135,15 @@ inline V HighHalves64(V a, V b) {
 /// LowHalves64 makes 0, 1, 2, … of them.
 inline V HalvesOrder32() { return Index32(); }
 
-/// One pixel at each of so many places, bytes from p and not negative, and the pixels right of
-/// them.
+/// One pixel at each of so many places, which are so many bytes each from p and not negative, and
+/// the pixels right of them.
 struct PixelPairs {
   V here, right;
 };
-inline PixelPairs LoadPairs(const u8* p, const i32* places) {
+template <i64 bytes = 1>
+PixelPairs LoadPairs(const u8* p, const i32* places) {
   const auto pair = [=](int i) {
-    return reinterpret_cast<const double*>(p + static_cast<u32>(places[i]));
+    return reinterpret_cast<const double*>(p + bytes * static_cast<u32>(places[i]));
   };
   const auto two = [&](int i) {
     return V{_mm_castpd_si128(_mm_loadh_pd(_mm_load_sd(pair(i)), pair(i + 1)))};
@@ -128,10 +152,16 @@ inline PixelPairs LoadPairs(const u8* p, const i32* places) {
   return {LowHalves64(a, b), HighHalves64(a, b)};
 }
 
-/// The lanes of four vectors, limited to bytes: 128 bits of each vector in turn make four bytes.
-inline V PackU8(const V (&a)[4]) {
-  return {_mm_packus_epi16(_mm_packs_epi32(a[0].v, a[1].v), _mm_packs_epi32(a[2].v, a[3].v))};
-}
+/// The signed lanes of a, then those of b, in half their width; what does not fit is limited. Of
+/// longer vectors, 128 bits of each in turn.
+inline V PackI16(V a, V b) { return {_mm_packs_epi32(a.v, b.v)}; }
+inline V PackU8(V a, V b) { return {_mm_packus_epi16(a.v, b.v)}; }
+/// The same of four vectors of 32-bit lanes.
+inline V PackU8(const V (&a)[4]) { return PackU8(PackI16(a[0], a[1]), PackI16(a[2], a[3])); }
+/// What two vectors, or four, were packed into, in the order of their lanes. JoinPairs is its own
+/// inverse.
+inline V JoinPairs(V a) { return a; }
+inline V JoinFours(V a) { return a; }
 
 /// 128 bits from, or to, the address that `address` gives for each number of them.
 template <typename Address>
@@ -163,6 +193,7 @@ inline F operator<(F a, F b) { return {_mm_cmplt_ps(a.v, b.v)}; }
 inline F operator&(F a, F b) { return {_mm_and_ps(a.v, b.v)}; }
 inline bool AllSet(F mask) { return _mm_movemask_ps(mask.v) == 0xF; }
 inline V Bits(F mask) { return {_mm_castps_si128(mask.v)}; }
+inline F Singles(V bits) { return {_mm_castsi128_ps(bits.v)}; }
 inline F ToF(V a) { return {_mm_cvtepi32_ps(a.v)}; }
 /// Towards zero; the most negative integer for what does not fit.
 inline V Truncate(F a) { return {_mm_cvttps_epi32(a.v)}; }

@@ -14,7 +14,7 @@ inline V AlphaOnColours(V pixels) {
 
 /// Pixels of channels that are given one a lane; what does not fit a byte is limited to it.
 inline V JoinChannels(V b, V g, V r, V a) {
-  const __m128i bytes = _mm_packus_epi16(_mm_packs_epi32(b.v, g.v), _mm_packs_epi32(r.v, a.v));
+  const __m128i bytes = PackU8({b, g, r, a}).v;
   const __m128i br = _mm_unpacklo_epi8(bytes, _mm_srli_si128(bytes, 8));
   return {_mm_unpacklo_epi8(br, _mm_srli_si128(br, 8))};
 }

@@ -8,6 +8,8 @@ inline F Select(F mask, F yes, F no) {
 inline D Select(D mask, D yes, D no) {
   return {_mm_or_pd(_mm_andnot_pd(mask.v, no.v), _mm_and_pd(mask.v, yes.v))};
 }
+/// `yes` where the 32-bit lane of `sign` is negative, `no` elsewhere.
+inline V SelectNegative32(V sign, V yes, V no) { return Select(ShiftRightI32(sign, 31), yes, no); }
 
 /// Per 32-bit lane, the low 16 bits of one and the high ones of the other.
 inline V JoinHalves(V low, V high) { return Select(V::All32(0xFFFF0000), high, low); }

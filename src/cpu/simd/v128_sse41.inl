@@ -3,6 +3,9 @@
 inline V Select(V mask, V yes, V no) { return {_mm_blendv_epi8(no.v, yes.v, mask.v)}; }
 inline F Select(F mask, F yes, F no) { return {_mm_blendv_ps(no.v, yes.v, mask.v)}; }
 inline D Select(D mask, D yes, D no) { return {_mm_blendv_pd(no.v, yes.v, mask.v)}; }
+inline V SelectNegative32(V sign, V yes, V no) {
+  return Bits(Select(Singles(sign), Singles(yes), Singles(no)));
+}
 inline V JoinHalves(V low, V high) { return {_mm_blend_epi16(low.v, high.v, 0xAA)}; }
 
 inline bool IsZero(V a) { return _mm_testz_si128(a.v, a.v) != 0; }

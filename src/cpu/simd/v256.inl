@@ -27,10 +27,12 @@ inline V Sub32(V a, V b) { return {_mm256_sub_epi32(a.v, b.v)}; }
 inline V AddSaturatedU8(V a, V b) { return {_mm256_adds_epu8(a.v, b.v)}; }
 inline V SubSaturatedU8(V a, V b) { return {_mm256_subs_epu8(a.v, b.v)}; }
 inline V SubSaturatedU16(V a, V b) { return {_mm256_subs_epu16(a.v, b.v)}; }
+inline V AddSaturatedI16(V a, V b) { return {_mm256_adds_epi16(a.v, b.v)}; }
 
 inline V Mul16(V a, V b) { return {_mm256_mullo_epi16(a.v, b.v)}; }
 inline V MulHighU16(V a, V b) { return {_mm256_mulhi_epu16(a.v, b.v)}; }
 inline V MulHighI16(V a, V b) { return {_mm256_mulhi_epi16(a.v, b.v)}; }
+inline V DotProduct16(V a, V b) { return {_mm256_maddubs_epi16(a.v, b.v)}; }
 inline V DotProduct32(V a, V b) { return {_mm256_madd_epi16(a.v, b.v)}; }
 inline V Mul32(V a, V b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
 inline V Quotient32(V a, V b) {
@@ -62,6 +64,7 @@ inline V ShiftLeft16(V a, int bits) { return {_mm256_slli_epi16(a.v, bits)}; }
 inline V ShiftLeft32(V a, int bits) { return {_mm256_slli_epi32(a.v, bits)}; }
 inline V ShiftRightU16(V a, int bits) { return {_mm256_srli_epi16(a.v, bits)}; }
 inline V ShiftRightU32(V a, int bits) { return {_mm256_srli_epi32(a.v, bits)}; }
+inline V ShiftRightI16(V a, int bits) { return {_mm256_srai_epi16(a.v, bits)}; }
 inline V ShiftRightI32(V a, int bits) { return {_mm256_srai_epi32(a.v, bits)}; }
 inline V ShiftLeft64(V a, int bits) { return {_mm256_slli_epi64(a.v, bits)}; }
 
@@ -70,7 +73,13 @@ inline V Reverse(V a) {
   return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0))};
 }
 inline V SwapPairs32(V a) { return {_mm256_shuffle_epi32(a.v, 0xB1)}; }
+template <int lane>
+V Repeat32(V a) {
+  return {_mm256_shuffle_epi32(a.v, lane * 0x55)};
+}
 inline V ShuffleBytes(V a, V from) { return {_mm256_shuffle_epi8(a.v, from.v)}; }
+inline V PicksOf(V pixels) { return pixels; }
+inline V PermutePixels(V a, V picks) { return {_mm256_permutevar8x32_epi32(a.v, picks.v)}; }
 
 /// Moves bytes within each pixel: `from` numbers, for each, the one that it takes; 128 gives 0.
 inline V ShuffleInPixels(V a, u32 from) {
@@ -84,6 +93,15 @@ inline V SpreadLow16(V a) { return RepeatLow16(a); }
 inline V RepeatAlpha16(V pixels) { return ShuffleInPixels(pixels, 0x80038003); }
 inline V AlphaOnColours(V pixels) { return ShuffleInPixels(pixels, 0x80030303); }
 inline V JoinHalves(V low, V high) { return {_mm256_blend_epi16(low.v, high.v, 0xAA)}; }
+
+inline V InterleaveFirst8(V a, V b) { return {_mm256_unpacklo_epi8(a.v, b.v)}; }
+inline V InterleaveSecond8(V a, V b) { return {_mm256_unpackhi_epi8(a.v, b.v)}; }
+inline V InterleaveFirst16(V a, V b) { return {_mm256_unpacklo_epi16(a.v, b.v)}; }
+inline V InterleaveSecond16(V a, V b) { return {_mm256_unpackhi_epi16(a.v, b.v)}; }
+inline V InterleaveFirst32(V a, V b) { return {_mm256_unpacklo_epi32(a.v, b.v)}; }
+inline V InterleaveSecond32(V a, V b) { return {_mm256_unpackhi_epi32(a.v, b.v)}; }
+inline V InterleaveFirst64(V a, V b) { return {_mm256_unpacklo_epi64(a.v, b.v)}; }
+inline V InterleaveSecond64(V a, V b) { return {_mm256_unpackhi_epi64(a.v, b.v)}; }
 
 inline void Transpose32(V (&rows)[4]) {
   const __m256i low01 = _mm256_unpacklo_epi32(rows[0].v, rows[1].v);
@@ -99,6 +117,10 @@ inline void Transpose32(V (&rows)[4]) {
 /// Of the whole vectors.
 inline V FirstHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x20)}; }
 inline V SecondHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x31)}; }
+inline void StoreInterleaved(V first, V second, u8* p) {
+  FirstHalves(first, second).Store(p);
+  SecondHalves(first, second).Store(p + sizeof(V));
+}
 
 inline V LowHalves64(V a, V b) {
   return {_mm256_castps_si256(
@@ -115,10 +137,11 @@ struct PixelPairs {
 };
 /// By loads that need no shuffle; gathers are slower than these where processors are mended against
 /// spying on them.
-inline PixelPairs LoadPairs(const u8* p, const i32* places) {
+template <i64 bytes = 1>
+PixelPairs LoadPairs(const u8* p, const i32* places) {
   const auto pair = [=](int i) {
     return _mm256_broadcastsd_pd(
-        _mm_load_sd(reinterpret_cast<const double*>(p + static_cast<u32>(places[i]))));
+        _mm_load_sd(reinterpret_cast<const double*>(p + bytes * static_cast<u32>(places[i]))));
   };
   const auto four = [&](int i) {  // 0, 1, 4 and 5 from i on
     return _mm256_castpd_ps(_mm256_blend_pd(_mm256_blend_pd(pair(i), pair(i + 1), 0b0010),
@@ -130,9 +153,12 @@ inline PixelPairs LoadPairs(const u8* p, const i32* places) {
           {_mm256_castps_si256(_mm256_shuffle_ps(a, b, 0xDD))}};
 }
 
-inline V PackU8(const V (&a)[4]) {
-  return {
-      _mm256_packus_epi16(_mm256_packs_epi32(a[0].v, a[1].v), _mm256_packs_epi32(a[2].v, a[3].v))};
+inline V PackI16(V a, V b) { return {_mm256_packs_epi32(a.v, b.v)}; }
+inline V PackU8(V a, V b) { return {_mm256_packus_epi16(a.v, b.v)}; }
+inline V PackU8(const V (&a)[4]) { return PackU8(PackI16(a[0], a[1]), PackI16(a[2], a[3])); }
+inline V JoinPairs(V a) { return {_mm256_permute4x64_epi64(a.v, 0b11'01'10'00)}; }
+inline V JoinFours(V a) {
+  return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
 }
 inline V JoinChannels(V b, V g, V r, V a) {
   const __m128i from = _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
@@ -177,6 +203,10 @@ inline F operator&(F a, F b) { return {_mm256_and_ps(a.v, b.v)}; }
 inline F Select(F mask, F yes, F no) { return {_mm256_blendv_ps(no.v, yes.v, mask.v)}; }
 inline bool AllSet(F mask) { return _mm256_movemask_ps(mask.v) == 0xFF; }
 inline V Bits(F mask) { return {_mm256_castps_si256(mask.v)}; }
+inline F Singles(V bits) { return {_mm256_castsi256_ps(bits.v)}; }
+inline V SelectNegative32(V sign, V yes, V no) {
+  return Bits(Select(Singles(sign), Singles(yes), Singles(no)));
+}
 inline F ToF(V a) { return {_mm256_cvtepi32_ps(a.v)}; }
 inline V Truncate(F a) { return {_mm256_cvttps_epi32(a.v)}; }
 
