@@ -86,6 +86,7 @@ Table Gradings();
 Table Histograms();
 Table Layers();
 Table MotionBlurs();
+Table PictureSizes();
 Table Rectangles();
 Table Resizing();
 Table Transitions();

@@ -215,7 +215,7 @@ int Main(int argc, char** argv) {
   const std::vector<Table> tables = {
       Blends(),      Blurs(),      ChromaKeys(), ColourTables(), Conversions(), FilteredResizing(),
       Flips(),       Frames(),     Gaussians(),  Gradings(),     Histograms(),  Layers(),
-      MotionBlurs(), Rectangles(), Resizing(),   Transitions(),  Warps()};
+      MotionBlurs(), Rectangles(), Resizing(),   Transitions(),  Warps(),       PictureSizes()};
   std::vector<char*> arguments(argv, argv + argc);
   RegisterAll(tables, std::regex(TakeFilter(&arguments)));
   char repetitions[] = "--benchmark_repetitions=7",

@@ -12,7 +12,7 @@ from pathlib import Path
 
 DOCS = Path(__file__).parent.parent / "docs"
 NAME, DATA, CELL = 35, 22, 17  # columns of text that the benchmark prints
-OURS = {"portable", "128 bits", "256 bits", "ours"}
+OURS = {"portable", "128 bits", "256 bits", "ours", "one call", "eight bands"}
 
 
 def read_cells(line, columns):
@@ -49,7 +49,25 @@ def whole_frames(lines):
         yield name, data.partition(" ")[2], ours[0], ours[-1], best, peers.get(best)
 
 
+def by_size(lines):
+    """An operation a row, its time on one processor and on all at each size of picture."""
+    rows = {}
+    for name, size, cells in lines:
+        for column, (ns, _) in cells.items():
+            operation, _, all_threads = name.partition(", all ")
+            in_bands = ", in bands" if column == "eight bands" else ""
+            row = rows.setdefault((operation + in_bands, bool(all_threads)), {})
+            row[size.replace("x", " × ")] = f"{ns:.3g}"
+    sizes = list(next(iter(rows.values())))
+    out = [f"| | processors | {' | '.join(sizes)} |", "|---|---" + "|---:" * len(sizes) + "|"]
+    for (operation, all_threads), times in sorted(rows.items(), key=lambda row: (int(row[0][0].split()[0]), row[0])):
+        out.append(f"| {operation} | {'all' if all_threads else 'one'} | {' | '.join(times.values())} |")
+    return "\n".join(out)
+
+
 def summary(lines):
+    if "one call" in lines[0][2]:
+        return by_size(lines)
     rows = ["| | of | ns | times the loop | best peer, ns |", "|---|---|---:|---:|---:|"]
     for name, data, _, (ns, ratio), best, peer in whole_frames(lines):
         beside = f"{best} {peer[0]:.2f}" if peer else ""
