@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 extern "C" {
 #include <libavfilter/avfilter.h>
@@ -104,6 +105,22 @@ Bytes AvFilter::Result() const {
                           format, frame.width, frame.height, 1);
   return bytes;
 }
+
+Run RunOf(const std::string& chain, const std::string& format, const Size& size, int inputs) {
+  const AvFilter made(chain, format, size, inputs);
+  return [filter = made, loaded = static_cast<const u8*>(nullptr)](u8*, const u8* src) mutable {
+    if (std::exchange(loaded, src) != src) filter.Load(src);
+    filter.Run();
+  };
+}
+
+}  // namespace pictavo::bench
+
+#else
+
+namespace pictavo::bench {
+
+Run RunOf(const std::string&, const std::string&, const Size&, int) { return {}; }
 
 }  // namespace pictavo::bench
 

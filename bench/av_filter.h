@@ -1,14 +1,18 @@
-// Filters of libavfilter on packed pictures, where it is installed.
+// Filters of libavfilter, where it is installed.
 #ifndef PICTAVO_BENCH_AV_FILTER_H_
 #define PICTAVO_BENCH_AV_FILTER_H_
-
-#ifdef PICTAVO_BENCH_AVFILTER
 
 #include <memory>
 
 #include "bench.h"
 
 namespace pictavo::bench {
+
+/// Runs an AvFilter on what is read, taken for a frame of the format; where a line reads nothing,
+/// on any bytes. What comes out is dropped. Empty where the library is not installed.
+Run RunOf(const std::string& chain, const std::string& format, const Size& size, int inputs = 1);
+
+#ifdef PICTAVO_BENCH_AVFILTER
 
 /// A chain on one thread, whose frames have a pixel format and a size going in and perhaps others
 /// coming out.
@@ -32,8 +36,8 @@ class AvFilter {
   std::shared_ptr<Graph> graph_;
 };
 
-}  // namespace pictavo::bench
-
 #endif
+
+}  // namespace pictavo::bench
 
 #endif  // PICTAVO_BENCH_AV_FILTER_H_

@@ -46,10 +46,8 @@ void KeyRows(i32 level, Layout layout, const ChromaKey& key, const Size& size, u
 
 void KeyPicture(i32 level, const std::vector<ChromaKey>& keys, const Size& size, u8* dst,
                 const u8* src) {
-  const ImageDesc from = {
-      {}, 0, 0, 0, const_cast<u8*>(src), size.width, size.height, size.width * 4, 4};
-  ImageDesc to = from;
-  to.data = dst;
+  const ImageDesc from = RecordOf(size, src);
+  ImageDesc to = RecordOf(size, dst);
   chromakey::ApplyChromaKey(level, &from, &to, keys.data(), static_cast<i32>(keys.size()), 1);
 }
 

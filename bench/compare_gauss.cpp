@@ -42,10 +42,7 @@ void CompareErosion(Comparisons* all, i32 choke) {
   c.theirs = c.ours;
   cv::Mat theirs = Picture(c.theirs);
   cv::merge(channels, 4, theirs);
-  ImageDesc picture = {};
-  picture.data = c.ours.data();
-  picture.width = kWidth, picture.height = kHeight;
-  picture.pitch = 4 * kWidth, picture.bytesPerPixel = 4;
+  ImageDesc picture = RecordOf(kCached, c.ours.data());
   const MatteParam param = {0, 1, choke, 0};
   cpu::AdjustMatte(8, &picture, &param);
 }

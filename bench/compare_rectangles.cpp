@@ -54,10 +54,8 @@ void Append(double number, Bytes* bytes) {
 
 void CompareCopies(Comparisons* all) {
   Bytes ours(static_cast<size_t>(4 * kCached.pixels())), theirs = ours;
-  const ImageDesc src = {{},     kWidth,  kHeight, 0, const_cast<u8*>(HardPicture(kCached).data()),
-                         kWidth, kHeight, kPitch,  4};
-  ImageDesc dst = src;
-  dst.data = ours.data();
+  const ImageDesc src = RecordOf(kCached, HardPicture(kCached).data());
+  ImageDesc dst = RecordOf(kCached, ours.data());
   cpu::CopyRectangle(8, &src, &dst, kRect);
   const cv::Rect part(kRect[0], kRect[1], kRect[2] - kRect[0], kRect[3] - kRect[1]);
   PictureOf(HardPicture(kCached))(part).copyTo(PictureOf(theirs)({0, 0, part.width, part.height}));

@@ -49,17 +49,6 @@ Run OpenCvErode(const Size& size, int radius) {
 }
 #endif
 
-#ifdef PICTAVO_BENCH_AVFILTER
-/// Of four planes.
-Run Planes(const std::string& chain, const Size& size) {
-  const auto filter = std::make_shared<AvFilter>(chain, "gbrap", size);
-  return [=, loaded = false](u8*, const u8* src) mutable {
-    if (!std::exchange(loaded, true)) filter->Load(src);
-    filter->Run();
-  };
-}
-#endif
-
 using Ours = std::function<void(i32 level, u8* dst, const u8* src)>;
 
 /// A table's line; peers that are not installed leave a gap.
@@ -76,9 +65,7 @@ std::vector<Run> BlurPeers(const Size& size, f32 sigma) {
 #ifdef PICTAVO_BENCH_OPENCV
   if (sigma < 100) peers[0] = OpenCvBlur(size, static_cast<double>(sigma));
 #endif
-#ifdef PICTAVO_BENCH_AVFILTER
-  peers[1] = Planes("gblur=sigma=" + std::to_string(sigma) + ":planes=15", size);
-#endif
+  peers[1] = RunOf("gblur=sigma=" + std::to_string(sigma) + ":planes=15", "gbrap", size);
   return peers;
 }
 
@@ -87,9 +74,7 @@ std::vector<Run> SharpenPeers(const Size& size) {
 #ifdef PICTAVO_BENCH_OPENCV
   peers[0] = OpenCvSharpen(size, 2);
 #endif
-#ifdef PICTAVO_BENCH_AVFILTER
-  peers[1] = Planes("unsharp=13:13:1:13:13:1", size);
-#endif
+  peers[1] = RunOf("unsharp=13:13:1:13:13:1", "gbrap", size);
   return peers;
 }
 

@@ -1,7 +1,5 @@
 // Channels and planes, levels, the colour matrix and tables of colours, beside other libraries
 // where they are installed.
-#include <utility>
-
 #include "av_filter.h"
 #include "bench.h"
 #include "cpu/colour/channels.h"
@@ -39,7 +37,8 @@ void ShuffleToRgba(u8* d, const u8* s, i32 w, i32 h) {
   libyuv::ARGBToABGR(s, 4 * w, d, 4 * w, w, h);
 }
 void ColorTable(u8* d, const u8*, i32 w, i32 h) {
-  libyuv::RGBColorTable(d, 4 * w, TableOfLevels4(kMidLevels).data(), 0, 0, w, h);
+  static const std::vector<u8> table = TableOfLevels4(kMidLevels);
+  libyuv::RGBColorTable(d, 4 * w, table.data(), 0, 0, w, h);
 }
 void ColorMatrix(u8* d, const u8*, i32 w, i32 h) {
   const int8_t sepia[] = {17, 68, 35, 0, 22, 88, 45, 0, 24, 98, 50, 0};
@@ -140,9 +139,7 @@ Table Gradings() {
 /// A row at a time, so that one thread does all.
 Table ColourTables() {
   std::vector<std::string> columns = BuildColumns();
-#ifdef PICTAVO_BENCH_AVFILTER
   columns.push_back("libavfilter");
-#endif
   Table table = {"Tables of colours, one thread", columns, BuildColumns().size(), {}};
   for (const Size& size : {kHd, kCached}) {
     for (const u32 side : {17u, 33u, 65u}) {
@@ -150,14 +147,7 @@ Table ColourTables() {
       std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
         for (i64 y = 0; y < size.height; ++y) MapRow(level, dst, src, size, y, param);
       });
-#ifdef PICTAVO_BENCH_AVFILTER
-      AvFilter filter("lut3d=interp=tetrahedral:file=" + FilmFile(side), "bgra", size);
-      runs.push_back(
-          [filter, loaded = static_cast<const u8*>(nullptr)](u8*, const u8* src) mutable {
-            if (std::exchange(loaded, src) != src) filter.Load(src);
-            filter.Run();
-          });
-#endif
+      runs.push_back(RunOf("lut3d=interp=tetrahedral:file=" + FilmFile(side), "bgra", size));
       for (const char* pixels : {"random", "film"}) {
         table.lines.push_back(
             {"66 table of " + std::to_string(side), size.name() + " " + pixels, size.pixels(),

@@ -88,10 +88,9 @@ const Bytes& Film(const Size& size) {
 
 void MapRow(i32 level, u8* dst, const u8* src, const Size& size, i64 y,
             const ColorLutParam& param) {
-  const i32 pitch = 4 * size.width;
-  const ImageDesc from = {{}, 0, 0, 0, const_cast<u8*>(src + y * pitch), size.width, 1, pitch, 4};
-  ImageDesc to = from;
-  to.data = dst + y * pitch;
+  const Size row = {size.width, 1};
+  const ImageDesc from = RecordOf(row, src + 4 * y * size.width);
+  ImageDesc to = RecordOf(row, dst + 4 * y * size.width);
   cpu::ApplyColorLut(level, &from, &to, &param);
 }
 

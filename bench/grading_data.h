@@ -8,8 +8,8 @@ namespace pictavo::bench {
 
 inline constexpr LevelsParam kMidLevels = {0.0625f, 0.93f, 1.4f, 0.03f, 0.99f};
 
-/// The bytes that levels make of each byte, worked out anew, four times each: 255 of alpha's 256
-/// stay as they are.
+/// The bytes that levels make of each byte as blue, green and red, worked out anew; as alpha it
+/// stays.
 std::vector<u8> TableOfLevels4(const LevelsParam& param);
 
 /// A look that moves every colour, as a table of so many entries a side. Made once.

@@ -68,14 +68,7 @@ constexpr PeerFn *CvFill = nullptr, *CvCopy = nullptr, *CvPixelate = nullptr,
                  *CvDeviation = nullptr, *CvSharpness = nullptr, *CvBounds = nullptr;
 #endif
 
-Run AvPixelize([[maybe_unused]] const Size& size) {
-#ifdef PICTAVO_BENCH_AVFILTER
-  AvFilter filter("pixelize=w=8:h=8", "gbrap", size);
-  return [filter](u8*, const u8*) mutable { filter.Run(); };
-#else
-  return {};
-#endif
-}
+Run AvPixelize(const Size& size) { return RunOf("pixelize=w=8:h=8", "gbrap", size); }
 
 template <i32 channel, u32 measure>
 void Measure(i32 level, u8* d, const u8* s, i32 w, i32 h) {
@@ -116,9 +109,8 @@ const Operation kOperations[] = {
     {"69 pixelate by 50", false, true, "opaque", Pixelate<50>, 0b101},
     {"75 copy a rectangle", true, false, "opaque",
      [](i32 level, u8* d, const u8* s, i32 w, i32 h) {
-       const ImageDesc from = {{}, w, h, 0, const_cast<u8*>(s), w, h, 4 * w, 4};
-       ImageDesc to = from;
-       to.data = d;
+       const ImageDesc from = RecordOf({w, h}, s);
+       ImageDesc to = RecordOf({w, h}, d);
        const i32 rect[] = {0, 0, w, h};
        cpu::CopyRectangle(level, &from, &to, rect);
      },

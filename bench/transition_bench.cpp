@@ -26,15 +26,10 @@ const Bytes& Pair(const Size& size, const std::string& alpha) {
   return both;
 }
 
-Run AvMix([[maybe_unused]] const char* mode, [[maybe_unused]] const Size& size) {
-#ifdef PICTAVO_BENCH_AVFILTER
+Run AvMix(const char* mode, const Size& size) {
   if (mode == nullptr) return {};
-  AvFilter filter(std::string("[in0][in1]xfade=offset=0:duration=60:transition=") + mode, "gbrap",
-                  size, 2);
-  return [filter](u8*, const u8*) mutable { filter.Run(); };
-#else
-  return {};
-#endif
+  return RunOf(std::string("[in0][in1]xfade=offset=0:duration=60:transition=") + mode, "gbrap",
+               size, 2);
 }
 
 struct Moment {
@@ -109,16 +104,6 @@ Run CvConvolve(const ConvolveParam& param, const Size& size) {
 }
 #endif
 
-Run AvConvolve([[maybe_unused]] const char* chain, [[maybe_unused]] const Size& size) {
-#ifdef PICTAVO_BENCH_AVFILTER
-  if (chain == nullptr) return {};
-  AvFilter filter(chain, "gbrap", size);
-  return [filter](u8*, const u8*) mutable { filter.Run(); };
-#else
-  return {};
-#endif
-}
-
 Line MomentLine(const Moment& moment, const Size& size) {
   const Bytes& both = Pair(size, moment.alpha);
   const u8* const second = both.data() + both.size() / 2;
@@ -158,7 +143,7 @@ Line WeightsLine(const Weights& weights, const Size& size) {
 #else
   runs.emplace_back();
 #endif
-  runs.push_back(AvConvolve(weights.avFilter, size));
+  runs.push_back(weights.avFilter == nullptr ? Run() : RunOf(weights.avFilter, "gbrap", size));
   const Bytes& pixels = Pixels(size, "opaque");
   return {weights.name, size.name() + " opaque", size.pixels(), &pixels, &pixels,
           false,        std::move(runs)};

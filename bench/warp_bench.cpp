@@ -30,50 +30,25 @@ Run OpenCv(const Size& size, double angle) {
 }
 #endif
 
-#ifdef PICTAVO_BENCH_AVFILTER
-Run AvChain(const char* chain, const char* format, const Size& size) {
-  AvFilter filter(chain, format, size);
-  filter.Load(Pixels(size, "opaque").data());
-  return [filter](u8*, const u8*) mutable { filter.Run(); };
-}
-#endif
-
-/// What other libraries do, in the table's columns.
-void AddPeers(std::vector<Run>* runs, const Run& openCv, const Run& avFilter) {
-#ifdef PICTAVO_BENCH_OPENCV
-  runs->push_back(openCv);
-#endif
-#ifdef PICTAVO_BENCH_AVFILTER
-  runs->push_back(avFilter);
-#endif
-  (void)openCv, (void)avFilter;
-}
-
 std::vector<Run> Rotations(const Size& size) {
   std::vector<Run> runs = Runs(cpu::RotatePicture, Rotation(kAngle, size), size);
-  Run openCv, avFilter;
+  Run openCv;
 #ifdef PICTAVO_BENCH_OPENCV
   openCv = OpenCv<OpenCvRotate>(size, double{kAngle});
 #endif
-#ifdef PICTAVO_BENCH_AVFILTER
-  avFilter = AvChain("rotate=15*PI/180:c=none", "bgra", size);
-#endif
-  AddPeers(&runs, openCv, avFilter);
+  runs.insert(runs.end(), {openCv, RunOf("rotate=15*PI/180:c=none", "bgra", size)});
   return runs;
 }
 
 std::vector<Run> Tilts(const Size& size) {
   std::vector<Run> runs = Runs(cpu::TiltPicture, Yaw(kYaw, size), size);
-  Run openCv, avFilter;
+  Run openCv;
 #ifdef PICTAVO_BENCH_OPENCV
   openCv = OpenCv<OpenCvYaw>(size, double{kYaw});
 #endif
-#ifdef PICTAVO_BENCH_AVFILTER
-  avFilter =
-      AvChain("perspective=x0=0:y0=0:x1=W:y1=H/8:x2=0:y2=H:x3=W:y3=H*7/8:interpolation=linear",
-              "yuva444p", size);
-#endif
-  AddPeers(&runs, openCv, avFilter);
+  const char* const chain =
+      "perspective=x0=0:y0=0:x1=W:y1=H/8:x2=0:y2=H:x3=W:y3=H*7/8:interpolation=linear";
+  runs.insert(runs.end(), {openCv, RunOf(chain, "yuva444p", size)});
   return runs;
 }
 
@@ -95,7 +70,7 @@ std::vector<Run> ScaledLayers(const Size& size, const Size& layer) {
     scaled.copyTo(to);
   };
 #endif
-  AddPeers(&runs, openCv, {});
+  runs.insert(runs.end(), {openCv, Run()});
   return runs;
 }
 
@@ -103,12 +78,7 @@ std::vector<Run> ScaledLayers(const Size& size, const Size& layer) {
 
 Table Warps() {
   Table table = {"Turning, tilting, scaled layers", BuildColumns(), BuildColumns().size(), {}};
-#ifdef PICTAVO_BENCH_OPENCV
-  table.columns.push_back("OpenCV");
-#endif
-#ifdef PICTAVO_BENCH_AVFILTER
-  table.columns.push_back("libavfilter");
-#endif
+  table.columns.insert(table.columns.end(), {"OpenCV", "libavfilter"});
   const auto add = [&](const char* name, const Size& size, const char* alpha,
                        const std::vector<Run>& runs) {
     table.lines.push_back({name, size.name() + " " + alpha, size.pixels(), &Pixels(size, alpha),
