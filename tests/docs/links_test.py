@@ -2,7 +2,8 @@
 """Every link and picture in a folder's pages, Markdown and HTML, leads to a file of that folder, and to
 a place in it.
   links_test.py FOLDER
-In the source tree, a picture may also be one that scripts/docs.sh or a command on the page makes."""
+In the source tree, a picture may also be one that scripts/docs.sh or a command on the page makes; no two
+commands make the same one."""
 import re
 import sys
 from html import unescape
@@ -13,6 +14,7 @@ ROOT = Path(sys.argv[1]).resolve()
 MAKER = ROOT / "scripts/docs.sh"
 LINK = {".md": r"\]\(([^()\s]+)\)", ".html": r"<[^>]*?\b(?:href|src|data)=\"([^\"]*)\""}
 CODE = r"^```.*?^```|`[^`\n]*`"
+MADE = r"<br>`[^`]*` \| !\[[^]]*\]\(([^)]*)\)"  # by the command below which it is shown
 
 
 def pages():
@@ -52,5 +54,7 @@ found = [(page, link) for page in pages() for link in links(page)]
 dead = sorted({(str(page.relative_to(ROOT)), link) for page, link in found if not is_alive(page, link)})
 for page, link in dead:
     print(f"{page}: {link} is not there")
-print(f"{len(found)} links, {len(dead)} of them dead")
-sys.exit(1 if dead or len(found) < 20 else 0)
+made = [picture for page in pages() if page.suffix == ".md" for picture in re.findall(MADE, page.read_text("utf-8"))]
+twice = sorted({picture for picture in made if made.count(picture) > 1})
+print(f"{len(found)} links, {len(dead)} of them dead; {len(made)} commands for a picture, made twice: {twice}")
+sys.exit(1 if dead or twice or len(found) < 20 else 0)
