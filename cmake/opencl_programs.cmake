@@ -1,6 +1,6 @@
 # Packs the OpenCL programs into a resource script: type 97, the number of each in the order given.
 # Their bytes are scrambled so that no tool shows them as text by accident; ProgramText() in
-# src/opencl/program_source.cpp undoes it.
+# src/opencl/own_resources.cpp undoes it.
 #   pictavo_opencl_programs(OUTPUT.rc FILE...)
 function(pictavo_opencl_programs output)
   set(script "")
