@@ -34,11 +34,13 @@ const Layer kLayers[] = {
 };
 
 std::vector<Run> Runs(const Layer& layer, const Size& size) {
-  std::vector<Run> runs = AtEachBuild([=](i32 level, u8* dst, const u8* src) {
-    cpu::kLayerKernels[layer.mode].For(level)(dst, src, size.width, size.height, size.width * 4,
-                                              size.width * 4,
-                                              {layer.mode, 255, layer.alphaMode, 0.3f, 0.6f});
-  });
+  const auto& kernels = cpu::kLayerKernels[layer.mode];
+  std::vector<Run> runs = AtEachBuild(
+      [=, &kernels](i32 level, u8* dst, const u8* src) {
+        kernels.For(level)(dst, src, size.width, size.height, size.width * 4, size.width * 4,
+                           {layer.mode, 255, layer.alphaMode, 0.3f, 0.6f});
+      },
+      kernels.avx2 == nullptr ? 0b011 : 0b111);
 #ifdef PICTAVO_BENCH_PIXMAN
   if (layer.mode == 8) {  // adds as it is, without weighing by alpha
     runs.push_back([=](u8* dst, const u8* src) {
