@@ -1,5 +1,7 @@
 #include "grading_data.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -61,11 +63,14 @@ const std::vector<u16>& FilmTable(u32 side) {
 std::string FilmFile(u32 side) {
   const auto path =
       std::filesystem::temp_directory_path() / ("pictavo_film_" + std::to_string(side) + ".cube");
-  std::ofstream file(path);
+  const std::string own = path.string() + "." + std::to_string(getpid());
+  std::ofstream file(own);
   file << "LUT_3D_SIZE " << side << '\n';
   ForEntries(side, [&](const std::array<double, 3>& rgb) {
     file << rgb[0] << ' ' << rgb[1] << ' ' << rgb[2] << '\n';
   });
+  file.close();
+  std::filesystem::rename(own, path);  // other runs at the same time never see a part of it
   return path.string();
 }
 
