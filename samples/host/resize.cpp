@@ -183,12 +183,12 @@ SheetColumn ShowMethods(Demo& demo, const std::string& heading, const char* how,
   return column;
 }
 
-/// A contact sheet's own text.
+/// A contact sheet's own text, above two of its pictures.
 Picture Letters(const Picture& picture) {
-  const Picture sheet =
-      DrawContactSheet("Pictavo", "sphinx of black quartz, judge my vow",
-                       {{"Five boxing wizards", {{picture, "jump", "quickly", {}}}}});
-  return Cropped(sheet, {0, 0, std::min(sheet.width, 360), std::min(sheet.height, 240)});
+  const SheetPicture below = {Thumbnail(picture), "jump", "quickly", {}};
+  const Picture sheet = DrawContactSheet("Pictavo", "sphinx of black quartz, judge my vow",
+                                         {{"Five boxing wizards", {below}}, {"at dawn", {below}}});
+  return Cropped(sheet, {0, 0, 540, 360});
 }
 
 }  // namespace
@@ -197,7 +197,7 @@ std::vector<SheetColumn> ShowResizing(Demo& demo) {
   constexpr i32 kWidth = 360, kHeight = 240;
   const Picture whole = SoftDisc(Covering(demo.background, 3 * kWidth, 3 * kHeight));
   const Picture detail = Cropped(whole, {450, 340, kWidth / 6, kHeight / 6});
-  const Picture text = Letters(detail);
+  const Picture text = Letters(demo.background);
   return {
       ShowMethods(demo, "A detail, enlarged 6 times", " x 6", detail, kWidth, kHeight, 1),
       ShowMethods(demo, "All of it, reduced 9 times", " / 9", whole, kWidth / 3, kHeight / 3, 3),
