@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "d3d11/computation.h"
+#include "frame/result.h"
 
 namespace pictavo {
 
@@ -43,9 +44,8 @@ struct CPictavo_Dilation::Growth {
 u32 CPictavo_Dilation::Weigh(Computation* computation, const Growth& growth, u32 radius,
                              Picture* weights) noexcept {
   const u32 side = 2 * radius + 1;
-  const u32 code =
-      GetScratch(growth.device, Scratch::kWeights, side, side, DXGI_FORMAT_R32_FLOAT, weights);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(
+      GetScratch(growth.device, Scratch::kWeights, side, side, DXGI_FORMAT_R32_FLOAT, weights));
   const Pass pass = {.shader = Shader::kFilterWeights,
                      .inputs = {},
                      .outputs = {weights->out.Get()},
@@ -59,25 +59,27 @@ u32 CPictavo_Dilation::Weigh(Computation* computation, const Growth& growth, u32
 /// Searches the window of every pixel, with weights that may reach farther.
 u32 CPictavo_Dilation::Search(Computation* computation, const Growth& growth, u32 radius) noexcept {
   Picture weights;
-  u32 code = Weigh(computation, growth, radius, &weights);
+  PICTAVO_RETURN_IF_FAILED(Weigh(computation, growth, radius, &weights));
   const auto& [x, y] = growth.region;
   const D3DGrowParam& filter = growth.filter;
   const u32 atOnce = RowsAtOnce(static_cast<u32>(x.length), filter);
   const bool whole = growth.whole && y.length <= atOnce;
-  for (i64 row = 0; code == PICTAVO_S_OK && row < y.length; row += atOnce) {
+  for (i64 row = 0; row < y.length; row += atOnce) {
     const Region band(x, {y.dst + row, y.src + row, std::min<i64>(atOnce, y.length - row)});
     Pass pass = PassOver(whole ? Shader::kFilterApply : Shader::kFilterApplyToRegion,
                          growth.pictures, band.x.length, band.y.length);
     pass.inputs[1] = weights.in.Get();
-    code = whole ? computation->Run(pass, FilterApplyBlock{.uFilterRadiusW = filter.radiusX,
-                                                           .uFilterRadiusH = filter.radiusY})
-                 : computation->Run(
-                       pass, FilterApplyToRegionBlock{.region = BlockOf(band, growth.pictures),
-                                                      .uFilterRadiusW = filter.radiusX,
-                                                      .uFilterRadiusH = filter.radiusY,
-                                                      .uClipSrcA = growth.clipSource});
+    if (whole) {
+      return computation->Run(pass, FilterApplyBlock{.uFilterRadiusW = filter.radiusX,
+                                                     .uFilterRadiusH = filter.radiusY});
+    }
+    PICTAVO_RETURN_IF_FAILED(
+        computation->Run(pass, FilterApplyToRegionBlock{.region = BlockOf(band, growth.pictures),
+                                                        .uFilterRadiusW = filter.radiusX,
+                                                        .uFilterRadiusH = filter.radiusY,
+                                                        .uClipSrcA = growth.clipSource}));
   }
-  return code;
+  return PICTAVO_S_OK;
 }
 
 /// A square's most is the most of its rows' most. So each row is searched once, and then columns of
@@ -89,16 +91,14 @@ u32 CPictavo_Dilation::SearchSquare(Computation* computation, const Growth& grow
   const u32 radius = std::max(filter.radiusX, filter.radiusY);
   const Stretch rows = y.WithMargin(filter.radiusY, {y.dst - y.src, 0, src.height});
   Growth along = growth, down = growth;
-  u32 code =
-      GetScratch(growth.device, Scratch::kFirst, static_cast<u32>(x.length),
-                 static_cast<u32>(rows.length), DXGI_FORMAT_R8G8B8A8_UNORM, &along.pictures.dst);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(GetScratch(growth.device, Scratch::kFirst, static_cast<u32>(x.length),
+                                      static_cast<u32>(rows.length), DXGI_FORMAT_R8G8B8A8_UNORM,
+                                      &along.pictures.dst));
   along.region = Region({0, x.src, x.length}, {0, rows.src, rows.length});
   along.filter = {filter.radiusX, 0, kSquare, 1};
   along.clipSource = 0;
   along.whole = false;
-  code = Search(computation, along, radius);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(Search(computation, along, radius));
 
   down.pictures.src = along.pictures.dst;
   down.region = Region({x.dst, 0, x.length}, {y.dst, y.src - rows.src, y.length});
@@ -106,12 +106,11 @@ u32 CPictavo_Dilation::SearchSquare(Computation* computation, const Growth& grow
   down.clipSource = 0;
   if (growth.clipSource == 0) return Search(computation, down, radius);
 
-  code = GetScratch(growth.device, Scratch::kSecond, static_cast<u32>(x.length),
-                    static_cast<u32>(y.length), DXGI_FORMAT_R8G8B8A8_UNORM, &down.pictures.dst);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(GetScratch(growth.device, Scratch::kSecond, static_cast<u32>(x.length),
+                                      static_cast<u32>(y.length), DXGI_FORMAT_R8G8B8A8_UNORM,
+                                      &down.pictures.dst));
   down.region.x.dst = down.region.y.dst = 0;
-  code = Search(computation, down, radius);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(Search(computation, down, radius));
   Pass clip = PassOver(Shader::kClipGrown, growth.pictures, x.length, y.length);
   clip.inputs[1] = down.pictures.dst.in.Get();
   return computation->Run(clip, BlockOf(growth.region, growth.pictures));
@@ -128,8 +127,7 @@ u32 CPictavo_Dilation::Apply(const D3DCall& call, const Growth& growth) noexcept
 
 u32 CPictavo_Dilation::Grow(const D3DCall& call, const D3DGrowParam* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   if (AnyPlane(pictures) || !Usable(*param)) return PICTAVO_E_INVALIDARG;
   const Region all({0, 0, 0, 0, CommonWidth(pictures), CommonHeight(pictures)});
   return Apply(call, {call.device, pictures, all, *param, 0, true});
@@ -137,8 +135,7 @@ u32 CPictavo_Dilation::Grow(const D3DCall& call, const D3DGrowParam* param) noex
 
 u32 CPictavo_Dilation::GrowRegion(const D3DCall& call, const D3DGrowRegionParam* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   if (!Usable(param->filter)) return PICTAVO_E_INVALIDARG;
   const Region region = Region(param->region).InDestination(pictures.dst).InSource(pictures.src);
   if (region.Empty()) return PICTAVO_S_FALSE;

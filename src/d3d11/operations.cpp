@@ -9,6 +9,7 @@
 
 #include "d3d11/code.h"
 #include "d3d11/computation.h"
+#include "frame/result.h"
 
 namespace pictavo {
 
@@ -35,8 +36,7 @@ bool SameSize(const Pictures& pictures) {
 
 u32 CPictavo_D3D::CopyTexture(const D3DCall& call, const D3DRegion* part) noexcept {
   Pictures pictures;
-  const u32 code = OpenTextures(call, true, {}, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenTextures(call, true, {}, &pictures));
   const auto& [dst, src] = pictures;
   if (dst.format != src.format || DescOf(dst).Usage == D3D11_USAGE_IMMUTABLE ||
       (part == nullptr && !SameSize(pictures))) {
@@ -52,8 +52,7 @@ u32 CPictavo_D3D::CopyTexture(const D3DCall& call, const D3DRegion* part) noexce
 
 u32 CPictavo_D3D::PlainCopy(const D3DCall& call) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, true, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, true, &pictures));
   if (!BothColourOrBothPlanes(pictures)) return PICTAVO_E_INVALIDARG;
   return Computation(this, call)
       .Run(PassOver(Shader::kPlainCopy, pictures, CommonWidth(pictures), CommonHeight(pictures)));
@@ -61,8 +60,7 @@ u32 CPictavo_D3D::PlainCopy(const D3DCall& call) noexcept {
 
 u32 CPictavo_D3D::RegionCopy(const D3DCall& call, const D3DRegion* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   const Region region = Region(*param).InDestination(pictures.dst).InSource(pictures.src);
   if (region.Empty()) return PICTAVO_S_FALSE;
   const Shader shader = BothColourOrBothPlanes(pictures) ? Shader::kRegionCopy
@@ -93,8 +91,7 @@ u32 CopyMaterial(Computation* computation, Region region, const Pictures& pictur
 
 u32 CPictavo_D3D::MaterialCopy(const D3DCall& call, const D3DRegion* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   const Region region = Region(*param).InDestination(pictures.dst);
   if (region.Empty()) return PICTAVO_S_FALSE;
   Computation computation(this, call);
@@ -103,8 +100,7 @@ u32 CPictavo_D3D::MaterialCopy(const D3DCall& call, const D3DRegion* param) noex
 
 u32 CPictavo_D3D::RegionFilter(const D3DCall& call, const D3DRegionFilterParam* param) noexcept {
   Pictures pictures;
-  u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   const D3DRegion& asked = param->region;
   if (param->radius < 0 || param->radius > 128 || asked.width > kLargestTexture ||
       asked.height > kLargestTexture) {
@@ -120,10 +116,10 @@ u32 CPictavo_D3D::RegionFilter(const D3DCall& call, const D3DRegionFilterParam* 
 
   Computation computation(this, call);
   Picture copied, rows;
-  code = GetScratch(call.device, Scratch::kFirst, width, height, kScratchFormat, &copied);
-  if (code != PICTAVO_S_OK) return code;
-  code = GetScratch(call.device, Scratch::kSecond, width, height, kScratchFormat, &rows);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(
+      GetScratch(call.device, Scratch::kFirst, width, height, kScratchFormat, &copied));
+  PICTAVO_RETURN_IF_FAILED(
+      GetScratch(call.device, Scratch::kSecond, width, height, kScratchFormat, &rows));
 
   const auto filter = [&](Shader shader, const Pictures& pass, i64 dstX, i64 dstY) {
     const Region region({dstX, 0, width}, {dstY, 0, height});
@@ -131,18 +127,16 @@ u32 CPictavo_D3D::RegionFilter(const D3DCall& call, const D3DRegionFilterParam* 
         PassOver(shader, pass, width, height),
         RegionFilterBlock{.region = BlockOf(region, pass), .nRadius = param->radius});
   };
-  code = CopyMaterial(&computation, Region({0, part.x.src, width}, {0, part.y.src, height}),
-                      {copied, pictures.src});
-  if (code != PICTAVO_S_OK) return code;
-  code = filter(Shader::kRegionFilterRows, {rows, copied}, 0, 0);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(CopyMaterial(&computation,
+                                        Region({0, part.x.src, width}, {0, part.y.src, height}),
+                                        {copied, pictures.src}));
+  PICTAVO_RETURN_IF_FAILED(filter(Shader::kRegionFilterRows, {rows, copied}, 0, 0));
   return filter(Shader::kRegionFilterColumns, {pictures.dst, rows}, part.x.dst, part.y.dst);
 }
 
 u32 CPictavo_D3D::ScaledCopy(const D3DCall& call, const D3DScaleParam* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   const i32 left = std::max(param->left, 0), right = std::min(param->right, pictures.dst.width);
   const i32 top = std::max(param->top, 0), bottom = std::min(param->bottom, pictures.dst.height);
   if (left >= right || top >= bottom) return PICTAVO_S_FALSE;
@@ -183,8 +177,7 @@ struct LinearPosition {
 
 u32 CPictavo_D3D::AffineCopy(const D3DCall& call, const D3DAffineParam* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   const D3DAffineParam& p = *param;
   const i32 left = std::max(p.dstX, 0), top = std::max(p.dstY, 0);
   const i32 columns = pictures.dst.width - left, rows = pictures.dst.height - top;
@@ -237,8 +230,7 @@ u32 FillFrom(Computation* computation, const Picture& dst, i32 left, i32 top,
 
 u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept {
   Pictures pictures;
-  u32 code = OpenPictures(call, param, &pictures, false);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures, false));
   if (!AreChannels({param->red, param->green, param->blue, param->alpha})) {
     return PICTAVO_E_INVALIDARG;
   }
@@ -255,13 +247,12 @@ u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept 
   Picture patch;
   {
     Computation computation(this, call);
-    code = GetScratch(call.device, Scratch::kPatch, static_cast<u32>(right - left),
-                      static_cast<u32>(bottom - top), DescOf(dst).Format, &patch);
-    if (code != PICTAVO_S_OK) return code;
+    PICTAVO_RETURN_IF_FAILED(
+        GetScratch(call.device, Scratch::kPatch, static_cast<u32>(right - left),
+                   static_cast<u32>(bottom - top), DescOf(dst).Format, &patch));
     patch.format = dst.format;
-    code = FillFrom(&computation, patch, 0, 0, *param);
+    PICTAVO_RETURN_IF_FAILED(FillFrom(&computation, patch, 0, 0, *param));
   }
-  if (code != PICTAVO_S_OK) return code;
   CopyBetween(call.context, {dst, patch}, Region({left, 0, patch.width}, {top, 0, patch.height}));
   return PICTAVO_S_OK;
 }
@@ -269,9 +260,8 @@ u32 CPictavo_D3D::Fill(const D3DCall& call, const D3DFillParam* param) noexcept 
 u32 CPictavo_D3D::Clear(const D3DCall& call, const D3DClearParam* param) noexcept {
   if (param == nullptr || param->colour == nullptr) return PICTAVO_E_POINTER;
   Pictures pictures;
-  u32 code = OpenTextures(
-      call, false, {.dst = D3D11_BIND_UNORDERED_ACCESS | D3D11_BIND_RENDER_TARGET}, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenTextures(
+      call, false, {.dst = D3D11_BIND_UNORDERED_ACCESS | D3D11_BIND_RENDER_TARGET}, &pictures));
   const f32* bgra = param->colour;
   if (param->count != 4 || !AreChannels({bgra[0], bgra[1], bgra[2], bgra[3]})) {
     return PICTAVO_E_INVALIDARG;
@@ -287,23 +277,20 @@ u32 CPictavo_D3D::Clear(const D3DCall& call, const D3DClearParam* param) noexcep
                                       ? std::array{alpha, alpha, alpha, alpha}
                                       : std::array{byte(2), byte(1), byte(0), alpha};
   if ((DescOf(dst).BindFlags & D3D11_BIND_UNORDERED_ACCESS) != 0) {
-    code = CreateOutput(call.device, &dst);
-    if (code == PICTAVO_S_OK) {
-      call.context->ClearUnorderedAccessViewFloat(dst.out.Get(), rgba.data());
-    }
-    return code;
+    PICTAVO_RETURN_IF_FAILED(CreateOutput(call.device, &dst));
+    call.context->ClearUnorderedAccessViewFloat(dst.out.Get(), rgba.data());
+    return PICTAVO_S_OK;
   }
   ComPtr<ID3D11RenderTargetView> target;
-  code = Code(call.device->CreateRenderTargetView(dst.texture.Get(), nullptr,
-                                                  target.ReleaseAndGetAddressOf()));
-  if (code == PICTAVO_S_OK) call.context->ClearRenderTargetView(target.Get(), rgba.data());
-  return code;
+  PICTAVO_RETURN_IF_FAILED(Code(call.device->CreateRenderTargetView(
+      dst.texture.Get(), nullptr, target.ReleaseAndGetAddressOf())));
+  call.context->ClearRenderTargetView(target.Get(), rgba.data());
+  return PICTAVO_S_OK;
 }
 
 u32 CPictavo_D3D::ColourFromSource(const D3DCall& call, const D3DTintParam* param) noexcept {
   Pictures pictures;
-  const u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   if (AnyPlane(pictures) || !AreChannels({param->red, param->green, param->blue})) {
     return PICTAVO_E_INVALIDARG;
   }
@@ -345,8 +332,7 @@ bool WriteKeys(ID3D11DeviceContext* context, const D3DKeyParam& param, ID3D11Buf
 
 u32 CPictavo_D3D::ApplyKeys(const D3DCall& call, const D3DKeyParam* param) noexcept {
   Pictures pictures;
-  u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   if (param->keys == nullptr) return PICTAVO_E_POINTER;
   if (param->keyCount < 1 || param->keyCount > kMostKeys) return PICTAVO_E_INVALIDARG;
   const Region region = Region(param->region).InDestination(pictures.dst).InSource(pictures.src);
@@ -354,8 +340,7 @@ u32 CPictavo_D3D::ApplyKeys(const D3DCall& call, const D3DKeyParam* param) noexc
   Computation computation(this, call);
   ComPtr<ID3D11Buffer> keys;
   ComPtr<ID3D11ShaderResourceView> view;
-  code = GetKeys(call.device, &keys, &view);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(GetKeys(call.device, &keys, &view));
   if (!WriteKeys(call.context, *param, keys.Get())) return PICTAVO_E_OUTOFMEMORY;
   Pass pass = PassOver(Shader::kChromaKey, pictures, region.x.length, region.y.length);
   pass.inputs[1] = view.Get();
@@ -383,8 +368,7 @@ u32 StretchesOf(u32 length, u32 radius) {
 
 u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexcept {
   Pictures pictures;
-  u32 code = OpenPictures(call, param, &pictures);
-  if (code != PICTAVO_S_OK) return code;
+  PICTAVO_RETURN_IF_FAILED(OpenPictures(call, param, &pictures));
   const auto& [dst, src] = pictures;
   u32 radiusX = 0, radiusY = 0;
   if (!PixelsOf(param->radiusX, param->scale, &radiusX) ||
@@ -411,8 +395,8 @@ u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexce
                 {Scratch::kRemainders, height, narrow ? bytes : words, &remainders},
                 {Scratch::kDivisors, 1, DXGI_FORMAT_R16_UINT, &divisors}};
   for (const auto& w : wanted) {
-    code = GetScratch(call.device, w.which, width, w.height, w.format, w.picture);
-    if (code != PICTAVO_S_OK) return code;
+    PICTAVO_RETURN_IF_FAILED(
+        GetScratch(call.device, w.which, width, w.height, w.format, w.picture));
   }
 
   const Pass rows = {.shader = Shader::kBoxBlurRows,
@@ -428,8 +412,8 @@ u32 CPictavo_D3D::BoxBlur(const D3DCall& call, const D3DBlurParam* param) noexce
   const auto block = [&](u32 radius) {
     return BoxBlurBlock{.uBlurRadius = radius, .uWidth = width, .uHeight = height};
   };
-  code = computation.Run(rows, block(radiusX));
-  return code != PICTAVO_S_OK ? code : computation.Run(columns, block(radiusY));
+  PICTAVO_RETURN_IF_FAILED(computation.Run(rows, block(radiusX)));
+  return computation.Run(columns, block(radiusY));
 }
 
 }  // namespace pictavo

@@ -1,6 +1,6 @@
-// The methods of the interface. Each on the processor calls the operation of its name: the one in
-// src/cpu, or where there is more to it, one that stands here. The methods about the object itself
-// stand in pictavo_object.cpp.
+// The methods of the interface. Each on the processor or on OpenCL calls the operation of its name:
+// the one in src/cpu or src/opencl, or where there is more to it, one that stands here. The methods
+// about the object itself stand in pictavo_object.cpp.
 #include <algorithm>
 #include <type_traits>
 
@@ -44,6 +44,7 @@ namespace {
 // What is not below is found in these.
 using namespace cpu;
 using namespace chromakey;
+using namespace opencl;
 
 u32 ConvertBGRAToYUVA(Pictavo& object, const u8* src, u32 width, i32 height, i32 srcPitch, u8* dst,
                       i32 dstPitch) {
@@ -121,23 +122,10 @@ u32 FillSolidColor(i32 level, u8* buffer, i32 width, i32 height, i32 pitch, u8 b
   }
 #define PICTAVO_DEFINE_SURFACE PICTAVO_DEFINE_CPU
 #define PICTAVO_DEFINE_OBJECT(name, arguments)  // in pictavo_object.cpp
-#define PICTAVO_DEFINE_OPENCL(name, arguments)  // below
-#define PICTAVO_DEFINE_D3D11(name, arguments)   // below
+#define PICTAVO_DEFINE_OPENCL PICTAVO_DEFINE_CPU
+#define PICTAVO_DEFINE_D3D11(name, arguments)  // below
 #define PICTAVO_METHOD(slot, name, where, arguments) PICTAVO_DEFINE_##where(name, arguments)
 #include "pictavo/pictavo_methods.inl"
-
-u32 Pictavo::ExtendBoundaryOpenCL(IPictavoSurface* dst, u32 border) noexcept {
-  return Call(&opencl::ExtendBoundary, *this, dst, border);
-}
-
-u32 Pictavo::TransformOpenCL(IPictavoSurface* dst, IPictavoSurface* src,
-                             const f32* matrix) noexcept {
-  return Call(&opencl::Transform, *this, dst, src, matrix);
-}
-
-u32 Pictavo::BilinearInterpolationOpenCL(IPictavoSurface* dst, IPictavoSurface* src) noexcept {
-  return Call(&opencl::BilinearInterpolation, *this, dst, src);
-}
 
 u32 Pictavo::RotateD3D(ID3D11Device* device, ID3D11DeviceContext* context, const ImageDesc* dst,
                        const ImageDesc* src, const RotateParam* param) noexcept {
@@ -153,15 +141,6 @@ u32 Pictavo::BoxBlurD3D(ID3D11Device* device, ID3D11DeviceContext* context, cons
   const auto pixels = static_cast<double>(radius);
   const D3DBlurParam param = {pixels, pixels, 1};
   return BoxBlur({device, context, dst, src}, &param);
-}
-
-u32 Pictavo::FastBlurOpenCL(IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
-                            u32 radiusY) noexcept {
-  return Call(&opencl::FastBlur, *this, dst, src, radiusX, radiusY);
-}
-
-u32 Pictavo::MemsetColorOpenCL(IPictavoSurface* dst, u32 colour) noexcept {
-  return Call(&opencl::MemsetColor, *this, dst, colour);
 }
 
 u32 Pictavo::D3DComputeOp(i32 opCode, i32 subMode, ID3D11Device* device,

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/debugger.h"
+#include "platform/threads.h"
 
 namespace pictavo {
 namespace {
@@ -18,15 +19,7 @@ constexpr const char* kBuildOptions = "";
 constexpr DWORD kPathRoom = 260;
 
 /// One for the process: runtimes do not all bear two threads that bring them up or down at once.
-class BringUpLock {
- public:
-  void lock() noexcept { AcquireSRWLockExclusive(&lock_); }
-  void unlock() noexcept { ReleaseSRWLockExclusive(&lock_); }
-
- private:
-  SRWLOCK lock_ = SRWLOCK_INIT;
-};
-BringUpLock bringUpLock;
+Mutex bringUpLock;
 
 /// `folder`\`name`, where a folder is named.
 void AddPath(std::wstring_view folder, const wchar_t* name, std::vector<std::wstring>* paths) {

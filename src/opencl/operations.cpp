@@ -1,5 +1,6 @@
 #include "opencl/operations.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -231,7 +232,7 @@ u32 ExtendOnDevice(COCLBase& ocl, const COCLBase::Kernels& kernels, const ImageD
 
 }  // namespace
 
-u32 MemsetColor(COCLBase& ocl, IPictavoSurface* dst, u32 colour) noexcept {
+u32 MemsetColorOpenCL(COCLBase& ocl, IPictavoSurface* dst, u32 colour) noexcept {
   if (dst == nullptr) return PICTAVO_E_POINTER;
   ImageDesc image;
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &image));
@@ -250,19 +251,19 @@ u32 MemsetColor(COCLBase& ocl, IPictavoSurface* dst, u32 colour) noexcept {
   });
 }
 
-u32 Transform(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src,
-              const f32 matrix[6]) noexcept {
+u32 TransformOpenCL(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src,
+                    const f32 matrix[6]) noexcept {
   ImageDesc to, from;
   if (matrix == nullptr) return PICTAVO_E_POINTER;
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &to, src, &from));
   const f32* m = matrix;
-  const bool finite = std::isfinite(m[0]) && std::isfinite(m[1]) && std::isfinite(m[2]) &&
-                      std::isfinite(m[3]) && std::isfinite(m[4]) && std::isfinite(m[5]);
+  const bool finite = std::all_of(m, m + 6, [](f32 number) { return std::isfinite(number); });
   if (!finite || !Is32Bit(to) || !Is32Bit(from)) return PICTAVO_E_INVALIDARG;
   return MakeFrom(ocl, to, from, "TransformF.cl", m[0], m[1], m[2], m[3], m[4], m[5]);
 }
 
-u32 BilinearInterpolation(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src) noexcept {
+u32 BilinearInterpolationOpenCL(COCLBase& ocl, IPictavoSurface* dst,
+                                IPictavoSurface* src) noexcept {
   ImageDesc to, from;
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &to, src, &from));
   if (!Is32Bit(to) || !Is32Bit(from)) return PICTAVO_E_INVALIDARG;
@@ -271,8 +272,8 @@ u32 BilinearInterpolation(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* 
   return MakeFrom(ocl, to, from, "Interpolation.cl", stepX, stepY);
 }
 
-u32 FastBlur(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
-             u32 radiusY) noexcept {
+u32 FastBlurOpenCL(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
+                   u32 radiusY) noexcept {
   ImageDesc to, from;
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &to, src, &from));
   if (!Is32Bit(to) || !Is32Bit(from) || to.width != from.width || to.height != from.height ||
@@ -310,7 +311,7 @@ u32 FastBlur(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src, u32 radi
   });
 }
 
-u32 ExtendBoundary(COCLBase& ocl, IPictavoSurface* dst, u32 border) noexcept {
+u32 ExtendBoundaryOpenCL(COCLBase& ocl, IPictavoSurface* dst, u32 border) noexcept {
   if (dst == nullptr) return PICTAVO_E_POINTER;
   ImageDesc image;
   PICTAVO_RETURN_IF_FAILED(Ask(dst, &image));

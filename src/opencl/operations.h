@@ -1,4 +1,4 @@
-// The operations on OpenCL. pictavo.h states their rules.
+// The operations on OpenCL, under the names of their methods, whose rules pictavo.h states.
 #ifndef PICTAVO_OPENCL_OPERATIONS_H_
 #define PICTAVO_OPENCL_OPERATIONS_H_
 
@@ -6,13 +6,13 @@
 
 namespace pictavo::opencl {
 
-u32 ExtendBoundary(COCLBase& ocl, IPictavoSurface* dst, u32 border) noexcept;
-u32 Transform(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src,
-              const f32 matrix[6]) noexcept;
-u32 BilinearInterpolation(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src) noexcept;
-u32 FastBlur(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
-             u32 radiusY) noexcept;
-u32 MemsetColor(COCLBase& ocl, IPictavoSurface* dst, u32 colour) noexcept;
+u32 ExtendBoundaryOpenCL(COCLBase& ocl, IPictavoSurface* dst, u32 border) noexcept;
+u32 TransformOpenCL(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src,
+                    const f32 matrix[6]) noexcept;
+u32 BilinearInterpolationOpenCL(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src) noexcept;
+u32 FastBlurOpenCL(COCLBase& ocl, IPictavoSurface* dst, IPictavoSurface* src, u32 radiusX,
+                   u32 radiusY) noexcept;
+u32 MemsetColorOpenCL(COCLBase& ocl, IPictavoSurface* dst, u32 colour) noexcept;
 
 }  // namespace pictavo::opencl
 

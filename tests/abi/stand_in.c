@@ -6,7 +6,8 @@ static int32_t GetCPULevel(Pictavo* self) { return self->methods != 0 ? 7 : 0; }
 static uint32_t BlendOverPitched(Pictavo* self, uint8_t* dst, const uint8_t* src, int32_t width,
                                  int32_t height, int32_t pitch) {
   (void)self;
-  for (int32_t i = 0; i < width * height * pitch; ++i) dst[i] = src[i];
+  (void)width;
+  for (int32_t i = 0; i < height * pitch; ++i) dst[i] = src[i];
   return 1;
 }
 
