@@ -2,6 +2,8 @@
 /// Reads .cube files, tables of colours as text, into what IPictavo::ApplyColorLut takes. Header
 /// only; needs pictavo.h and the standard library. Any bytes can be given: what is not such a file
 /// gets the line and the reason.
+//
+// std::min and std::max stand in brackets for hosts in which they are macros, of <windows.h>.
 #ifndef PICTAVO_PICTAVO_CUBE_H_
 #define PICTAVO_PICTAVO_CUBE_H_
 
@@ -114,7 +116,7 @@ class Line {
   }
 
  private:
-  void Skip() { text_.remove_prefix(std::min(text_.find_first_not_of(" \t"), text_.size())); }
+  void Skip() { text_.remove_prefix((std::min)(text_.find_first_not_of(" \t"), text_.size())); }
 
   std::string_view text_;
   std::size_t number_;
@@ -157,9 +159,9 @@ inline Contents ReadContents(std::string_view text) {
   std::size_t number = 0;
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::size_t end = (std::min)(text.find('\n'), text.size());
     std::string_view one = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    text.remove_prefix((std::min)(end + 1, text.size()));
     if (!one.empty() && one.back() == '\r') one.remove_suffix(1);
     Line line(one, ++number);
     ReadLine(line, &contents);
@@ -183,9 +185,9 @@ inline Colour Look(const Contents& contents, const Colour& colour) {
   Colour part, sum = {0, 0, 0};
   for (std::size_t c = 0; c < 3; ++c) {
     const double width = contents.most[c] - contents.least[c];
-    const double place = std::min(std::max((colour[c] - contents.least[c]) / width, 0.0), 1.0);
+    const double place = (std::min)((std::max)((colour[c] - contents.least[c]) / width, 0.0), 1.0);
     const double position = place * (contents.size - 1);
-    cell[c] = std::min(static_cast<std::size_t>(position), std::size_t{contents.size} - 2);
+    cell[c] = (std::min)(static_cast<std::size_t>(position), std::size_t{contents.size} - 2);
     part[c] = position - static_cast<double>(cell[c]);
   }
   for (std::size_t corner = 0; corner < (contents.isCurve ? 2u : 8u); ++corner) {
@@ -220,7 +222,7 @@ inline Colour Look(const Contents& contents, const Colour& colour) {
 /// Throws CubeFailure; std::bad_alloc.
 inline CubeTable ReadCube(std::string_view text) {
   const cube::Contents contents = cube::ReadContents(text);
-  CubeTable table = {contents.title, std::min(contents.size, cube::kMostSide), {}};
+  CubeTable table = {contents.title, (std::min)(contents.size, cube::kMostSide), {}};
   const u32 size = table.size;
   table.entries.reserve(std::size_t{4} * size * size * size);
   for (u32 i = 0; i < size * size * size; ++i) {
@@ -228,7 +230,7 @@ inline CubeTable ReadCube(std::string_view text) {
     const cube::Colour to =
         cube::Look(contents, {i % size / most, i / size % size / most, i / size / size / most});
     for (const double c : {to[2], to[1], to[0], 0.0}) {
-      table.entries.push_back(static_cast<u16>(std::min(std::max(c, 0.0), 1.0) * 65535 + 0.5));
+      table.entries.push_back(static_cast<u16>((std::min)((std::max)(c, 0.0), 1.0) * 65535 + 0.5));
     }
   }
   return table;

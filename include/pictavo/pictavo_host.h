@@ -158,7 +158,7 @@ constexpr const char* ResultText(u32 result) noexcept {
 enum class Module {
   cpuDetect,       ///< CPUIstructionSetDetect.dll: the processor's level
   convertUtility,  ///< ConvertUtility.dll: slots 88 to 92
-  memoryManager,   ///< VKTMemMgr.dll: buffers for OpenCL
+  memoryManager,   ///< VKTMemMgr.dll: buffers for OpenCL and slot 68
 };
 /// Their files, in that order.
 inline constexpr const wchar_t* kModuleFiles[] = {L"CPUIstructionSetDetect.dll",
@@ -302,7 +302,7 @@ class Library {
       const DWORD length = GetModuleFileNameW(module_, path, kLongest);
       wchar_t* const slash = length > 0 && length < kLongest ? std::wcsrchr(path, L'\\') : nullptr;
       if (slash != nullptr) {
-        std::wcscpy(slash + 1, file);
+        std::wmemcpy(slash + 1, file, std::wcslen(file) + 1);
         sibling = LoadLibraryW(path);
       }
     }
@@ -645,6 +645,9 @@ class Host : public Library {
   }
   /// How often each byte stands in a channel: 0 blue, 1 green, 2 red, 3 alpha.
   std::array<u32, 256> ComputeHistogram(ConstView picture, u32 channel) const {
+    if (picture.width() < 0 || picture.height() < 0 || picture.pitch() < 0) {
+      throw Error("ComputeHistogram: sizes and pitches below 0 are none", PICTAVO_E_INVALIDARG);
+    }
     std::array<u32, 256> bins = {};
     Require<&IPictavo6::ComputeHistogram>(
         picture.data(), static_cast<u32>(picture.width()), static_cast<u32>(picture.height()),

@@ -155,6 +155,10 @@ TEST(Host, CallsWithPartsOfPicturesAndNamesWhatIsRefused) {
             "GaussianBlur: an argument cannot be used (0x80070057)");
   EXPECT_EQ(Refusal([&] { host.ApplyChromaKey(part, layer, {}); }),
             "ApplyChromaKey: rows must be packed");
+  EXPECT_EQ(Refusal([&] {
+              host.ComputeHistogram({frame.At(0, 6), 9, 7, -36}, 0);
+            }),
+            "ComputeHistogram: sizes and pitches below 0 are none");
   EXPECT_EQ(Refusal([&] { host.Require<&IPictavo6::Reserved12>(); }),
             "A reserved method: not built (0x80004001)");
   EXPECT_EQ(Refusal([&] { host.Require<&IPictavo6::BlendOverPacked>(nullptr, nullptr, 1, 1); }),

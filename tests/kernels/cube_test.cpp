@@ -1,7 +1,16 @@
 // .cube files: what good ones become, and what is said of others.
-#include "pictavo/pictavo_cube.h"
-
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+// As <windows.h> has them for a host that does not ask for less.
+#define min(a, b) (((a) < (b)) ? (a) : (b))
+#define max(a, b) (((a) > (b)) ? (a) : (b))
+#include "pictavo/pictavo_cube.h"
+#undef min
+#undef max
 
 namespace pictavo::test {
 namespace {
