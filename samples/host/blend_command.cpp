@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "calls.h"
 #include "chain.h"
 #include "command_line.h"
 #include "commands.h"
@@ -16,18 +17,12 @@ namespace {
 
 struct Job {
   Arguments files;
-  const Operation* operation = FindOperation("over");
+  const Operation* operation = &FindOperation("over");
   BlendSettings settings;
   unsigned given = kNone;  // the settings that stand on the command line
   i32 x = 0;
   i32 y = 0;
 };
-
-const Operation* OperationNamed(const std::string& name) {
-  const Operation* operation = FindOperation(name);
-  if (operation == nullptr) throw UsageFailure("there is no operation \"" + name + '"');
-  return operation;
-}
 
 void CheckGivenSettings(const Job& job) {
   constexpr struct {
@@ -50,7 +45,7 @@ Job Parse(const Arguments& arguments, pictavo::Library& library) {
   job.files = TakeFiles(
       3, "blend takes three files, BACKGROUND LAYER OUT", arguments,
       {{"--op",
-        [&](Parser& p) { job.operation = OperationNamed(Utf8(p.Next("the name after --op"))); }},
+        [&](Parser& p) { job.operation = &FindOperation(Utf8(p.Next("the name after --op"))); }},
        {"--at",
         [&](Parser& p) {
           job.x = p.Integer("X of --at", -kFar, kFar);
@@ -111,9 +106,9 @@ bool BlendVisible(pictavo::IPictavo6* object, const Job& job, const Picture& lay
   const Operation& operation = *job.operation;
   Picture part = operation.PreparedBackground(
       object, Cropped(*background, {columns.first, rows.first, columns.count, rows.count}));
-  const pictavo::Outcome outcome = operation.run(
-      object, &part, operation.PreparedLayer(object, Cropped(layer, shown)), settings);
-  if (!outcome) throw Refusal(std::string("the operation ") + operation.name, outcome.result);
+  Expect(operation.run(object, &part, operation.PreparedLayer(object, Cropped(layer, shown)),
+                       settings),
+         std::string("the operation ") + operation.name);
   Paste(operation.Finished(std::move(part)), columns.first, rows.first, background);
   return true;
 }
@@ -146,20 +141,27 @@ Step OverAtPlace(const Arguments& pieces, Size size) {
   const std::array<f32, 4> rect = {left, top, left + static_cast<f32>(shown.width),
                                    top + static_cast<f32>(shown.height)};
   const FrameBeside background(parser.Next("FILE of over"), size);
-  return {size,
-          false,
-          {},
-          {},
-          [rect, background](pictavo::IPictavo6* object, const Moment& moment, Picture* frame,
-                             Picture* result) {
-            *result = OnWhite(background.At(moment));
-            pictavo::ImageDesc dst = Describe(*result);
-            const pictavo::ImageDesc src = Describe(std::as_const(*frame));
-            const pictavo::BlendParam param = {0, 255, 0, 0, 0};
-            return pictavo::Call<&pictavo::IPictavo6::BlendLayerScaled>(object, &dst, &src, &param,
-                                                                        rect.data());
-          },
-          background.isSecond()};
+  const auto lay = [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame,
+                       Picture* result) {
+    *result = OnWhite(background.At(moment));
+    const pictavo::BlendParam param = {0, 255, 0, 0, 0};
+    return CallOnto<&pictavo::IPictavo6::BlendLayerScaled>(object, result, *frame, &param,
+                                                           rect.data());
+  };
+  return {.size = size, .inPlace = false, .runAt = lay, .takesSecond = background.isSecond()};
+}
+
+/// The frame over all of the background.
+Step OverAll(const std::wstring& file, Size size) {
+  const FrameBeside background(file, size);
+  const auto lay = [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame,
+                       Picture* result) {
+    *result = OnWhite(background.At(moment));
+    return pictavo::Call<&pictavo::IPictavo6::BlendOverPitched>(object, result->pixels.data(),
+                                                                frame->pixels.data(), frame->width,
+                                                                frame->height, frame->pitch());
+  };
+  return {.size = size, .inPlace = false, .runAt = lay, .takesSecond = background.isSecond()};
 }
 
 }  // namespace
@@ -184,19 +186,7 @@ const Effect kOverEffect = {"over", 4, [](Parser& settings, Size size) -> Step {
                               if (pieces.size() == 4) return OverAtPlace(pieces, size);
                               std::wstring file = pieces[0];  // a name with colons was taken apart
                               for (size_t i = 1; i < pieces.size(); ++i) file += L':' + pieces[i];
-                              const FrameBeside background(file, size);
-                              return {size,
-                                      false,
-                                      {},
-                                      {},
-                                      [background](pictavo::IPictavo6* object, const Moment& moment,
-                                                   Picture* frame, Picture* result) {
-                                        *result = OnWhite(background.At(moment));
-                                        return pictavo::Call<&pictavo::IPictavo6::BlendOverPitched>(
-                                            object, result->pixels.data(), frame->pixels.data(),
-                                            frame->width, frame->height, frame->pitch());
-                                      },
-                                      background.isSecond()};
+                              return OverAll(file, size);
                             }};
 
 }  // namespace host

@@ -1,35 +1,29 @@
 // The blur: pictavo-host blur, and the demo's part.
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
-#include "chain.h"
-#include "commands.h"
+#include "calls.h"
 #include "demo.h"
+#include "in_place.h"
 
 namespace host {
 namespace {
 
 pictavo::Outcome Blur(pictavo::IPictavo6* object, Picture* picture, f32 radius) {
-  return pictavo::Call<&pictavo::IPictavo6::GaussianBlurBox3>(
-      object, picture->pixels.data(), picture->width, picture->height, picture->pitch(), radius);
+  return CallOn<&pictavo::IPictavo6::GaussianBlurBox3>(object, picture, radius);
 }
 
 int RunBlur(pictavo::Library& library, const Arguments& arguments) {
   f32 radius = 10;
-  const Arguments files =
-      TakeFiles(2, "blur takes two files, PICTURE OUT", arguments,
-                {{"--radius", [&](Parser& parser) { radius = parser.Real("--radius"); }},
-                 LevelOption(library)});
+  const Arguments files = TakeFiles(2, "blur takes two files, PICTURE OUT", arguments,
+                                    {RealOption("--radius", &radius), LevelOption(library)});
   Picture picture = ReadPicture(files[0]);
   if (!Blur(library.get(), &picture, radius)) {
     throw Failure(Format("the library blurs this picture by radii above 0 and up to %d, not by %g",
                          std::min(picture.width, picture.height), double{radius}));
   }
-  WritePicture(files[1], picture);
-  std::printf("%s: %d x %d, radius %g, level %d\n", Utf8(files[1]).c_str(), picture.width,
-              picture.height, double{radius}, library->GetCPULevel());
-  return 0;
+  return Deliver(files[1], picture,
+                 Format(", radius %g, level %d", double{radius}, library->GetCPULevel()));
 }
 
 /// A disc of the picture's middle with a hard edge, in the middle of clear black.
@@ -65,9 +59,9 @@ const Effect kBlurEffect = {
       const f32 radius = settings.Real("RADIUS of blur");
       if (radius <= 0 || radius > static_cast<f32>(std::min(size.width, size.height)))
         throw UsageFailure("RADIUS of blur is above 0 and at most the frame's smaller side");
-      return {size, true, [=](pictavo::IPictavo6* object, Picture* frame, Picture*) {
-                return Blur(object, frame, radius);
-              }};
+      return InPlaceStep(size, [=](pictavo::IPictavo6* object, Picture* frame) {
+        return Blur(object, frame, radius);
+      });
     }};
 
 std::vector<SheetColumn> ShowBlur(Demo& demo) {

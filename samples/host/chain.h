@@ -23,7 +23,8 @@ struct Moment {
 struct Step {
   Size size;     // of what it gives
   bool inPlace;  // it gives its result in the frame that it takes
-  std::function<pictavo::Outcome(pictavo::IPictavo6* object, Picture* frame, Picture* result)> run;
+  std::function<pictavo::Outcome(pictavo::IPictavo6* object, Picture* frame, Picture* result)>
+      run{};
   std::string text{};  // its own part of the chain
   /// In the place of `run`, for one that asks for more.
   std::function<pictavo::Outcome(pictavo::IPictavo6* object, const Moment& moment, Picture* frame,

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <optional>
 
+#include "calls.h"
 #include "chain.h"
 #include "commands.h"
 #include "demo.h"
@@ -15,23 +15,25 @@ namespace host {
 
 pictavo::Outcome Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source,
                      const Keys& keys) {
-  const pictavo::ImageDesc src = Describe(source);
-  pictavo::ImageDesc to = Describe(*dst);
   constexpr i32 kBgra = 1;
-  return pictavo::Call<&pictavo::IPictavo6::ApplyChromaKey>(object, &src, &to, keys.data(),
-                                                            static_cast<i32>(keys.size()), kBgra);
+  return CallFrom<&pictavo::IPictavo6::ApplyChromaKey>(object, dst, source, keys.data(),
+                                                       static_cast<i32>(keys.size()), kBgra);
+}
+
+pictavo::ChromaKey KeyOf(u32 colour, i32 angle, i32 denoise) {
+  return {static_cast<u8>(colour >> 16),
+          static_cast<u8>(colour >> 8),
+          static_cast<u8>(colour),
+          0,
+          angle,
+          denoise};
 }
 
 pictavo::ChromaKey ParseKey(Parser* parser) {
   const u32 colour = parser->Hex("RRGGBB of the key", 6);
   constexpr i64 kFar = std::numeric_limits<i32>::max();
   const i32 angle = parser->Integer("ANGLE of the key", -kFar, kFar);
-  return {static_cast<u8>(colour >> 16),
-          static_cast<u8>(colour >> 8),
-          static_cast<u8>(colour),
-          0,
-          angle,
-          parser->Integer("DENOISE of the key", -kFar, kFar)};
+  return KeyOf(colour, angle, parser->Integer("DENOISE of the key", -kFar, kFar));
 }
 
 namespace {
@@ -49,22 +51,19 @@ int RunKey(pictavo::Library& library, const Arguments& arguments) {
   const Arguments files =
       TakeFiles(2, "key takes two files, PICTURE OUT", arguments,
                 {{"--key", [&](Parser& parser) { keys.push_back(ParseKey(&parser)); }},
-                 {"--background",
-                  [&](Parser& parser) { background = parser.Next("the file after --background"); }},
+                 FileOption("--background", &background),
                  LevelOption(library)});
   if (keys.empty()) throw UsageFailure("key takes at least one --key");
   const Picture picture = ReadPicture(files[0]);
   Picture keyed(picture.width, picture.height);
-  const pictavo::Outcome outcome = Key(library.get(), &keyed, picture, keys);
-  if (!outcome) throw Refusal("to key", outcome.result);
+  Expect(Key(library.get(), &keyed, picture, keys), "to key");
   if (background) {
     keyed = InFront(library.get(), keyed,
                     OnWhite(Covering(ReadPicture(*background), keyed.width, keyed.height)));
   }
-  WritePicture(files[1], keyed);
-  std::printf("%s: %d x %d, %zu %s, level %d\n", Utf8(files[1]).c_str(), keyed.width, keyed.height,
-              keys.size(), keys.size() == 1 ? "key" : "keys", library->GetCPULevel());
-  return 0;
+  return Deliver(files[1], keyed,
+                 Format(", %zu %s, level %d", keys.size(), keys.size() == 1 ? "key" : "keys",
+                        library->GetCPULevel()));
 }
 
 /// The screen's green, lit from the upper left.

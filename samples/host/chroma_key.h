@@ -15,6 +15,9 @@ using Keys = std::vector<pictavo::ChromaKey>;
 pictavo::Outcome Key(pictavo::IPictavo6* object, Picture* dst, const Picture& source,
                      const Keys& keys);
 
+/// A key of a colour, 0xRRGGBB.
+pictavo::ChromaKey KeyOf(u32 colour, i32 angle, i32 denoise);
+
 /// Takes RRGGBB ANGLE DENOISE from a command line.
 pictavo::ChromaKey ParseKey(Parser* parser);
 

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <cwchar>
 
-#include "text.h"
-
 namespace host {
 
 bool Parser::AtOption() const { return !AtEnd() && arguments_[next_].rfind(L"--", 0) == 0; }
@@ -37,10 +35,10 @@ f32 Parser::Real(const std::string& what) {
   return value;
 }
 
-u32 Parser::Choice(const std::string& option, const std::vector<std::string>& names) {
-  const std::string name = Utf8(Next("a name for " + option));
+u32 Parser::Choice(const std::string& what, const std::vector<std::string>& names) {
+  const std::string name = Utf8(Next("a name for " + what));
   const auto at = std::find(names.begin(), names.end(), name);
-  if (at == names.end()) throw UsageFailure("there is no " + option + " \"" + name + '"');
+  if (at == names.end()) throw UsageFailure("there is no " + what + " \"" + name + '"');
   return static_cast<u32>(at - names.begin());
 }
 
@@ -68,16 +66,25 @@ Size Parser::Dimensions(const std::string& what) {
   return {width, height};
 }
 
-namespace {
-
-const Option& FindOption(const std::string& name, const std::vector<Option>& options) {
-  for (const Option& option : options) {
-    if (name == option.name) return option;
-  }
-  throw UsageFailure("there is no option \"" + name + '"');
+Option RealOption(const char* name, f32* number) {
+  return {name, [=](Parser& parser) { *number = parser.Real(name); }};
 }
 
-}  // namespace
+Option IntegerOption(const char* name, i32* number, i64 least, i64 most) {
+  return {name, [=](Parser& parser) { *number = parser.Integer(name, least, most); }};
+}
+
+Option ChoiceOption(const char* name, u32* place, const std::vector<std::string>& names) {
+  return {name, [=](Parser& parser) { *place = parser.Choice(name, names); }};
+}
+
+Option SizeOption(const char* name, std::optional<Size>* size) {
+  return {name, [=](Parser& parser) { *size = parser.Dimensions(name); }};
+}
+
+Option FileOption(const char* name, std::optional<std::wstring>* file) {
+  return {name, [=](Parser& parser) { *file = parser.Next(Format("the file after %s", name)); }};
+}
 
 Arguments TakeOptions(const Arguments& arguments, const std::vector<Option>& options) {
   Arguments others;
@@ -86,7 +93,7 @@ Arguments TakeOptions(const Arguments& arguments, const std::vector<Option>& opt
     const bool option = parser.AtOption();
     const std::wstring argument = parser.Next("an argument");
     if (option) {
-      FindOption(Utf8(argument), options).take(parser);
+      FindNamed(options, Utf8(argument), "option").take(parser);
     } else {
       others.push_back(argument);
     }

@@ -2,10 +2,12 @@
 #define PICTAVO_SAMPLES_HOST_COMMAND_LINE_H_
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "picture.h"
+#include "text.h"
 
 namespace host {
 
@@ -24,8 +26,8 @@ class Parser {
   std::wstring Next(const std::string& what);
   i32 Integer(const std::string& what, i64 least, i64 most);
   f32 Real(const std::string& what);
-  /// The place of a name among some, for an option.
-  u32 Choice(const std::string& option, const std::vector<std::string>& names);
+  /// The place of a name among some.
+  u32 Choice(const std::string& what, const std::vector<std::string>& names);
   /// Hexadecimal digits, two a byte.
   u32 Hex(const std::string& what, size_t digits);
   /// For example 640x360.
@@ -41,6 +43,24 @@ struct Option {
   const char* name;
   std::function<void(Parser& parser)> take;
 };
+
+// Options of the usual kinds, which put what they take into a place.
+
+Option RealOption(const char* name, f32* number);
+Option IntegerOption(const char* name, i32* number, i64 least, i64 most);
+/// The place of a name among some.
+Option ChoiceOption(const char* name, u32* place, const std::vector<std::string>& names);
+Option SizeOption(const char* name, std::optional<Size>* size);
+Option FileOption(const char* name, std::optional<std::wstring>* file);
+
+/// The entry of that name in a table. Throws UsageFailure; `what` is an entry, for people.
+template <typename Table>
+const auto& FindNamed(const Table& table, const std::string& name, const char* what) {
+  for (const auto& entry : table) {
+    if (name == entry.name) return entry;
+  }
+  throw UsageFailure(Format("there is no %s \"%s\"", what, name.c_str()));
+}
 
 /// The arguments that are neither options nor theirs; the options take theirs in the order of the
 /// command line.

@@ -30,6 +30,10 @@ extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kS
 /// --level N, which sets the library's level, up to the one that it has.
 Option LevelOption(pictavo::Library& library);
 
+/// Writes what a command made, says so with its size and more, and returns the exit code for that.
+/// Throws as WritePicture.
+int Deliver(const std::wstring& file, const Picture& picture, const std::string& more);
+
 /// The version in a DLL's or program's resources, "unknown" without one.
 std::string VersionOf(HMODULE module);
 

@@ -1,12 +1,10 @@
 // Conversions, borders and drawing: pictavo-host convert and border, and the demo's part.
-#include <cmath>
-#include <cstdio>
 #include <cstring>
 
-#include "chain.h"
-#include "commands.h"
+#include "calls.h"
 #include "demo.h"
 #include "histogram.h"
+#include "in_place.h"
 
 namespace host {
 namespace {
@@ -45,13 +43,11 @@ constexpr auto ConvertHsl =
 const Conversion kConversions[] = {
     {"premultiplied", 18, "colours times alpha",
      [](IPictavo6* object, Picture* d, const Picture&) {
-       return pictavo::Call<&pictavo::IPictavo6::PremultiplyPitched>(
-           object, d->pixels.data(), d->width, d->height, d->pitch());
+       return CallOn<&IPictavo6::PremultiplyPitched>(object, d);
      }},
     {"straight", 16, "colours divided by alpha",
      [](IPictavo6* object, Picture* d, const Picture&) {
-       return pictavo::Call<&pictavo::IPictavo6::UnpremultiplyPitched>(
-           object, d->pixels.data(), d->width, d->height, d->pitch());
+       return CallOn<&IPictavo6::UnpremultiplyPitched>(object, d);
      }},
     {"yuva", 20, "V as blue, U as green, Y as red",
      [](IPictavo6* object, Picture* d, const Picture& s) {
@@ -75,10 +71,7 @@ const Conversion kConversions[] = {
 };
 
 const Conversion& FindConversion(const std::string& name) {
-  for (const Conversion& conversion : kConversions) {
-    if (name == conversion.name) return conversion;
-  }
-  throw UsageFailure("there is no conversion \"" + name + '"');
+  return FindNamed(kConversions, name, "conversion");
 }
 
 int RunConvert(pictavo::Library& library, const Arguments& arguments) {
@@ -93,30 +86,18 @@ int RunConvert(pictavo::Library& library, const Arguments& arguments) {
   if (conversion == nullptr) throw UsageFailure("convert needs --to");
   const Picture picture = ReadPicture(files[0]);
   Picture converted = picture;
-  const Outcome outcome = conversion->convert(library.get(), &converted, picture);
-  if (!outcome) throw Refusal("to convert the picture", outcome.result);
-  WritePicture(files[1], converted);
-  std::printf("%s: %d x %d, %s (slot %d) at level %d\n", Utf8(files[1]).c_str(), converted.width,
-              converted.height, conversion->name, conversion->slot, library->GetCPULevel());
-  return 0;
+  Expect(conversion->convert(library.get(), &converted, picture), "to convert the picture");
+  return Deliver(files[1], converted,
+                 Format(", %s (slot %d) at level %d", conversion->name, conversion->slot,
+                        library->GetCPULevel()));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Borders.
 
-/// The picture in the middle of a larger, clear one.
-Picture WithRoom(const Picture& picture, i32 border) {
-  Picture room(picture.width + 2 * border, picture.height + 2 * border);
-  Paste(picture, border, border, &room);
-  return room;
-}
-
 /// Extends what WithRoom put into the middle.
 Outcome ExtendBorder(IPictavo6* object, Picture* room, i32 border, bool transparent) {
-  pictavo::ImageDesc image = Describe(*room);
-  image.data = room->At(border, border);
-  image.width -= 2 * border;
-  image.height -= 2 * border;
+  const pictavo::ImageDesc image = DescribeInside(*room, border);
   const u32 width = static_cast<u32>(border);
   return transparent ? pictavo::Call<&IPictavo6::ExtendBoundaryTransparent>(object, &image, width)
                      : pictavo::Call<&IPictavo6::ExtendBoundary>(object, &image, width);
@@ -126,19 +107,14 @@ int RunBorder(pictavo::Library& library, const Arguments& arguments) {
   constexpr i32 kWidest = 1 << 16;
   i32 border = -1;
   bool transparent = false;
-  const Arguments files = TakeFiles(
-      2, "border takes two files, PICTURE OUT", arguments,
-      {{"--width", [&](Parser& parser) { border = parser.Integer("--width", 0, kWidest); }},
-       {"--transparent", [&](Parser&) { transparent = true; }}});
+  const Arguments files = TakeFiles(2, "border takes two files, PICTURE OUT", arguments,
+                                    {IntegerOption("--width", &border, 0, kWidest),
+                                     {"--transparent", [&](Parser&) { transparent = true; }}});
   if (border < 0) throw UsageFailure("border needs --width");
   const Picture picture = ReadPicture(files[0]);
   Picture extended = WithRoom(picture, border);
-  const Outcome outcome = ExtendBorder(library.get(), &extended, border, transparent);
-  if (!outcome) throw Refusal("to extend the picture", outcome.result);
-  WritePicture(files[1], extended);
-  std::printf("%s: %d x %d from %d x %d\n", Utf8(files[1]).c_str(), extended.width, extended.height,
-              picture.width, picture.height);
-  return 0;
+  Expect(ExtendBorder(library.get(), &extended, border, transparent), "to extend the picture");
+  return Deliver(files[1], extended, Format(" from %d x %d", picture.width, picture.height));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -264,13 +240,13 @@ const Effect kBorderEffect = {"border", 1, [](Parser& settings, Size size) -> St
                                         }};
                               }};
 
-const Effect kConvertEffect = {
-    "convert", 1, [](Parser& settings, Size size) -> Step {
-      const Conversion& conversion = FindConversion(Utf8(settings.Next("NAME of convert")));
-      return {size, true, [&](IPictavo6* object, Picture* frame, Picture*) {
-                return conversion.convert(object, frame, *frame);
-              }};
-    }};
+const Effect kConvertEffect = {"convert", 1, [](Parser& settings, Size size) -> Step {
+                                 const Conversion& conversion =
+                                     FindConversion(Utf8(settings.Next("NAME of convert")));
+                                 return InPlaceStep(size, [&](IPictavo6* object, Picture* frame) {
+                                   return conversion.convert(object, frame, *frame);
+                                 });
+                               }};
 
 std::vector<SheetColumn> ShowConversions(Demo& demo) {
   const Picture straight = SoftDisc(demo.background);

@@ -1,45 +1,38 @@
 // Pixelating and convolving: pictavo-host pixelate and convolve, the chain's effect and the demo's
 // part.
-#include <cstdio>
 #include <sstream>
 
-#include "chain.h"
-#include "commands.h"
+#include "calls.h"
 #include "demo.h"
+#include "in_place.h"
 
 namespace host {
 namespace {
 
 pictavo::Outcome Pixelate(pictavo::IPictavo6* object, Picture* picture, const i32* rect, u32 side) {
-  return pictavo::Call<&pictavo::IPictavo6::PixelateRegion>(object, picture->pixels.data(),
-                                                            picture->width, picture->height,
-                                                            picture->pitch(), rect, side);
+  return CallOn<&pictavo::IPictavo6::PixelateRegion>(object, picture, rect, side);
 }
 
 pictavo::Outcome Convolve(pictavo::IPictavo6* object, const Picture& picture, Picture* result,
                           const pictavo::ConvolveParam& param) {
-  const pictavo::ImageDesc src = Describe(picture);
-  pictavo::ImageDesc dst = Describe(*result);
-  return pictavo::Call<&pictavo::IPictavo6::ConvolvePicture>(object, &src, &dst, &param);
+  return CallFrom<&pictavo::IPictavo6::ConvolvePicture>(object, result, picture, &param);
 }
 
 int RunPixelate(pictavo::Library& library, const Arguments& arguments) {
   i32 side = 16, rect[] = {0, 0, INT32_MAX, INT32_MAX};
-  const Arguments files =
-      TakeFiles(2, "pixelate takes two files, PICTURE OUT", arguments,
-                {{"--block", [&](Parser& p) { side = p.Integer("--block", 1, INT32_MAX); }},
-                 {"--rect",
-                  [&](Parser& p) {
-                    for (i32& edge : rect) edge = p.Integer("--rect", INT32_MIN, INT32_MAX);
-                  }},
-                 LevelOption(library)});
+  const Arguments files = TakeFiles(2, "pixelate takes two files, PICTURE OUT", arguments,
+                                    {IntegerOption("--block", &side, 1, INT32_MAX),
+                                     {"--rect",
+                                      [&](Parser& p) {
+                                        for (i32& edge : rect)
+                                          edge = p.Integer("--rect", INT32_MIN, INT32_MAX);
+                                      }},
+                                     LevelOption(library)});
   Picture picture = ReadPicture(files[0]);
-  const pictavo::Outcome outcome = Pixelate(library.get(), &picture, rect, static_cast<u32>(side));
-  if (!outcome) throw Refusal("to pixelate the picture", outcome.result);
-  WritePicture(files[1], picture);
-  std::printf("%s: %d x %d, blocks of %d, level %d\n", Utf8(files[1]).c_str(), picture.width,
-              picture.height, side, library->GetCPULevel());
-  return 0;
+  Expect(Pixelate(library.get(), &picture, rect, static_cast<u32>(side)),
+         "to pixelate the picture");
+  return Deliver(files[1], picture,
+                 Format(", blocks of %d, level %d", side, library->GetCPULevel()));
 }
 
 /// Nine or 25 numbers with spaces or commas between.
@@ -60,18 +53,16 @@ int RunConvolve(pictavo::Library& library, const Arguments& arguments) {
   const Arguments files =
       TakeFiles(2, "convolve takes two files, PICTURE OUT", arguments,
                 {{"--weights", [&](Parser& p) { TakeWeights(Utf8(p.Next("--weights")), &param); }},
-                 {"--shift", [&](Parser& p) { param.shift = p.Integer("--shift", 0, 15); }},
-                 {"--bias", [&](Parser& p) { param.bias = p.Integer("--bias", -65536, 65536); }},
+                 IntegerOption("--shift", &param.shift, 0, 15),
+                 IntegerOption("--bias", &param.bias, -65536, 65536),
                  {"--with-alpha", [&](Parser&) { param.withAlpha = 1; }},
                  LevelOption(library)});
   const Picture picture = ReadPicture(files[0]);
   Picture result(picture.width, picture.height);
-  const pictavo::Outcome outcome = Convolve(library.get(), picture, &result, param);
-  if (!outcome) throw Refusal("weights of -128 to 127 only", outcome.result);
-  WritePicture(files[1], result);
-  std::printf("%s: %d x %d, %u x %u weights, level %d\n", Utf8(files[1]).c_str(), result.width,
-              result.height, param.size, param.size, library->GetCPULevel());
-  return 0;
+  Expect(Convolve(library.get(), picture, &result, param), "weights of -128 to 127 only");
+  return Deliver(
+      files[1], result,
+      Format(", %u x %u weights, level %d", param.size, param.size, library->GetCPULevel()));
 }
 
 SheetPicture ShowConvolved(Demo& demo, const char* name, const char* remark,
@@ -108,10 +99,10 @@ const Command kConvolveCommand = {
 const Effect kPixelateEffect = {
     "pixelate", 1, [](Parser& settings, Size size) -> Step {
       const auto side = static_cast<u32>(settings.Integer("BLOCK of pixelate", 1, INT32_MAX));
-      return {size, true, [=](pictavo::IPictavo6* object, Picture* frame, Picture*) {
-                const i32 rect[] = {0, 0, size.width, size.height};
-                return Pixelate(object, frame, rect, side);
-              }};
+      return InPlaceStep(size, [=](pictavo::IPictavo6* object, Picture* frame) {
+        const i32 rect[] = {0, 0, size.width, size.height};
+        return Pixelate(object, frame, rect, side);
+      });
     }};
 
 std::vector<SheetColumn> ShowFilters(Demo& demo) {

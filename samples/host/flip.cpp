@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "calls.h"
 #include "in_place.h"
 #include "text.h"
 
@@ -13,8 +14,7 @@ const std::vector<std::string> kWays = {"sideways", "over"};
 
 InPlace Flipping(u32 way) {
   return [=](pictavo::IPictavo6* object, Picture* picture) {
-    pictavo::ImageDesc image = Describe(*picture);
-    return pictavo::Call<&pictavo::IPictavo6::FlipPicture>(object, &image, &image, 1 + way);
+    return CallFrom<&pictavo::IPictavo6::FlipPicture>(object, picture, *picture, 1 + way);
   };
 }
 

@@ -1,10 +1,10 @@
 // The true Gaussian and what is made with it: pictavo-host gauss, sharpen and matte, and the demo's
 // part.
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <optional>
 
+#include "calls.h"
 #include "demo.h"
 #include "in_place.h"
 
@@ -20,15 +20,11 @@ struct Sharpening {
 };
 
 Outcome Blur(IPictavo6* object, Picture* picture, f32 sigmaX, f32 sigmaY, u32 edges) {
-  return pictavo::Call<&IPictavo6::GaussianBlur>(object, picture->pixels.data(), picture->width,
-                                                 picture->height, picture->pitch(), sigmaX, sigmaY,
-                                                 edges);
+  return CallOn<&IPictavo6::GaussianBlur>(object, picture, sigmaX, sigmaY, edges);
 }
 
 Outcome Sharpen(IPictavo6* object, Picture* picture, const Sharpening& s) {
-  return pictavo::Call<&IPictavo6::SharpenPicture>(object, picture->pixels.data(), picture->width,
-                                                   picture->height, picture->pitch(), s.amount,
-                                                   s.threshold, s.radius);
+  return CallOn<&IPictavo6::SharpenPicture>(object, picture, s.amount, s.threshold, s.radius);
 }
 
 Outcome Adjust(IPictavo6* object, Picture* picture, const MatteParam& param) {
@@ -37,9 +33,7 @@ Outcome Adjust(IPictavo6* object, Picture* picture, const MatteParam& param) {
 }
 
 Outcome Apply(IPictavo6* object, Picture* picture, const Picture& matte, u32 mode) {
-  pictavo::ImageDesc image = Describe(*picture);
-  const pictavo::ImageDesc by = Describe(matte);
-  return pictavo::Call<&IPictavo6::ApplyMatte>(object, &image, &by, mode);
+  return CallOnto<&IPictavo6::ApplyMatte>(object, picture, matte, mode);
 }
 
 int RunGauss(pictavo::Library& library, const Arguments& arguments) {
@@ -49,10 +43,7 @@ int RunGauss(pictavo::Library& library, const Arguments& arguments) {
       TakeFiles(2, "gauss takes two files, PICTURE OUT", arguments,
                 {{"--sigma", [&](Parser& p) { sigmaX = sigmaY = p.Real("--sigma"); }},
                  RealOption("--sigma-y", &sigmaY),
-                 {"--edges",
-                  [&](Parser& p) {
-                    edges = p.Choice("--edges", {"clear", "replicate", "mirror"});
-                  }},
+                 ChoiceOption("--edges", &edges, {"clear", "replicate", "mirror"}),
                  LevelOption(library)});
   return Change(library, files, "blur", [=](IPictavo6* object, Picture* picture) {
     return Blur(object, picture, sigmaX, sigmaY, edges);
@@ -73,18 +64,13 @@ int RunMatte(pictavo::Library& library, const Arguments& arguments) {
   MatteParam param = {0, 1, 0, 0};
   std::optional<std::wstring> by;
   u32 mode = pictavo::PICTAVO_MATTE_LUMA;
-  const Arguments files =
-      TakeFiles(2, "matte takes two files, PICTURE OUT", arguments,
-                {RealOption("--black", &param.black),
-                 RealOption("--white", &param.white),
-                 {"--choke", [&](Parser& p) { param.choke = p.Integer("--choke", -64, 64); }},
-                 RealOption("--feather", &param.feather),
-                 {"--by", [&](Parser& p) { by = p.Next("the file after --by"); }},
-                 {"--mode",
-                  [&](Parser& p) {
-                    mode = p.Choice("--mode", {"alpha", "inverted-alpha", "luma", "inverted-luma"});
-                  }},
-                 LevelOption(library)});
+  const Arguments files = TakeFiles(
+      2, "matte takes two files, PICTURE OUT", arguments,
+      {RealOption("--black", &param.black), RealOption("--white", &param.white),
+       IntegerOption("--choke", &param.choke, -64, 64), RealOption("--feather", &param.feather),
+       FileOption("--by", &by),
+       ChoiceOption("--mode", &mode, {"alpha", "inverted-alpha", "luma", "inverted-luma"}),
+       LevelOption(library)});
   return Change(library, files, "adjust", [&](IPictavo6* object, Picture* picture) {
     if (by) {
       const Picture matte = Covering(ReadPicture(*by), picture->width, picture->height);

@@ -103,34 +103,19 @@ Picture Gpu::Download(ID3D11Texture2D* texture) const {
   return picture;
 }
 
-Picture Gpu::Run(pictavo::IPictavo6* object, i32 opCode, const void* param, const Picture& src,
-                 Size size, i32 subMode) const {
+Picture Gpu::Made(const Picture& src, Size size, const Method& method) const {
   const Texture source = Upload(src), destination = Create(size.width, size.height);
   const pictavo::ImageDesc from = Describe(source.Get()), to = Describe(destination.Get());
-  const u32 code = object->D3DComputeOp(opCode, subMode, device(), context(), &to, &from, param);
-  if (code != pictavo::PICTAVO_S_OK) {
-    throw Failure(Format("the library refused Direct3D operation %d: ", opCode) +
-                  SystemMessage(static_cast<HRESULT>(code)));
-  }
+  if (const u32 code = method(&to, &from); code != pictavo::PICTAVO_S_OK)
+    throw Refusal("to work on the graphics card", code);
   return Download(destination.Get());
 }
 
-Difference DifferenceOf(const Picture& a, const Picture& b, int amplified) {
-  Difference found = {Picture(a.width, a.height)};
-  size_t unlike = 0, seen = 0;
-  double sum = 0;
-  for (size_t i = 0; i < a.pixels.size(); ++i) {
-    const int distance = std::abs(a.pixels[i] - b.pixels[i]);
-    found.largest = std::max(found.largest, distance);
-    unlike += distance != 0;
-    sum += distance;
-    seen += (a.pixels[i | 3] | b.pixels[i | 3]) != 0;
-    found.picture.pixels[i] =
-        i % 4 == 3 ? u8{255} : static_cast<u8>(std::min(amplified * distance, 255));
-  }
-  found.mean = sum / static_cast<double>(std::max(seen, size_t{1}));
-  found.share = 100.0 * static_cast<double>(unlike) / static_cast<double>(a.pixels.size());
-  return found;
+Picture Gpu::Run(pictavo::IPictavo6* object, i32 opCode, const void* param, const Picture& src,
+                 Size size, i32 subMode) const {
+  return Made(src, size, [&](const pictavo::ImageDesc* to, const pictavo::ImageDesc* from) {
+    return object->D3DComputeOp(opCode, subMode, device(), context(), to, from, param);
+  });
 }
 
 pictavo::ImageDesc Describe(ID3D11Texture2D* texture) {

@@ -5,6 +5,7 @@
 #include <d3d11.h>
 #include <wrl/client.h>
 
+#include <functional>
 #include <string>
 
 #include "picture.h"
@@ -30,8 +31,12 @@ class Gpu {
   /// What Create has made. Waits for the device.
   Picture Download(ID3D11Texture2D* texture) const;
 
-  /// Runs an operation of slot 108 from a picture into another, and waits for it. Throws Failure
-  /// when the library refuses.
+  /// What a method makes of a picture, in a size: a method of the library's that takes the textures
+  /// to write and to read. Waits for it. Throws Failure when the library refuses.
+  using Method = std::function<u32(const pictavo::ImageDesc* to, const pictavo::ImageDesc* from)>;
+  Picture Made(const Picture& src, Size size, const Method& method) const;
+
+  /// The same by an operation of slot 108.
   Picture Run(pictavo::IPictavo6* object, i32 opCode, const void* param, const Picture& src,
               Size size, i32 subMode = pictavo::PICTAVO_D3D_WHOLE) const;
 
@@ -42,15 +47,6 @@ class Gpu {
   Microsoft::WRL::ComPtr<ID3D11DeviceContext> context_;
   std::string name_;
 };
-
-/// How far the bytes of two pictures of one size lie apart.
-struct Difference {
-  Picture picture;  // of the distances, made visible
-  int largest = 0;
-  double mean = 0;   // over what is clear in neither
-  double share = 0;  // of bytes that differ, in percent
-};
-Difference DifferenceOf(const Picture& a, const Picture& b, int amplified);
 
 /// The record of a texture.
 pictavo::ImageDesc Describe(ID3D11Texture2D* texture);

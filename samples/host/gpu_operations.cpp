@@ -5,11 +5,12 @@
 #include <functional>
 #include <memory>
 
+#include "calls.h"
 #include "chroma_key.h"
 #include "commands.h"
 #include "demo.h"
 #include "gpu.h"
-#include "opencl_info.h"
+#include "surface.h"
 
 namespace host {
 namespace {
@@ -26,13 +27,9 @@ Picture ResizeOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& s
 }
 
 Picture BlurOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, u32 radius) {
-  const Gpu::Texture source = gpu.Upload(src), result = gpu.Create(src.width, src.height);
-  const pictavo::ImageDesc from = Describe(source.Get()), to = Describe(result.Get());
-  if (object->BoxBlurD3D(gpu.device(), gpu.context(), &to, &from, radius) !=
-      pictavo::PICTAVO_S_OK) {
-    throw Failure("the library refused to blur on the graphics card");
-  }
-  return gpu.Download(result.Get());
+  return gpu.Made(src, {src.width, src.height}, [&](const auto* to, const auto* from) {
+    return object->BoxBlurD3D(gpu.device(), gpu.context(), to, from, radius);
+  });
 }
 
 Picture FilterOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src, Size size,
@@ -57,11 +54,9 @@ Picture TurnOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src
 /// … and a texture on the processor.
 Picture RotateOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& src,
                     const pictavo::RotateParam& param) {
-  const Gpu::Texture source = gpu.Upload(src), result = gpu.Create(src.width, src.height);
-  const pictavo::ImageDesc from = Describe(source.Get()), to = Describe(result.Get());
-  const u32 code = object->RotateD3D(gpu.device(), gpu.context(), &to, &from, &param);
-  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to turn a texture", code);
-  return gpu.Download(result.Get());
+  return gpu.Made(src, {src.width, src.height}, [&](const auto* to, const auto* from) {
+    return object->RotateD3D(gpu.device(), gpu.context(), to, from, &param);
+  });
 }
 
 /// A picture with a line of one colour, 0xRRGGBB, around what it shows: in front of its own shape,
@@ -134,10 +129,7 @@ int RunOnGpu(pictavo::Library& library, const Arguments& arguments) {
   const Gpu gpu;
   const Picture result = work({gpu, library.get(), &parser, ReadPicture(from)});
   if (!parser.AtEnd()) throw UsageFailure("there is one argument too many");
-  WritePicture(to, result);
-  std::printf("%s: %d x %d, on what Direct3D calls %s\n", Utf8(to).c_str(), result.width,
-              result.height, gpu.name().c_str());
-  return 0;
+  return Deliver(to, result, Format(", on what Direct3D calls %s", gpu.name().c_str()));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -205,8 +197,7 @@ SheetColumn Compare(Demo* demo, const Compared& c) {
 SheetColumn CompareKey(Demo* demo, const Gpu& gpu) {
   const Picture source = OnGreenScreen(demo->layer);
   Picture keyed(source.width, source.height);
-  if (!Key(demo->object, &keyed, source, KeysOfScreen()))
-    throw Failure("the library refused to key");
+  Expect(Key(demo->object, &keyed, source, KeysOfScreen()), "to key");
   return Compare(demo, {"GPU chroma key", "Chroma key", 108, "slot 86", 1, keyed,
                         KeyOnGpu(gpu, demo->object, source, KeysOfScreen())});
 }
@@ -214,11 +205,9 @@ SheetColumn CompareKey(Demo* demo, const Gpu& gpu) {
 SheetColumn CompareResizing(Demo* demo, const Gpu& gpu) {
   const Picture source = SoftDisc(demo->background);
   Picture small(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
-  if (demo->object->ResizeBox16AlphaWeighted(
-          small.pixels.data(), small.width, small.height, small.pitch(), source.pixels.data(),
-          source.width, source.height, source.pitch(), 0) != pictavo::PICTAVO_S_OK) {
-    throw Failure("the library refused to resize");
-  }
+  Expect(
+      CallResizer<&pictavo::IPictavo6::ResizeBox16AlphaWeighted>(demo->object, &small, source, 0),
+      "to resize a picture");
   return Compare(demo, {"GPU box resize", "Resizing to 3/5", 108, "slot 29", 1, small,
                         ResizeOnGpu(gpu, demo->object, source, {small.width, small.height})});
 }
@@ -242,10 +231,8 @@ SheetColumn CompareFilter(Demo* demo, const Gpu& gpu) {
   const Picture source = SoftDisc(demo->background);
   Picture small(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
   const pictavo::ResizeParam param = {pictavo::PICTAVO_FILTER_LANCZOS, 1, {0, 0}};
-  const pictavo::ImageDesc from = Describe(source);
-  pictavo::ImageDesc to = Describe(small);
-  const u32 code = demo->object->ResizeFiltered(&from, &to, &param);
-  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to resize a picture", code);
+  Expect(CallFrom<&pictavo::IPictavo6::ResizeFiltered>(demo->object, &small, source, &param),
+         "to resize a picture");
   return Compare(demo,
                  {"GPU filtered resize", "Lanczos, to 3/5", 108, "slot 60", 1, small,
                   FilterOnGpu(gpu, demo->object, source, {small.width, small.height}, param)});
@@ -256,10 +243,8 @@ SheetColumn CompareRotation(Demo* demo, const Gpu& gpu, bool byCard) {
   const Picture source = SoftDisc(demo->background);
   const pictavo::RotateParam param = AboutTheMiddle(source, 15, 0.9f);
   Picture turned(source.width, source.height);
-  const pictavo::ImageDesc from = Describe(source);
-  pictavo::ImageDesc to = Describe(turned);
-  const u32 code = demo->object->RotatePicture(&from, &to, &param);
-  if (code != pictavo::PICTAVO_S_OK) throw Refusal("to turn a picture", code);
+  Expect(CallFrom<&pictavo::IPictavo6::RotatePicture>(demo->object, &turned, source, &param),
+         "to turn a picture");
   const auto turn = byCard ? TurnOnGpu : RotateOnGpu;
   return Compare(
       demo, {byCard ? "GPU rotation" : "GPU texture, turned", "Turned textures", byCard ? 108 : 68,

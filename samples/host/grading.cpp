@@ -5,6 +5,7 @@
 #include <iterator>
 #include <memory>
 
+#include "calls.h"
 #include "demo.h"
 #include "in_place.h"
 #include "pictavo/pictavo_cube.h"
@@ -25,25 +26,21 @@ constexpr ColorParam kSameColour = {0, 1, 1, 0, 0, 0};
 
 InPlace Levels(const LevelsParam& param) {
   return [=](IPictavo6* object, Picture* picture) {
-    return pictavo::Call<&IPictavo6::AdjustLevels>(object, picture->pixels.data(), picture->width,
-                                                   picture->height, picture->pitch(), kColours,
-                                                   &param);
+    return CallOn<&IPictavo6::AdjustLevels>(object, picture, kColours, &param);
   };
 }
 
 InPlace Colour(const ColorParam& param) {
   return [=](IPictavo6* object, Picture* picture) {
-    return pictavo::Call<&IPictavo6::AdjustColor>(object, picture->pixels.data(), picture->width,
-                                                  picture->height, picture->pitch(), &param);
+    return CallOn<&IPictavo6::AdjustColor>(object, picture, &param);
   };
 }
 
 InPlace Lut(std::shared_ptr<const CubeTable> table, f32 intensity) {
   const u32 of256 = static_cast<u32>(intensity * 256 + 0.5f);
   return [=](IPictavo6* object, Picture* picture) {
-    pictavo::ImageDesc image = Describe(*picture);
     const pictavo::ColorLutParam param = table->Param(of256);
-    return pictavo::Call<&IPictavo6::ApplyColorLut>(object, &image, &image, &param);
+    return CallFrom<&IPictavo6::ApplyColorLut>(object, picture, *picture, &param);
   };
 }
 

@@ -16,9 +16,6 @@ using InPlace = std::function<pictavo::Outcome(pictavo::IPictavo6* object, Pictu
 int Change(pictavo::Library& library, const Arguments& files, const char* what,
            const InPlace& change);
 
-/// A command's option that takes a number.
-Option RealOption(const char* name, f32* number);
-
 /// The next setting of an effect, or what it is without. Throws UsageFailure.
 f32 Setting(Parser& settings, const char* what, f32 otherwise, f32 least, f32 most);
 

@@ -1,7 +1,7 @@
 // Keys of easy and of hard shots: pictavo-host screen-key, and the demo's part.
-#include <cstdio>
 #include <optional>
 
+#include "chroma_key.h"
 #include "demo.h"
 #include "in_place.h"
 #include "key_scene.h"
@@ -28,15 +28,6 @@ Picture InFront(IPictavo6* object, const Picture& front, Picture background) {
   return background;
 }
 
-ChromaKey KeyOf(u32 colour, i32 angle, i32 denoise) {
-  return {static_cast<u8>(colour >> 16),
-          static_cast<u8>(colour >> 8),
-          static_cast<u8>(colour),
-          0,
-          angle,
-          denoise};
-}
-
 struct Job {
   ScreenKey key;
   std::optional<u32> screen;
@@ -59,31 +50,22 @@ Picture Run(IPictavo6* object, const Job& job, const Picture& shot) {
 
 std::vector<Option> OptionsOf(pictavo::Library& library, Job* job) {
   ScreenKey& key = job->key;
-  const auto file = [](const char* name, std::optional<std::wstring>* path) -> Option {
-    return {name, [=](Parser& parser) { *path = parser.Next("a file"); }};
-  };
-  const auto whole = [](const char* name, i32* number, i64 least, i64 most) -> Option {
-    return {name, [=](Parser& parser) { *number = parser.Integer(name, least, most); }};
-  };
   return {{"--screen", [=](Parser& p) { job->screen = p.Hex("--screen", 6); }},
-          {"--show",
-           [=](Parser& p) {
-             job->shown = p.Choice("--show", {"result", "plate", "matte"});
-           }},
-          file("--background", &job->background),
-          file("--plate", &job->plate),
-          whole("--screen-angle", &key.screen.angle, 1, 90),
-          whole("--screen-denoise", &key.screen.denoise, 0, 255),
-          whole("--margin", &key.margin, 0, 64),
+          ChoiceOption("--show", &job->shown, {"result", "plate", "matte"}),
+          FileOption("--background", &job->background),
+          FileOption("--plate", &job->plate),
+          IntegerOption("--screen-angle", &key.screen.angle, 1, 90),
+          IntegerOption("--screen-denoise", &key.screen.denoise, 0, 255),
+          IntegerOption("--margin", &key.margin, 0, 64),
           RealOption("--blur", &key.blur),
-          whole("--angle", &key.angle, 1, 90),
-          whole("--denoise", &key.denoise, 0, 255),
+          IntegerOption("--angle", &key.angle, 1, 90),
+          IntegerOption("--denoise", &key.denoise, 0, 255),
           RealOption("--black", &key.black),
           RealOption("--white", &key.white),
           RealOption("--spill", &key.spill),
           RealOption("--core-black", &key.core.black),
           RealOption("--core-white", &key.core.white),
-          whole("--core-choke", &key.core.choke, -64, 64),
+          IntegerOption("--core-choke", &key.core.choke, -64, 64),
           RealOption("--core-feather", &key.core.feather),
           LevelOption(library)};
 }
@@ -96,10 +78,7 @@ int RunScreenKey(pictavo::Library& library, const Arguments& arguments) {
   if (!(job.key.spill >= 0 && job.key.spill <= 1)) throw UsageFailure("--spill is 0 to 1");
   job.key.screen = KeyOf(*job.screen, job.key.screen.angle, job.key.screen.denoise);
   const Picture result = Run(library.get(), job, OnWhite(ReadPicture(files[0])));
-  WritePicture(files[1], result);
-  std::printf("%s: %d x %d, level %d\n", Utf8(files[1]).c_str(), result.width, result.height,
-              library->GetCPULevel());
-  return 0;
+  return Deliver(files[1], result, Format(", level %d", library->GetCPULevel()));
 }
 
 /// The frame in straight alpha, for what follows in a chain.

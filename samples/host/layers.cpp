@@ -1,6 +1,5 @@
 // Layer modes: pictavo-host layer, and the demo's part.
-#include <cstdio>
-
+#include "calls.h"
 #include "chain.h"
 #include "commands.h"
 #include "demo.h"
@@ -30,50 +29,39 @@ constexpr Mode kModes[] = {
 
 pictavo::Outcome Lay(pictavo::IPictavo6* object, Picture* background, const Picture& layer,
                      const pictavo::BlendParam& param) {
-  pictavo::ImageDesc dst = Describe(*background);
-  const pictavo::ImageDesc src = Describe(layer);
   const bool between = param.fractionX != 0 || param.fractionY != 0;
-  return between
-             ? pictavo::Call<&pictavo::IPictavo6::BlendLayerSubpixel>(object, &dst, &src, &param)
-             : pictavo::Call<&pictavo::IPictavo6::BlendLayer>(object, &dst, &src, &param);
+  const auto lay =
+      between ? CallOnto<&pictavo::IPictavo6::BlendLayerSubpixel, const pictavo::BlendParam*>
+              : CallOnto<&pictavo::IPictavo6::BlendLayer, const pictavo::BlendParam*>;
+  return lay(object, background, layer, &param);
 }
 
-u32 ModeNamed(const std::string& name) {
-  for (const Mode& mode : kModes) {
-    if (name == mode.name) return mode.mode;
-  }
-  throw UsageFailure("there is no mode \"" + name + '"');
+u32 TakeMode(Parser& parser, const char* what) {
+  return FindNamed(kModes, Utf8(parser.Next(what)), "mode").mode;
 }
 
 int RunLayer(pictavo::Library& library, const Arguments& arguments) {
   pictavo::BlendParam param = {0, 255, 0, 0, 0};
-  std::string mode = "normal";
-  const Arguments files = TakeFiles(3, "layer takes three files, BACKGROUND LAYER OUT", arguments,
-                                    {{"--mode",
-                                      [&](Parser& parser) {
-                                        mode = Utf8(parser.Next("the name after --mode"));
-                                        param.mode = ModeNamed(mode);
-                                      }},
-                                     {"--opacity",
-                                      [&](Parser& parser) {
-                                        param.opacity =
-                                            static_cast<u32>(parser.Integer("--opacity", 0, 255));
-                                      }},
-                                     {"--over-alpha", [&](Parser&) { param.alphaMode = 2; }},
-                                     {"--shift",
-                                      [&](Parser& parser) {
-                                        param.fractionX = parser.Real("X of --shift");
-                                        param.fractionY = parser.Real("Y of --shift");
-                                      }},
-                                     LevelOption(library)});
+  const Arguments files = TakeFiles(
+      3, "layer takes three files, BACKGROUND LAYER OUT", arguments,
+      {{"--mode", [&](Parser& parser) { param.mode = TakeMode(parser, "the name after --mode"); }},
+       {"--opacity",
+        [&](Parser& parser) {
+          param.opacity = static_cast<u32>(parser.Integer("--opacity", 0, 255));
+        }},
+       {"--over-alpha", [&](Parser&) { param.alphaMode = 2; }},
+       {"--shift",
+        [&](Parser& parser) {
+          param.fractionX = parser.Real("X of --shift");
+          param.fractionY = parser.Real("Y of --shift");
+        }},
+       LevelOption(library)});
   Picture background = ReadPicture(files[0]);
   const Picture layer = ReadPicture(files[1]);
-  const pictavo::Outcome outcome = Lay(library.get(), &background, layer, param);
-  if (!outcome) throw Refusal("mode " + mode + " with these settings", outcome.result);
-  WritePicture(files[2], background);
-  std::printf("%s: %d x %d, mode %s at level %d\n", Utf8(files[2]).c_str(), background.width,
-              background.height, mode.c_str(), library->GetCPULevel());
-  return 0;
+  const std::string mode = std::string("mode ") + kModes[param.mode].name;
+  Expect(Lay(library.get(), &background, layer, param), mode + " with these settings");
+  return Deliver(files[2], background,
+                 Format(", %s at level %d", mode.c_str(), library->GetCPULevel()));
 }
 
 }  // namespace
@@ -93,17 +81,14 @@ const Command kLayerCommand = {
 const Effect kLayerEffect = {
     "layer", 3, [](Parser& settings, Size size) -> Step {
       pictavo::BlendParam param = {};
-      param.mode = ModeNamed(Utf8(settings.Next("MODE of layer")));
+      param.mode = TakeMode(settings, "MODE of layer");
       param.opacity = static_cast<u32>(settings.Integer("OPACITY of layer", 0, 255));
       const FrameBeside layer(settings.Next("FILE of layer"), size);
-      return {size,
-              true,
-              {},
-              {},
-              [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame, Picture*) {
-                return Lay(object, frame, layer.At(moment), param);
-              },
-              layer.isSecond()};
+      return {.size = size,
+              .inPlace = true,
+              .runAt = [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame,
+                           Picture*) { return Lay(object, frame, layer.At(moment), param); },
+              .takesSecond = layer.isSecond()};
     }};
 
 std::vector<SheetColumn> ShowLayers(Demo& demo) {

@@ -145,6 +145,12 @@ Option LevelOption(pictavo::Library& library) {
           }};
 }
 
+int Deliver(const std::wstring& file, const Picture& picture, const std::string& more) {
+  WritePicture(file, picture);
+  std::printf("%s: %d x %d%s\n", Utf8(file).c_str(), picture.width, picture.height, more.c_str());
+  return 0;
+}
+
 }  // namespace host
 
 int wmain(int count, wchar_t** arguments) {

@@ -53,10 +53,8 @@ int PrintDifference(const Picture& a, const Picture& b) {
 
 int RunMeasure(pictavo::Library& library, const Arguments& arguments) {
   std::optional<std::wstring> beside;
-  const Arguments files =
-      TakeFiles(1, "measure takes a file, PICTURE", arguments,
-                {{"--beside", [&](Parser& parser) { beside = parser.Next("the other picture"); }},
-                 LevelOption(library)});
+  const Arguments files = TakeFiles(1, "measure takes a file, PICTURE", arguments,
+                                    {FileOption("--beside", &beside), LevelOption(library)});
   const Picture picture = ReadPicture(files[0]);
   if (beside) return PrintDifference(picture, ReadPicture(*beside));
   std::printf("%d x %d\n             mean  deviation  sharpness      noise  split      above\n",

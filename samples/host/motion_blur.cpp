@@ -1,9 +1,7 @@
 // Motion blur: pictavo-host motion-blur, and the demo's part.
-#include <cstdio>
-
-#include "chain.h"
-#include "commands.h"
+#include "calls.h"
 #include "demo.h"
+#include "in_place.h"
 
 namespace host {
 namespace {
@@ -27,34 +25,28 @@ struct Room {
 
 pictavo::Outcome Blur(pictavo::IPictavo6* object, Picture* dst, const Picture& picture,
                       const pictavo::MotionBlurParam& param) {
-  const pictavo::ImageDesc src = Describe(picture);
-  pictavo::ImageDesc to = Describe(*dst);
-  return pictavo::Call<&pictavo::IPictavo6::MotionBlur>(object, &src, &to, &param);
+  return CallFrom<&pictavo::IPictavo6::MotionBlur>(object, dst, picture, &param);
 }
 
 int RunMotionBlur(pictavo::Library& library, const Arguments& arguments) {
   pictavo::MotionBlurParam param = {1, 30, 0, 0, 1, 0, 0};
-  const Arguments files = TakeFiles(
-      2, "motion-blur takes two files, PICTURE OUT", arguments,
-      {{"--direction",
-        [&](Parser& parser) {
-          param.dirX = parser.Real("X of --direction");
-          param.dirY = parser.Real("Y of --direction");
-        }},
-       {"--zoom", [&](Parser& parser) { param.zoom = parser.Real("--zoom"); }},
-       {"--spin", [&](Parser& parser) { param.angle = parser.Real("--spin"); }},
-       {"--strength", [&](Parser& parser) { param.strength = parser.Real("--strength"); }},
-       {"--samples",
-        [&](Parser& parser) { param.maxSamples = parser.Integer("--samples", 2, 65536); }},
-       LevelOption(library)});
+  const Arguments files = TakeFiles(2, "motion-blur takes two files, PICTURE OUT", arguments,
+                                    {{"--direction",
+                                      [&](Parser& parser) {
+                                        param.dirX = parser.Real("X of --direction");
+                                        param.dirY = parser.Real("Y of --direction");
+                                      }},
+                                     RealOption("--zoom", &param.zoom),
+                                     RealOption("--spin", &param.angle),
+                                     RealOption("--strength", &param.strength),
+                                     IntegerOption("--samples", &param.maxSamples, 2, 65536),
+                                     LevelOption(library)});
   const Picture picture = ReadPicture(files[0]);
   Picture blurred = Room(library.get(), picture, param).picture;
-  const pictavo::Outcome outcome = Blur(library.get(), &blurred, picture, param);
-  if (!outcome) throw Refusal("this motion", outcome.result);
-  WritePicture(files[1], blurred);
-  std::printf("%s: %d x %d from %d x %d, level %d\n", Utf8(files[1]).c_str(), blurred.width,
-              blurred.height, picture.width, picture.height, library->GetCPULevel());
-  return 0;
+  Expect(Blur(library.get(), &blurred, picture, param), "this motion");
+  return Deliver(
+      files[1], blurred,
+      Format(" from %d x %d, level %d", picture.width, picture.height, library->GetCPULevel()));
 }
 
 }  // namespace
@@ -76,12 +68,12 @@ const Effect kMotionEffect = {
       pictavo::MotionBlurParam param = {1, 30, 0, 0, 1, 0, 0};
       param.dirX = settings.Real("X of motion");
       param.dirY = settings.Real("Y of motion");
-      return {size, true, [=](pictavo::IPictavo6* object, Picture* frame, Picture*) {
-                Room room(object, *frame, param);
-                const pictavo::Outcome outcome = Blur(object, &room.picture, *frame, param);
-                if (outcome) *frame = Cropped(room.picture, room.place);
-                return outcome;
-              }};
+      return InPlaceStep(size, [=](pictavo::IPictavo6* object, Picture* frame) {
+        Room room(object, *frame, param);
+        const pictavo::Outcome outcome = Blur(object, &room.picture, *frame, param);
+        if (outcome) *frame = Cropped(room.picture, room.place);
+        return outcome;
+      });
     }};
 
 std::vector<SheetColumn> ShowMotionBlur(Demo& demo) {

@@ -10,6 +10,7 @@
 #include "demo.h"
 #include "opencl_info.h"
 #include "opencl_reference.h"
+#include "surface.h"
 
 namespace host {
 namespace {
@@ -46,11 +47,7 @@ Picture HalfOrSet(const Picture& src, const Settings& s) {
   return Picture(size.width, size.height);
 }
 
-Picture WithRoom(const Picture& src, const Settings& s) {
-  Picture room(src.width + 2 * s.border, src.height + 2 * s.border);
-  Paste(src, s.border, s.border, &room);
-  return room;
-}
+Picture WithBorder(const Picture& src, const Settings& s) { return WithRoom(src, s.border); }
 
 /// From the destination to the source: turned and zoomed about the middle.
 std::array<f32, 6> Matrix(const Picture& picture, const Settings& s) {
@@ -75,8 +72,7 @@ u32 Border(IPictavo6* object, Picture* dst, const Picture&, const Settings& s) {
   return object->ExtendBoundaryOpenCL(&to, static_cast<u32>(s.border));
 }
 u32 BorderTwin(IPictavo6* object, Picture* dst, const Picture&, const Settings& s) {
-  pictavo::ImageDesc image;
-  Surface(*dst, s.border).Query(&image);
+  const pictavo::ImageDesc image = DescribeInside(*dst, s.border);
   return object->ExtendBoundary(&image, static_cast<u32>(s.border));
 }
 
@@ -112,7 +108,7 @@ u32 BlurTwin(IPictavo6*, Picture* dst, const Picture& src, const Settings& s) {
 constexpr const char* kRule = "its rule in plain C++";
 const OpenCLOperation kOpenCLOperations[] = {
     {"fill", 105, "slot 77", 0, SameSize, Fill, FillTwin},
-    {"border", 98, "slot 71", 0, WithRoom, Border, BorderTwin},
+    {"border", 98, "slot 71", 0, WithBorder, Border, BorderTwin},
     {"transform", 100, kRule, 1, SameSize, Transform, TransformTwin},
     {"resize", 102, kRule, 1, HalfOrSet, Resize, ResizeTwin},
     {"blur", 104, kRule, 0, SameSize, Blur, BlurTwin},
@@ -140,18 +136,8 @@ Compared Compare(IPictavo6* object, const OpenCLOperation& operation, const Pict
   Picture result(1, 1), twin(1, 1);
   const double median = time(&result, operation.run);
   const double twinMedian = time(&twin, operation.runTwin);
-  i32 difference = 0;
-  for (size_t i = 0; i < result.pixels.size(); ++i) {
-    difference = std::max(difference, std::abs(result.pixels[i] - twin.pixels[i]));
-  }
+  const i32 difference = DifferenceOf(result, twin).largest;
   return {std::move(result), median, twinMedian, difference};
-}
-
-const OpenCLOperation& FindOpenCLOperation(const std::string& name) {
-  for (const OpenCLOperation& operation : kOpenCLOperations) {
-    if (name == operation.name) return operation;
-  }
-  throw UsageFailure("there is no OpenCL operation \"" + name + '"');
 }
 
 int RunOpenCL(pictavo::Library& library, const Arguments& arguments) {
@@ -162,14 +148,14 @@ int RunOpenCL(pictavo::Library& library, const Arguments& arguments) {
       2, "opencl takes two files, PICTURE OUT", arguments,
       {{"--op",
         [&](Parser& parser) {
-          operation = &FindOpenCLOperation(Utf8(parser.Next("the name after --op")));
+          operation = &FindNamed(kOpenCLOperations, Utf8(parser.Next("the name after --op")),
+                                 "OpenCL operation");
         }},
        {"--colour", [&](Parser& parser) { settings.colour = parser.Hex("--colour", 8); }},
-       {"--border",
-        [&](Parser& parser) { settings.border = parser.Integer("--border", 0, kLargest); }},
-       {"--size", [&](Parser& parser) { settings.size = parser.Dimensions("--size"); }},
-       {"--turn", [&](Parser& parser) { settings.angle = parser.Real("--turn"); }},
-       {"--zoom", [&](Parser& parser) { settings.zoom = parser.Real("--zoom"); }},
+       IntegerOption("--border", &settings.border, 0, kLargest),
+       SizeOption("--size", &settings.size),
+       RealOption("--turn", &settings.angle),
+       RealOption("--zoom", &settings.zoom),
        {"--radius", [&](Parser& parser) {
           settings.radiusX = parser.Integer("--radius across", 0, 2047);
           settings.radiusY = parser.Integer("--radius down", 0, 2047);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "surface.h"
 #include "text.h"
 
 namespace host {
@@ -165,19 +166,6 @@ void PrintCache(const std::string& version) {
 }
 
 }  // namespace
-
-Surface::Surface(Picture& picture, i32 border) : image_(Describe(picture)) {
-  image_.data = picture.At(border, border);
-  image_.width -= 2 * border;
-  image_.height -= 2 * border;
-}
-
-Surface::Surface(const Picture& picture) : image_(Describe(picture)) {}
-
-u32 Surface::Query(pictavo::ImageDesc* image) noexcept {
-  *image = image_;
-  return 1;
-}
 
 bool OpenCLWorks(IPictavo6* object) {
   Picture pixel(1, 1);

@@ -4,21 +4,8 @@
 #include <string>
 
 #include "pictavo/pictavo_host.h"
-#include "picture.h"
 
 namespace host {
-
-/// A picture as the OpenCL methods take it. With a border: the part inside it.
-class Surface final : public pictavo::IPictavoSurface {
- public:
-  explicit Surface(Picture& picture, i32 border = 0);
-  explicit Surface(const Picture& picture);  // to be read only
-
-  u32 Query(pictavo::ImageDesc* image) noexcept override;
-
- private:
-  pictavo::ImageDesc image_;
-};
 
 /// Whether the library's OpenCL methods work here: fills a pixel.
 bool OpenCLWorks(pictavo::IPictavo6* object);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "command_line.h"
 #include "text.h"
 
 namespace host {
@@ -106,11 +107,8 @@ Picture Operation::Finished(Picture result) const {
   return premultiplied == Premultiplied::kBoth ? Unpremultiply(std::move(result)) : result;
 }
 
-const Operation* FindOperation(std::string_view name) {
-  for (const Operation& operation : kOperations) {
-    if (name == operation.name) return &operation;
-  }
-  return nullptr;
+const Operation& FindOperation(const std::string& name) {
+  return FindNamed(kOperations, name, "operation");
 }
 
 std::string SettingsText(unsigned taken, const BlendSettings& settings) {

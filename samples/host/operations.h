@@ -3,7 +3,6 @@
 
 #include <array>
 #include <string>
-#include <string_view>
 
 #include "pictavo/pictavo_host.h"
 #include "picture.h"
@@ -52,8 +51,8 @@ struct Operation {
 /// In slot order.
 extern const std::array<Operation, 12> kOperations;
 
-/// The operation of that name, or null.
-const Operation* FindOperation(std::string_view name);
+/// The operation of that name. Throws UsageFailure where there is none.
+const Operation& FindOperation(const std::string& name);
 
 /// The settings that an operation takes, for people.
 std::string SettingsText(unsigned taken, const BlendSettings& settings);

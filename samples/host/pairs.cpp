@@ -5,10 +5,12 @@
 #include <functional>
 #include <numbers>
 
+#include "calls.h"
 #include "commands.h"
 #include "contact_sheet.h"
 #include "gpu.h"
 #include "opencl_info.h"
+#include "surface.h"
 #include "text.h"
 
 namespace host {
@@ -43,19 +45,18 @@ struct Task {
 // The methods.
 
 /// By a method of records.
-Way OnProcessor(IPictavo6* object, std::string name, auto method, const auto& param) {
+template <auto method>
+Way OnProcessor(IPictavo6* object, std::string name, const auto& param) {
   return {std::move(name), [=](const Picture& src, Picture* dst) {
-            const pictavo::ImageDesc from = Describe(src);
-            pictavo::ImageDesc to = Describe(*dst);
-            return (object->*method)(&from, &to, &param);
+            return CallFrom<method>(object, dst, src, &param).result;
           }};
 }
 
-/// One of the resizers of bytes that take no parameter.
-Way OnBytes(IPictavo6* object, std::string name, auto method, auto... parameters) {
-  return {std::move(name), [=](const Picture& s, Picture* d) {
-            return (object->*method)(d->pixels.data(), d->width, d->height, d->pitch(),
-                                     s.pixels.data(), s.width, s.height, s.pitch(), parameters...);
+/// One of the resizers of bytes.
+template <auto method>
+Way OnBytes(IPictavo6* object, std::string name, auto... flags) {
+  return {std::move(name), [=](const Picture& src, Picture* dst) {
+            return CallResizer<method>(object, dst, src, flags...).result;
           }};
 }
 
@@ -85,8 +86,8 @@ Task Resizing(const Gpu& gpu, IPictavo6* object, const Picture& src, double rati
   const Size size = {scaled(src.width), scaled(src.height)};
   constexpr const char* kFilters[] = {"triangle", "Catmull-Rom", "Mitchell", "Lanczos"};
   const auto filtered = [&](u32 filter) {
-    return OnProcessor(object, Format("60 %s", kFilters[filter]), &IPictavo6::ResizeFiltered,
-                       pictavo::ResizeParam{filter, 0, {}});
+    return OnProcessor<&IPictavo6::ResizeFiltered>(object, Format("60 %s", kFilters[filter]),
+                                                   pictavo::ResizeParam{filter, 0, {}});
   };
   const Way boxOnCard =
       OnCard(gpu, object, "108, operation 6", pictavo::PICTAVO_D3D_SCALE,
@@ -106,15 +107,15 @@ Task Resizing(const Gpu& gpu, IPictavo6* object, const Picture& src, double rati
                               pictavo::ResizeParam{filter, 0, {}});
     task.pairs.push_back({onCard, filtered(filter)});
   }
-  const auto box = OnBytes(object, "29 box", &IPictavo6::ResizeBox16AlphaWeighted, u8{0});
+  const Way box = OnBytes<&IPictavo6::ResizeBox16AlphaWeighted>(object, "29 box", 0);
   task.pairs.insert(task.pairs.end(), {{boxOnCard, box},
                                        {boxOnCard, filtered(0)},
                                        {boxOnCard, filtered(3)},
                                        {bilinear, filtered(0)},
                                        {bilinear, filtered(3)}});
-  task.pairs.push_back({bilinear, OnBytes(object, "31 bilinear", &IPictavo6::ResizeBilinear7)});
+  task.pairs.push_back({bilinear, OnBytes<&IPictavo6::ResizeBilinear7>(object, "31 bilinear")});
   task.pairs.push_back(
-      {bilinear, OnBytes(object, "58 bilinear", &IPictavo6::ResizeBilinear16KeepAlpha, i32{1})});
+      {bilinear, OnBytes<&IPictavo6::ResizeBilinear16KeepAlpha>(object, "58 bilinear", 1)});
   return task;
 }
 
@@ -170,7 +171,7 @@ Task Turning(const Gpu& gpu, IPictavo6* object, const Picture& src, double degre
   const auto single = [](double x) { return static_cast<f32>(x); };
   const std::array<f32, 6> matrix = {single(turn.c),  single(turn.s), single(first.x),
                                      single(-turn.s), single(turn.c), single(first.y)};
-  const Way processor = OnProcessor(object, "67 bilinear", &IPictavo6::RotatePicture, turn.param);
+  const Way processor = OnProcessor<&IPictavo6::RotatePicture>(object, "67 bilinear", turn.param);
   const Way asProcessor =
       OnCard(gpu, object, "108, operation 10 as 67", pictavo::PICTAVO_D3D_COPY_AFFINE,
              pictavo::PICTAVO_D3D_AS_PROCESSOR, turn.param);
@@ -188,11 +189,10 @@ Task Turning(const Gpu& gpu, IPictavo6* object, const Picture& src, double degre
 /// To the left and up by parts of a pixel, as layers move.
 Task Moving(const Gpu& gpu, IPictavo6* object, const Picture& src, f32 x, f32 y) {
   const pictavo::BlendParam blend = {0, 255, 1, x, y};
-  const Way processor = {"74", [=](const Picture& from, Picture* dst) {
-                           const pictavo::ImageDesc layer = Describe(from);
-                           pictavo::ImageDesc to = Describe(*dst);
-                           return object->BlendLayerSubpixel(&to, &layer, &blend);
-                         }};
+  const Way processor = {
+      "74", [=](const Picture& from, Picture* dst) {
+        return CallOnto<&IPictavo6::BlendLayerSubpixel>(object, dst, from, &blend).result;
+      }};
   const pictavo::D3DAffineParam steps = {
       0, 0, 0, 0, src.width, src.height, Fixed(double{x}), Fixed(double{y}), 65536, 0, 0, 65536};
   const Way affine = OnCard(gpu, object, "108, operation 10", pictavo::PICTAVO_D3D_COPY_AFFINE,

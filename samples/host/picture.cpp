@@ -141,6 +141,14 @@ pictavo::ImageDesc Describe(const Picture& picture) {
   return Describe(const_cast<Picture&>(picture));
 }
 
+pictavo::ImageDesc DescribeInside(Picture& picture, i32 border) {
+  pictavo::ImageDesc image = Describe(picture);
+  image.data = picture.At(border, border);
+  image.width -= 2 * border;
+  image.height -= 2 * border;
+  return image;
+}
+
 Picture ReadPicture(const std::filesystem::path& path) {
   const Steps check = {"cannot read", "the picture is damaged", path};
   ComPtr<IWICImagingFactory> factory;
@@ -231,6 +239,12 @@ void Paste(const Picture& picture, i32 left, i32 top, Picture* into) {
   }
 }
 
+Picture WithRoom(const Picture& picture, i32 border) {
+  Picture room(picture.width + 2 * border, picture.height + 2 * border);
+  Paste(picture, border, border, &room);
+  return room;
+}
+
 Picture Resized(const Picture& picture, i32 width, i32 height) {
   Picture resized(width, height);
   for (i32 y = 0; y < height; ++y) {
@@ -268,6 +282,24 @@ double RmsDifference(const Picture& a, const Picture& b) {
     squares += step * step;
   }
   return std::sqrt(squares / 0.75 / static_cast<double>(a.pixels.size()));
+}
+
+Difference DifferenceOf(const Picture& a, const Picture& b, int amplified) {
+  Difference found = {Picture(a.width, a.height)};
+  size_t unlike = 0, seen = 0;
+  double sum = 0;
+  for (size_t i = 0; i < a.pixels.size(); ++i) {
+    const int distance = std::abs(a.pixels[i] - b.pixels[i]);
+    found.largest = std::max(found.largest, distance);
+    unlike += distance != 0;
+    sum += distance;
+    seen += (a.pixels[i | 3] | b.pixels[i | 3]) != 0;
+    found.picture.pixels[i] =
+        i % 4 == 3 ? u8{255} : static_cast<u8>(std::min(amplified * distance, 255));
+  }
+  found.mean = sum / static_cast<double>(std::max(seen, size_t{1}));
+  found.share = 100.0 * static_cast<double>(unlike) / static_cast<double>(a.pixels.size());
+  return found;
 }
 
 Picture OnWhite(Picture picture) {

@@ -53,6 +53,9 @@ struct Picture {
 pictavo::ImageDesc Describe(Picture& picture);
 pictavo::ImageDesc Describe(const Picture& picture);  // to be read only
 
+/// The record of what lies that many pixels inside a picture, which has room for it as a border.
+pictavo::ImageDesc DescribeInside(Picture& picture, i32 border);
+
 /// Reads any picture that Windows has a codec for. Throws Failure. COM must be up.
 Picture ReadPicture(const std::filesystem::path& path);
 
@@ -66,6 +69,9 @@ Picture Cropped(const Picture& picture, const Rect& part);
 /// Puts a picture into another, over whatever is there. It must lie inside.
 void Paste(const Picture& picture, i32 left, i32 top, Picture* into);
 
+/// The picture in the middle of a larger, clear one.
+Picture WithRoom(const Picture& picture, i32 border);
+
 /// Resizes by the mean of the area under each pixel, colours weighted by alpha.
 Picture Resized(const Picture& picture, i32 width, i32 height);
 
@@ -77,6 +83,15 @@ Picture Covering(const Picture& picture, i32 width, i32 height);
 
 /// The root mean square of what the colours of two pictures of one size differ by.
 double RmsDifference(const Picture& a, const Picture& b);
+
+/// How far the bytes of two pictures of one size lie apart.
+struct Difference {
+  Picture picture;  // of the distances, made visible
+  int largest = 0;
+  double mean = 0;   // over what is clear in neither
+  double share = 0;  // of bytes that differ, in percent
+};
+Difference DifferenceOf(const Picture& a, const Picture& b, int amplified = 1);
 
 /// The picture in front of opaque white.
 Picture OnWhite(Picture picture);

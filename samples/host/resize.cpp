@@ -1,11 +1,11 @@
 // Resizing: pictavo-host resize, and the demo's part.
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <numbers>
 #include <optional>
 
+#include "calls.h"
 #include "chain.h"
 #include "commands.h"
 #include "demo.h"
@@ -27,10 +27,8 @@ constexpr i32 kAnySource = std::numeric_limits<i32>::max(), kFixedPoint = 32767;
 /// By a filter, colours weighted by alpha.
 template <u32 kFilter>
 pictavo::Outcome ResizeBy(pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-  const pictavo::ImageDesc src = Describe(s);
-  pictavo::ImageDesc dst = Describe(*d);
   const pictavo::ResizeParam param = {kFilter, 1, {0, 0}};
-  return pictavo::Call<&pictavo::IPictavo6::ResizeFiltered>(object, &src, &dst, &param);
+  return CallFrom<&pictavo::IPictavo6::ResizeFiltered>(object, d, s, &param);
 }
 
 const Method kMethods[] = {
@@ -47,65 +45,44 @@ const Method kMethods[] = {
      }},
     {"bilinear7", 31, "bilinear, 7-bit weights", kAnySource,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear7>(
-           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
-           s.height, s.pitch());
+       return CallResizer<&pictavo::IPictavo6::ResizeBilinear7>(object, d, s);
      }},
     {"bilinear16", 58, "bilinear, 16-bit weights", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear16KeepAlpha>(
-           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
-           s.height, s.pitch(), 1);
+       return CallResizer<&pictavo::IPictavo6::ResizeBilinear16KeepAlpha>(object, d, s, 1);
      }},
     {"bilinear16-opaque", 30, "the same, made opaque", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return pictavo::Call<&pictavo::IPictavo6::ResizeBilinear16>(
-           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
-           s.height, s.pitch(), 1, 1);
+       return CallResizer<&pictavo::IPictavo6::ResizeBilinear16>(object, d, s, 1, 1);
      }},
     {"box", 57, "the mean of sixteen samples", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return pictavo::Call<&pictavo::IPictavo6::ResizeBox16>(
-           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
-           s.height, s.pitch());
+       return CallResizer<&pictavo::IPictavo6::ResizeBox16>(object, d, s);
      }},
     {"box-weighted", 29, "the same, weighted by alpha", kFixedPoint,
      [](pictavo::IPictavo6* object, Picture* d, const Picture& s) {
-       return pictavo::Call<&pictavo::IPictavo6::ResizeBox16AlphaWeighted>(
-           object, d->pixels.data(), d->width, d->height, d->pitch(), s.pixels.data(), s.width,
-           s.height, s.pitch(), 0);
+       return CallResizer<&pictavo::IPictavo6::ResizeBox16AlphaWeighted>(object, d, s, 0);
      }},
 };
 
 constexpr const char* kDefault = "lanczos";
 
-const Method& FindMethod(const std::string& name) {
-  for (const Method& method : kMethods) {
-    if (name == method.name) return method;
-  }
-  throw UsageFailure("there is no method \"" + name + '"');
-}
+const Method& FindMethod(const std::string& name) { return FindNamed(kMethods, name, "method"); }
 
 int RunResize(pictavo::Library& library, const Arguments& arguments) {
   std::optional<Size> size;
   const Method* method = &FindMethod(kDefault);
   const auto take = [&](Parser& parser) { method = &FindMethod(Utf8(parser.Next("a name"))); };
-  const Arguments files =
-      TakeFiles(2, "resize takes two files, PICTURE OUT", arguments,
-                {{"--size", [&](Parser& parser) { size = parser.Dimensions("--size"); }},
-                 {"--filter", take},
-                 {"--method", take},
-                 LevelOption(library)});
+  const Arguments files = TakeFiles(
+      2, "resize takes two files, PICTURE OUT", arguments,
+      {SizeOption("--size", &size), {"--filter", take}, {"--method", take}, LevelOption(library)});
   if (!size) throw UsageFailure("resize needs --size");
   Picture resized(size->width, size->height);
   const Picture picture = ReadPicture(files[0]);
-  const pictavo::Outcome outcome = method->resize(library.get(), &resized, picture);
-  if (!outcome) throw Refusal("to resize the picture", outcome.result);
-  WritePicture(files[1], resized);
-  std::printf("%s: %d x %d from %d x %d, %s (slot %d) at level %d\n", Utf8(files[1]).c_str(),
-              resized.width, resized.height, picture.width, picture.height, method->name,
-              method->slot, library->GetCPULevel());
-  return 0;
+  Expect(method->resize(library.get(), &resized, picture), "to resize the picture");
+  return Deliver(files[1], resized,
+                 Format(" from %d x %d, %s (slot %d) at level %d", picture.width, picture.height,
+                        method->name, method->slot, library->GetCPULevel()));
 }
 
 Picture Resize(Demo& demo, const Method& method, const char* how, const Picture& src, i32 width,

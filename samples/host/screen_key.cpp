@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "calls.h"
 #include "chroma_key.h"
 #include "text.h"
 
@@ -11,20 +12,14 @@ namespace host {
 namespace {
 
 using pictavo::ChromaKey;
-using pictavo::ImageDesc;
 using pictavo::IPictavo6;
 using pictavo::LevelsParam;
 using pictavo::MatteParam;
-using pictavo::Outcome;
 
 constexpr u32 kColours = 0b0111, kAlpha = 0b1000;  // channels of AdjustLevels
 constexpr u32 kNormal = 0, kAdd = 8;               // modes of BlendLayer
 
 // The operations, one call each.
-
-void Expect(const Outcome& outcome, const char* what) {
-  if (!outcome) throw Refusal(what, outcome.result);
-}
 
 Picture Keyed(IPictavo6* object, const Picture& picture, const ChromaKey& key) {
   Picture keyed(picture.width, picture.height);
@@ -33,21 +28,16 @@ Picture Keyed(IPictavo6* object, const Picture& picture, const ChromaKey& key) {
 }
 
 void ApplyMatte(IPictavo6* object, Picture* picture, const Picture& matte, u32 mode) {
-  ImageDesc image = Describe(*picture);
-  const ImageDesc by = Describe(matte);
-  Expect(pictavo::Call<&IPictavo6::ApplyMatte>(object, &image, &by, mode), "to apply a matte");
+  Expect(CallOnto<&IPictavo6::ApplyMatte>(object, picture, matte, mode), "to apply a matte");
 }
 
 void AdjustMatte(IPictavo6* object, Picture* picture, const MatteParam& param) {
-  ImageDesc image = Describe(*picture);
+  pictavo::ImageDesc image = Describe(*picture);
   Expect(pictavo::Call<&IPictavo6::AdjustMatte>(object, &image, &param), "to adjust a matte");
 }
 
 void Levels(IPictavo6* object, Picture* picture, u32 channels, const LevelsParam& param) {
-  Expect(
-      pictavo::Call<&IPictavo6::AdjustLevels>(object, picture->pixels.data(), picture->width,
-                                              picture->height, picture->pitch(), channels, &param),
-      "to adjust levels");
+  Expect(CallOn<&IPictavo6::AdjustLevels>(object, picture, channels, &param), "to adjust levels");
 }
 
 void Invert(IPictavo6* object, Picture* picture) {
@@ -55,28 +45,24 @@ void Invert(IPictavo6* object, Picture* picture) {
 }
 
 void Blur(IPictavo6* object, Picture* picture, f32 sigma) {
-  Expect(pictavo::Call<&IPictavo6::GaussianBlur>(object, picture->pixels.data(), picture->width,
-                                                 picture->height, picture->pitch(), sigma, sigma,
-                                                 pictavo::PICTAVO_EDGES_REPLICATE),
+  Expect(CallOn<&IPictavo6::GaussianBlur>(object, picture, sigma, sigma,
+                                          pictavo::PICTAVO_EDGES_REPLICATE),
          "to blur");
 }
 
 /// A picture of one colour, as large as another.
 Picture Filled(IPictavo6* object, const Picture& size, const ChromaKey& colour) {
   Picture filled(size.width, size.height);
-  Expect(pictavo::Call<&IPictavo6::FillSolidColor>(object, filled.pixels.data(), filled.width,
-                                                   filled.height, filled.pitch(), colour.keyB,
-                                                   colour.keyG, colour.keyR, u8{255}),
+  Expect(CallOn<&IPictavo6::FillSolidColor>(object, &filled, colour.keyB, colour.keyG, colour.keyR,
+                                            u8{255}),
          "to fill");
   return filled;
 }
 
 /// Lays a layer over an opaque picture.
 void Layer(IPictavo6* object, Picture* picture, const Picture& layer, u32 mode) {
-  ImageDesc dst = Describe(*picture);
-  const ImageDesc src = Describe(layer);
   const pictavo::BlendParam param = {mode, 255, 0, 0, 0};
-  Expect(pictavo::Call<&IPictavo6::BlendLayer>(object, &dst, &src, &param), "to lay pictures");
+  Expect(CallOnto<&IPictavo6::BlendLayer>(object, picture, layer, &param), "to lay pictures");
 }
 
 /// The picture with another alpha: one of its channels, or 5 for an opaque one.
@@ -155,8 +141,7 @@ void LimitSpill(IPictavo6* object, Picture* picture, u32 channel, f32 larger) {
       entries.push_back(static_cast<pictavo::u16>(colour * 65535 / (kSize - 1) + 0.5f));
   }
   const pictavo::ColorLutParam param = {kSize, 256, entries.data()};
-  ImageDesc image = Describe(*picture);
-  Expect(pictavo::Call<&IPictavo6::ApplyColorLut>(object, &image, &image, &param),
+  Expect(CallFrom<&IPictavo6::ApplyColorLut>(object, picture, *picture, &param),
          "to limit the spill");
 }
 

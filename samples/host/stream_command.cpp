@@ -233,13 +233,8 @@ std::vector<Option> FormatOptions(PixelFormat* format) {
              format->bgra = layout > pictavo::PICTAVO_FRAME_P010;
              format->layout = layout;
            }},
-          {"--matrix",
-           [=](Parser& parser) {
-             format->matrix = parser.Choice("--matrix", {"bt601", "bt709", "bt2020"});
-           }},
-          {"--range", [=](Parser& parser) {
-             format->range = parser.Choice("--range", {"limited", "full"});
-           }}};
+          ChoiceOption("--matrix", &format->matrix, {"bt601", "bt709", "bt2020"}),
+          ChoiceOption("--range", &format->range, {"limited", "full"})};
 }
 
 int RunStream(pictavo::Library& library, const Arguments& arguments) {
@@ -252,7 +247,7 @@ int RunStream(pictavo::Library& library, const Arguments& arguments) {
   options.insert(options.end(),
                  {{"--size", [&](Parser& parser) { size = FrameSize(&parser, "--size"); }},
                   {"--second", [&](Parser& p) { second.emplace(p.Next("the file of --second")); }},
-                  {"--threads", [&](Parser& p) { threads = p.Integer("--threads", 1, 256); }},
+                  IntegerOption("--threads", &threads, 1, 256),
                   LevelOption(library)});
   const Arguments chain = TakeOptions(arguments, options);
   if (chain.size() > 1) throw UsageFailure("stream takes one chain; put it in quotes");

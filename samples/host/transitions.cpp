@@ -1,7 +1,7 @@
 // Transitions: pictavo-host transition, the chain's effects and the demo's part.
 #include <algorithm>
-#include <cstdio>
 
+#include "calls.h"
 #include "chain.h"
 #include "commands.h"
 #include "demo.h"
@@ -9,14 +9,8 @@
 namespace host {
 namespace {
 
-constexpr const char* kModes[] = {"fade",  "dip",    "wipe",     "iris",
-                                  "clock", "blinds", "dissolve", "push"};
-
-u32 ModeNamed(const std::string& name) {
-  const auto mode = std::find(std::begin(kModes), std::end(kModes), name);
-  if (mode == std::end(kModes)) throw UsageFailure("there is no transition \"" + name + '"');
-  return static_cast<u32>(mode - std::begin(kModes));
-}
+const std::vector<std::string> kModes = {"fade",  "dip",    "wipe",     "iris",
+                                         "clock", "blinds", "dissolve", "push"};
 
 pictavo::Outcome Mix(pictavo::IPictavo6* object, Picture* dst, const Picture& from,
                      const Picture& to, const pictavo::TransitionParam& param) {
@@ -28,27 +22,21 @@ pictavo::Outcome Mix(pictavo::IPictavo6* object, Picture* dst, const Picture& fr
 
 int RunTransition(pictavo::Library& library, const Arguments& arguments) {
   pictavo::TransitionParam param = {pictavo::PICTAVO_TRANSITION_FADE, 0.5f, 0, 0, 0xFF000000};
-  const auto real = [](f32* number, const char* what) {
-    return [=](Parser& parser) { *number = parser.Real(what); };
-  };
-  const Arguments files = TakeFiles(
-      3, "transition takes three files, FROM TO OUT", arguments,
-      {{"--mode",
-        [&](Parser& p) { param.mode = ModeNamed(Utf8(p.Next("the name after --mode"))); }},
-       {"--progress", real(&param.progress, "--progress")},
-       {"--softness", real(&param.softness, "--softness")},
-       {"--angle", real(&param.angle, "--angle")},
-       {"--colour", [&](Parser& p) { param.colour = 0xFF000000 | p.Hex("--colour", 6); }},
-       LevelOption(library)});
+  const Arguments files =
+      TakeFiles(3, "transition takes three files, FROM TO OUT", arguments,
+                {ChoiceOption("--mode", &param.mode, kModes),
+                 RealOption("--progress", &param.progress),
+                 RealOption("--softness", &param.softness),
+                 RealOption("--angle", &param.angle),
+                 {"--colour", [&](Parser& p) { param.colour = 0xFF000000 | p.Hex("--colour", 6); }},
+                 LevelOption(library)});
   const Picture from = ReadPicture(files[0]);
   const Picture to = Covering(ReadPicture(files[1]), from.width, from.height);
   Picture mixed(from.width, from.height);
-  const pictavo::Outcome outcome = Mix(library.get(), &mixed, from, to, param);
-  if (!outcome) throw Refusal("a transition with these settings", outcome.result);
-  WritePicture(files[2], mixed);
-  std::printf("%s: %d x %d, %s at %g, level %d\n", Utf8(files[2]).c_str(), mixed.width,
-              mixed.height, kModes[param.mode], double{param.progress}, library->GetCPULevel());
-  return 0;
+  Expect(Mix(library.get(), &mixed, from, to, param), "a transition with these settings");
+  return Deliver(files[2], mixed,
+                 Format(", %s at %g, level %d", kModes[param.mode].c_str(), double{param.progress},
+                        library->GetCPULevel()));
 }
 
 /// How far a transition is at a frame: always as far, or 0 at one frame and 1 at a later one.
@@ -77,16 +65,13 @@ struct Course {
 
 Step TransitionStep(Parser& settings, Size size, pictavo::TransitionParam param, Course course) {
   const FrameBeside to(settings.Next("FILE"), size);
-  return {size,
-          false,
-          {},
-          {},
-          [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame, Picture* result) {
-            pictavo::TransitionParam now = param;
-            now.progress = course.At(moment.number);
-            return Mix(object, result, *frame, to.At(moment), now);
-          },
-          to.isSecond()};
+  const auto mix = [=](pictavo::IPictavo6* object, const Moment& moment, Picture* frame,
+                       Picture* result) {
+    pictavo::TransitionParam now = param;
+    now.progress = course.At(moment.number);
+    return Mix(object, result, *frame, to.At(moment), now);
+  };
+  return {.size = size, .inPlace = false, .runAt = mix, .takesSecond = to.isSecond()};
 }
 
 }  // namespace
@@ -108,30 +93,30 @@ const Effect kFadeEffect = {"fade", 2, [](Parser& settings, Size size) -> Step {
                               return TransitionStep(settings, size, {}, course);
                             }};
 
-const Effect kTransitionEffect = {
-    "transition", 5, [](Parser& settings, Size size) -> Step {
-      pictavo::TransitionParam param = {};
-      param.mode = ModeNamed(Utf8(settings.Next("MODE of transition")));
-      const Course course = Course::Of(settings.Next("PROGRESS of transition"));
-      param.softness = settings.Real("SOFTNESS of transition");
-      param.angle = settings.Real("ANGLE of transition");
-      param.colour = 0xFF000000;
-      return TransitionStep(settings, size, param, course);
-    }};
+const Effect kTransitionEffect = {"transition", 5, [](Parser& settings, Size size) -> Step {
+                                    pictavo::TransitionParam param = {};
+                                    param.mode = settings.Choice("transition", kModes);
+                                    const Course course =
+                                        Course::Of(settings.Next("PROGRESS of transition"));
+                                    param.softness = settings.Real("SOFTNESS of transition");
+                                    param.angle = settings.Real("ANGLE of transition");
+                                    param.colour = 0xFF000000;
+                                    return TransitionStep(settings, size, param, course);
+                                  }};
 
 std::vector<SheetColumn> ShowTransitions(Demo& demo) {
   std::vector<SheetColumn> columns;
   for (const f32 progress : {0.1f, 0.3f, 0.5f, 0.7f, 0.9f}) {
     SheetColumn& column = columns.emplace_back();
     column.heading = Format("%g of the way", double{progress});
-    for (u32 mode = 0; mode < std::size(kModes); ++mode) {
+    for (u32 mode = 0; mode < kModes.size(); ++mode) {
       const bool edge = mode >= pictavo::PICTAVO_TRANSITION_WIPE;
       const pictavo::TransitionParam param = {mode, progress, edge ? 0.15f : 0,
                                               mode == pictavo::PICTAVO_TRANSITION_WIPE ? 30.0f : 0,
                                               0xFF000000};
       const Picture mixed =
-          demo.Examine({Format("%s at %g", kModes[mode], double{progress}), 70, demo.background,
-                        [&](pictavo::IPictavo6* object, Picture* dst) {
+          demo.Examine({Format("%s at %g", kModes[mode].c_str(), double{progress}), 70,
+                        demo.background, [&](pictavo::IPictavo6* object, Picture* dst) {
                           return Mix(object, dst, demo.background, demo.layer, param);
                         }});
       column.pictures.push_back({Thumbnail(mixed),

@@ -1,7 +1,8 @@
 // Turning, tilting and swirling: pictavo-host rotate, tilt and swirl, and the demo's part.
 #include <algorithm>
-#include <cstdio>
+#include <optional>
 
+#include "calls.h"
 #include "demo.h"
 #include "in_place.h"
 
@@ -12,9 +13,7 @@ using pictavo::IPictavo6;
 
 template <auto method, typename Param>
 pictavo::Outcome Warp(IPictavo6* object, Picture* dst, const Picture& src, const Param& param) {
-  const pictavo::ImageDesc from = Describe(src);
-  pictavo::ImageDesc to = Describe(*dst);
-  return pictavo::Call<method>(object, &from, &to, &param);
+  return CallFrom<method>(object, dst, src, &param);
 }
 constexpr auto kRotate = Warp<&IPictavo6::RotatePicture, pictavo::RotateParam>;
 constexpr auto kTilt = Warp<&IPictavo6::TiltPicture, pictavo::TiltParam>;
@@ -55,12 +54,10 @@ Size SizeOf(const Picture& picture) { return {picture.width, picture.height}; }
 template <typename Run>
 int WriteWarped(pictavo::Library& library, const Arguments& files, const Picture& picture,
                 Picture warped, Run run) {
-  const pictavo::Outcome outcome = run(library.get(), &warped, picture);
-  if (!outcome) throw Refusal("these settings", outcome.result);
-  WritePicture(files[1], warped);
-  std::printf("%s: %d x %d from %d x %d, level %d\n", Utf8(files[1]).c_str(), warped.width,
-              warped.height, picture.width, picture.height, library->GetCPULevel());
-  return 0;
+  Expect(run(library.get(), &warped, picture), "these settings");
+  return Deliver(
+      files[1], warped,
+      Format(" from %d x %d, level %d", picture.width, picture.height, library->GetCPULevel()));
 }
 
 Option NearestOption(u32* filter) {
@@ -70,16 +67,13 @@ Option NearestOption(u32* filter) {
 int RunRotate(pictavo::Library& library, const Arguments& arguments) {
   f32 angle = 0, scale = 1;
   u32 filter = pictavo::PICTAVO_SAMPLE_BILINEAR;
-  Size size = {};
+  std::optional<Size> asked;
   const Arguments files =
       TakeFiles(2, "rotate takes two files, PICTURE OUT", arguments,
-                {RealOption("--angle", &angle),
-                 RealOption("--scale", &scale),
-                 {"--size", [&](Parser& parser) { size = parser.Dimensions("--size"); }},
-                 NearestOption(&filter),
-                 LevelOption(library)});
+                {RealOption("--angle", &angle), RealOption("--scale", &scale),
+                 SizeOption("--size", &asked), NearestOption(&filter), LevelOption(library)});
   const Picture picture = ReadPicture(files[0]);
-  if (size.width == 0) size = SizeOf(picture);
+  const Size size = asked.value_or(SizeOf(picture));
   pictavo::RotateParam param = Rotation(angle, scale, SizeOf(picture), size);
   param.filter = filter;
   return WriteWarped(
@@ -191,13 +185,11 @@ std::vector<SheetColumn> ShowWarps(Demo& demo) {
        [&](IPictavo6* o, Picture* d) { return kSwirl(o, d, photo, Swirling(240, size)); });
   show(&turned, "scaled layer", 96, "into a rectangle between pixels",
        [&](IPictavo6* o, Picture* d) {
-         pictavo::ImageDesc dst = Describe(*d);
-         const pictavo::ImageDesc src = Describe(demo.layer);
          const pictavo::BlendParam param = {0, 230, 0, 0, 0};
          const f32 rect[] = {
              0.55f * static_cast<f32>(size.width), 0.55f * static_cast<f32>(size.height),
              0.95f * static_cast<f32>(size.width), 0.95f * static_cast<f32>(size.height)};
-         return pictavo::Call<&IPictavo6::BlendLayerScaled>(o, &dst, &src, &param, rect);
+         return CallOnto<&IPictavo6::BlendLayerScaled>(o, d, demo.layer, &param, rect);
        });
   const struct {
     const char *name, *how;
