@@ -9,9 +9,9 @@
 #include <filesystem>
 #include <new>
 
-#include "commands.h"
-#include "operations.h"
-#include "text.h"
+#include "base/commands.h"
+#include "base/text.h"
+#include "commands/operations.h"
 
 namespace host {
 namespace {

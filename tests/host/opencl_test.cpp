@@ -9,9 +9,9 @@
 #include <memory>
 #include <thread>
 
+#include "devices/opencl_reference.h"
 #include "frame/pictavo_object.h"
 #include "opencl_methods.h"
-#include "opencl_reference.h"
 
 namespace pictavo::test {
 namespace {
