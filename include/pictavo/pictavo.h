@@ -171,7 +171,7 @@ constexpr u32 FrameFormat(u32 layout, u32 matrix, u32 range) {
   return layout | matrix << 8 | range << 16;
 }
 
-/// The bytes of a frame, for sizes that are not negative; 0 for a layout that is none.
+/// The bytes of a frame, for sizes of 0 … 2^30; 0 for a layout that is none.
 constexpr i64 FrameBytes(u32 layout, i32 width, i32 height) {
   const i64 w = width, h = height, w2 = (w + 1) / 2, h2 = (h + 1) / 2;
   switch (layout) {
@@ -278,9 +278,9 @@ struct IHostPicture {
   ~IHostPicture() = default;
 };
 
-/// How BlendLayer and BlendLayerSubpixel mix.
+/// How BlendLayer, BlendLayerSubpixel and BlendLayerScaled mix.
 struct BlendParam {
-  u32 mode;       ///< 0 … 23
+  u32 mode;       ///< as BlendLayer numbers them: 0 … 23, 0 … 11 for the other two
   u32 opacity;    ///< 0 … 255; 0 leaves the destination alone
   u32 alphaMode;  ///< 0 destination opaque, 1 carry the layer's alpha, 2 straight-alpha over
   f32 fractionX;  ///< sub-pixel modes: how far right of the pixel the source is sampled, 0 … 1
@@ -288,7 +288,7 @@ struct BlendParam {
 };
 static_assert(sizeof(BlendParam) == 20, "BlendParam is 20 bytes");
 
-/// How ResizeFiltered and ResizeFilteredRegion resize.
+/// How ResizeFiltered, ResizeFilteredRegion, ResizeSurface and operation 6 of D3DComputeOp resize.
 struct ResizeParam {
   u32 filter;       ///< PICTAVO_FILTER_…
   u32 alphaMode;    ///< 0 four channels alike, 1 colours weighted by alpha
@@ -298,8 +298,8 @@ static_assert(sizeof(ResizeParam) == 16, "ResizeParam is 16 bytes");
 static_assert(offsetof(ResizeParam, alphaMode) == 4 && offsetof(ResizeParam, reserved) == 8,
               "the order of ResizeParam's fields is part of the contract");
 
-/// How RotatePicture turns: about a point that comes to lie where the host wants it. Lengths are
-/// pixels from the pictures' top left corners, so that the centre of the first pixel is 0.5.
+/// How RotatePicture and RotateD3D turn: about a point that comes to lie where the host wants it.
+/// Lengths are pixels from the top left corners, so that the centre of the first pixel is 0.5.
 struct RotateParam {
   f32 angle;   ///< degrees, clockwise
   f32 scale;   ///< size of the turned picture beside the source's, above 0
@@ -932,7 +932,7 @@ struct IPictavo2 : IPictavo {
 
   /// Slot 50. YUVA, bytes V, U, Y, A, to BGRA by the rule of slot 15: the way back from slot 20.
   /// Alpha is copied. src may be dst, with the same pitch. All builds give the same bytes; they
-  /// change at level 3.
+  /// change at levels 3 and 8.
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER when src or dst is null; PICTAVO_E_INVALIDARG for a
   /// pitch shorter than a row of pixels; PICTAVO_S_FALSE for a width or height below 1
   virtual u32 ConvertYUVAToBGRA(const u8* src, i32 width, i32 height, i32 srcPitch, u8* dst,
@@ -995,7 +995,7 @@ struct IPictavo2 : IPictavo {
 
   /// Slot 55. Resizes by taking the source pixel at the column (x * sx) >> 16 and row (y * sy) >>
   /// 16 for pixel (x, y), sx = (srcWidth << 16) / dstWidth and sy likewise: the upper left of those
-  /// that it covers. The same code at every level.
+  /// that it covers. All builds give the same bytes; they change at level 8.
   ///
   /// Of pitches only whole pixels count.
   /// @return as slot 29
@@ -1019,7 +1019,7 @@ struct IPictavo2 : IPictavo {
                            u32 edges) noexcept = 0;
 
   /// Slot 57. Resizes by the mean of slot 29's 4 x 4 grid of samples: every channel, alpha
-  /// included, becomes its sum >> 4. The same code at every level. @return as slot 29
+  /// included, becomes its sum >> 4. The builds change at levels 6 and 8. @return as slot 29
   virtual u32 ResizeBox16(u8* dst, i32 dstWidth, i32 dstHeight, i32 dstPitch, const u8* src,
                           i32 srcWidth, i32 srcHeight, i32 srcPitch) noexcept = 0;
 
@@ -1504,9 +1504,9 @@ struct IPictavo4 : IPictavo3 {
   /// Several keys give, byte by byte and alpha included, the least of what each alone gives.
   ///
   /// Of different heights the rows that both have are keyed and the rest of dst is left alone. The
-  /// pictures may overlap in any way: all is as if src were read first. The rows of large
-  /// pictures run in parallel on threads of the system's pool, or of the Concurrency Runtime. No
-  /// key at all leaves dst alone. The debugger is told how long each key and the whole took.
+  /// pictures may overlap in any way: all is as if src were read first. The rows of large pictures
+  /// are shared with helping threads, the library's own, which end with its last object. No key at
+  /// all leaves dst alone. The debugger is told how long each key and the whole took.
   /// @param dst record of the picture that is written; may be src's, or overlap it
   /// @param keys the colours to key
   /// @param keyCount how many these are; 0 leaves dst alone
@@ -1705,7 +1705,7 @@ struct IPictavo5 : IPictavo4 {
 /// picture whose data is null, that holds a texture, that has a size below 1 or from 2^29 on, or
 /// whose bytesPerPixel the method does not take; PICTAVO_E_FAIL without a runtime, device, compiled
 /// program or memory manager, or when the device fails, which the next call then brings up anew;
-/// PICTAVO_E_OUTOFMEMORY when a buffer cannot be had. A call that fails writes nothing
+/// PICTAVO_E_OUTOFMEMORY when a buffer cannot be had. A call that fails writes nothing.
 struct IPictavo6 : IPictavo5 {
   /// Slot 98. ExtendBoundary (slot 71) on OpenCL: copies a picture's edge pixels, alpha included,
   /// into a border of that many pixels around it, in place. The border lies inside the allocation
@@ -1864,12 +1864,12 @@ struct IPictavo6 : IPictavo5 {
   /// unbinds the destination from wherever else it is bound. A predicate that the host has set
   /// holds for this work too: where it forbids drawing, nothing is written. The call only records
   /// work, so a deferred context will do. The object keeps shaders, buffers and textures in between
-  /// of the last device, and so the device, until it is released, used with another one or told
-  /// to let go by operation 7: after
-  /// operations 2 and 9, 8 to 12 bytes a pixel (2 or 3 for planes in operation 2), after 3 and 12
-  /// up to 8, after 6 with subMode 1 16 for each of the destination's columns in each of the
-  /// source's rows, after 11 up to the rectangle. Of contexts and of the host's textures it keeps
-  /// nothing. One thread at a time may use a context.
+  /// of the last device, and so the device, until it is released, used with another one or told to
+  /// let go by operation 7. The textures take, after operations 2 and 9, 8 to 12 bytes a pixel (2
+  /// or 3 for planes in operation 2); after 3 and 12 up to 8; after 6 with subMode 1, 16 for each
+  /// of the destination's columns in each of the source's rows; after 11 up to the rectangle. Of
+  /// contexts and of the host's textures it keeps nothing.
+  /// One thread at a time may use a context.
   ///
   /// @param opCode PICTAVO_D3D_…
   /// @param subMode PICTAVO_D3D_WHOLE; for opCode 0 also PICTAVO_D3D_PART, for 6 and 10 also
