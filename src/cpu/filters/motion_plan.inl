@@ -233,8 +233,10 @@ class Strip {
 };
 
 inline u32 Run(const Plan& plan) {
-  constexpr i32 kWidest = INT32_MAX / 4;  // places in a row are 32-bit numbers
-  if (plan.src.width < 4 || plan.src.width > kWidest) return RunPlanPortable(plan);
+  // Places in a row of the source are 32-bit numbers, and so are columns behind the last block.
+  constexpr i32 kWidestSrc = INT32_MAX / 4, kWidestDst = INT32_MAX - kBlockPixels;
+  const bool placesFit = plan.src.width <= kWidestSrc && plan.dst.width <= kWidestDst;
+  if (plan.src.width < 4 || !placesFit) return RunPlanPortable(plan);
   Tile tile(plan);
   if (tile.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   Strip strip(plan, tile);
