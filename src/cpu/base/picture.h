@@ -3,6 +3,7 @@
 #define PICTAVO_CPU_BASE_PICTURE_H_
 
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "pictavo/pictavo.h"
@@ -28,6 +29,13 @@ struct Rectangle {
 
 /// Of a host's four numbers.
 inline Rectangle RectangleOf(const i32* rect) { return {rect[0], rect[1], rect[2], rect[3]}; }
+
+/// A pixel of 4 bytes, which may lie anywhere.
+inline u32 LoadPixel(const u8* p) {
+  u32 pixel;
+  std::memcpy(&pixel, p, sizeof pixel);
+  return pixel;
+}
 
 /// Rows of pixels in the host's memory. Sizes in pixels, the pitch in bytes; it may be negative.
 template <typename Byte>
@@ -100,6 +108,12 @@ bool IsBeyondMemory(const PictureOf<Byte>& picture) {
 template <typename A, typename B>
 bool SameSize(const PictureOf<A>& a, const PictureOf<B>& b) {
   return a.width == b.width && a.height == b.height;
+}
+
+/// Whether two pictures of one size are one.
+template <typename A, typename B>
+bool AreSame(const PictureOf<A>& a, const PictureOf<B>& b) {
+  return a.pixels == b.pixels && a.pitch == b.pitch && a.pixelBytes == b.pixelBytes;
 }
 
 /// Whether two pictures whose rows hold what they should share a byte. Pictures side by side in one

@@ -1,4 +1,5 @@
-// Blurs: slot 87. The method of the same name in pictavo.h says what each does.
+// Three box blurs: slot 87, behind the method of the same name, which states its rule; `level`
+// chooses the build.
 #ifndef PICTAVO_CPU_FILTERS_BLUR_H_
 #define PICTAVO_CPU_FILTERS_BLUR_H_
 

@@ -68,7 +68,7 @@ void ConvolveRows(const Picture& dst, const Source& src, const Filter& filter, i
   }
 }
 
-bool IsUsable(const ConvolveParam& param) {
+bool Holds(const ConvolveParam& param) {
   if (param.size != 3 && param.size != 5) return false;
   if (param.shift < 0 || param.shift > 15) return false;
   return std::all_of(param.weights, param.weights + param.size * param.size,
@@ -88,7 +88,7 @@ u32 ConvolvePicture(i32 level, const ImageDesc* src, ImageDesc* dst,
                                                       .sse41 = sse41::VectorConvolveRows,
                                                       .avx2 = avx2::VectorConvolveRows};
   if (param == nullptr) return PICTAVO_E_POINTER;
-  if (const u32 code = CheckRecords(IsUsable(*param), src, dst);
+  if (const u32 code = CheckRecords(Holds(*param), src, dst);
       code != PICTAVO_S_OK && code != PICTAVO_S_FALSE) {
     return code;
   }

@@ -88,7 +88,7 @@ struct Levels {
   u8 alphas[256];
   bool changes = false;
 
-  /// Of what is rounded, the division alone is not exact, and it is where the quotient is a half.
+  /// Where the quotient is a half, nothing on the way to it was rounded.
   Levels(f32 black, f32 white) {
     const double from = static_cast<double>(black), range = static_cast<double>(white) - from;
     for (i32 a = 0; a < 256; ++a) {
@@ -199,7 +199,7 @@ u32 Feather(i32 level, const ChokeRows& rows, const Picture& picture, const Leve
   return PICTAVO_S_OK;
 }
 
-bool Hold(const MatteParam& param) {
+bool Holds(const MatteParam& param) {
   return param.black >= 0 && param.black < param.white && param.white <= 1 &&
          param.choke >= -kMostChoke && param.choke <= kMostChoke && param.feather >= 0 &&
          param.feather <= gauss::kMostSigma;
@@ -209,7 +209,7 @@ bool Hold(const MatteParam& param) {
 
 u32 AdjustMatte(i32 level, ImageDesc* picture, const MatteParam* param) noexcept {
   if (param == nullptr) return PICTAVO_E_POINTER;
-  const u32 code = CheckRecords(Hold(*param), picture);
+  const u32 code = CheckRecords(Holds(*param), picture);
   if (code != PICTAVO_S_OK) return code;
   const Picture pixels = PictureIn(*picture);
   if (IsBeyondMemory(pixels)) return PICTAVO_E_OUTOFMEMORY;
@@ -225,19 +225,17 @@ u32 AdjustMatte(i32 level, ImageDesc* picture, const MatteParam* param) noexcept
 u32 ApplyMatte(i32 level, ImageDesc* picture, const ImageDesc* matte, u32 mode) noexcept {
   if (picture == nullptr || matte == nullptr) return PICTAVO_E_POINTER;
   const Picture to = PictureIn(*picture);
-  const Picture from = PictureIn(*matte);
+  const Source from = SourceIn(*matte);
   const bool ofBytes = from.pixelBytes == 1;
   const bool hold = !IsTexture(*picture) && !IsTexture(*matte) && to.pixelBytes == 4 &&
-                    (ofBytes || from.pixelBytes == 4) && to.width == from.width &&
-                    to.height == from.height && mode <= PICTAVO_MATTE_INVERTED_LUMA;
+                    (ofBytes || from.pixelBytes == 4) && SameSize(to, from) &&
+                    mode <= PICTAVO_MATTE_INVERTED_LUMA;
   const u32 code = CheckWith(hold, to, from);
   if (code != PICTAVO_S_OK) return code;
-  const bool isSame = to.pixels == from.pixels && to.pitch == from.pitch && !ofBytes;
-  if (!isSame && ShareBytes(to, from)) return PICTAVO_E_INVALIDARG;
+  if (!AreSame(to, from) && ShareBytes(to, from)) return PICTAVO_E_INVALIDARG;
   static constexpr Builds<ApplyRow* const*> kBuilds = {.portable = kApplyRows,
                                                        .sse41 = sse41::kApplyRows};
-  const Source source = {from.pixels, from.width, from.height, from.pitch, from.pixelBytes};
-  ForRows(to, source, kBuilds.For(level)[mode + (ofBytes ? 4 : 0)]);
+  ForRows(to, from, kBuilds.For(level)[mode + (ofBytes ? 4 : 0)]);
   return PICTAVO_S_OK;
 }
 

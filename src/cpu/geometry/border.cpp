@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "cpu/base/picture.h"
+
 namespace pictavo::cpu {
 namespace {
 
@@ -63,8 +65,8 @@ template <typename Pixel>
 void ExtendAround(const Frame& f, Pixel kept) {
   constexpr i64 kBytes = sizeof(Pixel);
   if (f.border == 0) return;
-  constexpr i64 kAhead =
-      16;  // rows; each edge lies in a page of its own, as do those of other rows
+  // The edges of a row lie in pages of their own, so what comes next is asked for some rows ahead.
+  constexpr i64 kAhead = 16;
   const i64 asked = std::min<i64>(f.border * kBytes, 256);
   u8* left = f.picture - f.border * kBytes;
   for (i64 y = 0; y < f.height; ++y, left += f.step) {
@@ -102,8 +104,7 @@ void Extend(const Frame& f, Pixel kept) {
 }
 
 bool HasRoom(const ImageDesc* image, u32 border) {
-  return image != nullptr && image->data != nullptr &&
-         image->memoryKind != PICTAVO_MEMORY_D3D11_TEXTURE && image->width >= 1 &&
+  return image != nullptr && image->data != nullptr && !IsTexture(*image) && image->width >= 1 &&
          image->height >= 1 && image->width + 2 * i64{border} <= image->bufferWidth &&
          image->height + 2 * i64{border} <= image->bufferHeight;
 }

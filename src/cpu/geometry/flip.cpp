@@ -13,12 +13,6 @@ namespace {
 
 using RowFn = void(u8* dst, const u8* src, i64 width);
 
-u32 PixelAt(const u8* p) {
-  u32 pixel;
-  std::memcpy(&pixel, p, 4);
-  return pixel;
-}
-
 /// The pixels of a row from the last to the first, into another row.
 void MirrorRow(u8* dst, const u8* src, i64 width) {
   for (i64 x = 0; x < width; ++x) std::memcpy(dst + 4 * x, src + 4 * (width - 1 - x), 4);
@@ -28,7 +22,7 @@ void MirrorRow(u8* dst, const u8* src, i64 width) {
 void MirrorOwnRow(u8* row, const u8*, i64 width) {
   for (i64 x = 0; x < width / 2; ++x) {
     u8 *const left = row + 4 * x, *const right = row + 4 * (width - 1 - x);
-    const u32 pixel = PixelAt(left);
+    const u32 pixel = LoadPixel(left);
     std::memcpy(left, right, 4);
     std::memcpy(right, &pixel, 4);
   }
@@ -63,20 +57,16 @@ void FlipOver(const Picture& dst, const Source& src) {
     std::swap_ranges(dst.Row(y), dst.Row(y) + rowBytes, dst.Row(dst.height - 1 - y));
 }
 
-bool AreSame(const Picture& a, const Picture& b) {
-  return a.pixels == b.pixels && a.pitch == b.pitch;
-}
-
 }  // namespace
 
 u32 FlipPicture(i32 level, const ImageDesc* src, ImageDesc* dst, u32 mode) noexcept {
   if (const u32 code = CheckRecords(mode == 1 || mode == 2, src, dst); code != PICTAVO_S_OK)
     return code;
-  const Picture from = PictureIn(*src), to = PictureIn(*dst);
-  if (from.width != to.width || from.height != to.height) return PICTAVO_E_INVALIDARG;
+  const Source from = SourceIn(*src);
+  const Picture to = PictureIn(*dst);
+  if (!SameSize(from, to)) return PICTAVO_E_INVALIDARG;
   if (!AreSame(from, to) && ShareBytes(from, to)) return PICTAVO_E_INVALIDARG;
-  const Source source = {from.pixels, from.width, from.height, from.pitch};
-  mode == 1 ? FlipSideways(level, to, source) : FlipOver(to, source);
+  mode == 1 ? FlipSideways(level, to, from) : FlipOver(to, from);
   return PICTAVO_S_OK;
 }
 

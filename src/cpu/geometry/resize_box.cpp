@@ -158,12 +158,6 @@ void MeansOneByOne(u8* dst, const RowSums& sums, const Grid& columns, const Stri
   }
 }
 
-u32 LoadPixel(const u8* p) {
-  u32 pixel;
-  std::memcpy(&pixel, p, 4);
-  return pixel;
-}
-
 /// Two rows and columns into one, each of which is sampled twice.
 void HalveRow(u8* dst, const BoxRow& row) {
   constexpr u32 kEven = 0x00FF00FF;  // blue and red

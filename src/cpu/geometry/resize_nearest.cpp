@@ -18,8 +18,7 @@ class Picker {
 
   const u8* At() const { return row_ + 4 * i64{place_ >> 16}; }
   u32 Next() {
-    u32 pixel;
-    std::memcpy(&pixel, At(), 4);
+    const u32 pixel = LoadPixel(At());
     place_ += step_;
     return pixel;
   }
@@ -42,9 +41,7 @@ void HalveRow(u8* dst, const u8* src, i64 width, i64, u32, u32) {
 
 void DoubleRow(u8* dst, const u8* src, i64 width, i64, u32, u32) {
   for (i64 x = 0; x < width / 2; ++x) {
-    u32 pixel;
-    std::memcpy(&pixel, src + 4 * x, 4);
-    const u32 pixels[] = {pixel, pixel};
+    const u32 pixel = LoadPixel(src + 4 * x), pixels[] = {pixel, pixel};
     std::memcpy(dst + 8 * x, pixels, 8);
   }
 }

@@ -31,7 +31,8 @@ struct Place {
   i64 x, y;
 };
 constexpr double kPixel = 0x1p32;
-constexpr double kFar = 0x1p28;  // in pixels; no picture is wider or higher
+constexpr i64 kLongestSide = 1 << 28;  // of pictures
+constexpr double kFar = kLongestSide;  // in pixels
 
 /// What is added to a place, in pixels.
 double Rounding(Filter filter) { return filter == Filter::kBilinear ? 0x1p-9 : 0.5; }
@@ -349,16 +350,19 @@ u32 CheckWarp(bool hold, u32 filter, const ImageDesc* src, const ImageDesc* dst)
   if (code != PICTAVO_S_OK) return code;
   const Picture from = PictureIn(*src), to = PictureIn(*dst);
   const i64 longest = std::max({from.width, from.height, to.width, to.height});
-  return longest > i64{1} << 28 || ShareBytes(to, from) ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
+  return longest > kLongestSide || ShareBytes(to, from) ? PICTAVO_E_INVALIDARG : PICTAVO_S_OK;
 }
-
-}  // namespace
-
-namespace {
 
 bool Holds(const RotateParam& p) {
   return std::isfinite(p.angle) && std::isfinite(p.scale) && p.scale > 0 &&
          AreLengths(p.srcX, p.srcY, p.dstX, p.dstY);
+}
+bool Holds(const SwirlParam& p) {
+  return AreLengths(p.centreX, p.centreY, p.radius) && p.radius >= 0 && std::abs(p.angle) <= 360000;
+}
+bool Holds(const TiltParam& p) {
+  return AreLengths(p.centreX, p.centreY) && std::isfinite(p.yaw) && std::isfinite(p.pitch) &&
+         std::isfinite(p.roll) && p.fieldOfView >= 1 && p.fieldOfView <= 170;
 }
 
 Affine RotationOf(const RotateParam& p, const Source& src) {
@@ -399,9 +403,7 @@ u32 SwirlPicture(i32 level, const ImageDesc* src, ImageDesc* dst,
                  const SwirlParam* param) noexcept {
   if (param == nullptr) return PICTAVO_E_POINTER;
   const SwirlParam p = *param;
-  const bool hold =
-      AreLengths(p.centreX, p.centreY, p.radius) && p.radius >= 0 && std::abs(p.angle) <= 360000;
-  const u32 code = CheckWarp(hold, p.filter, src, dst);
+  const u32 code = CheckWarp(Holds(p), p.filter, src, dst);
   if (code != PICTAVO_S_OK) return code;
   const Source from = SourceIn(*src);
   const Filter filter{p.filter};
@@ -411,10 +413,7 @@ u32 SwirlPicture(i32 level, const ImageDesc* src, ImageDesc* dst,
 u32 TiltPicture(i32 level, const ImageDesc* src, ImageDesc* dst, const TiltParam* param) noexcept {
   if (param == nullptr) return PICTAVO_E_POINTER;
   const TiltParam p = *param;
-  const bool hold = AreLengths(p.centreX, p.centreY) && std::isfinite(p.yaw) &&
-                    std::isfinite(p.pitch) && std::isfinite(p.roll) && p.fieldOfView >= 1 &&
-                    p.fieldOfView <= 170;
-  const u32 code = CheckWarp(hold, p.filter, src, dst);
+  const u32 code = CheckWarp(Holds(p), p.filter, src, dst);
   if (code != PICTAVO_S_OK) return code;
   const Source from = SourceIn(*src);
   const Picture to = PictureIn(*dst);
