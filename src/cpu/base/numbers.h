@@ -30,6 +30,9 @@ inline i32 WrappedDifference(i32 a, i32 b) {
 }
 inline i32 Quotient(i32 a, i32 b) { return static_cast<i32>(i64{a} / b); }
 
+/// The least multiple of `step` that is not below n. Neither may be negative.
+constexpr i64 RoundUp(i64 n, i64 step) { return (n + step - 1) / step * step; }
+
 /// Whether width * height packed pixels of 4 bytes can lie in memory at all. Sizes must not be
 /// negative.
 inline bool FitsInMemory(i32 width, i32 height) { return i64{width} * height <= PTRDIFF_MAX / 4; }

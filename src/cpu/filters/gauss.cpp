@@ -195,7 +195,7 @@ class Parts {
 
   u8* Take(i64 bytes) {
     u8* const part = memory_ != nullptr ? memory_ + taken_ : nullptr;
-    taken_ += (bytes + 63) / 64 * 64;
+    taken_ += RoundUp(bytes, 64);
     return part;
   }
   f32* TakePixels(i64 count) { return reinterpret_cast<f32*>(Take(16 * count)); }

@@ -5,6 +5,7 @@
 
 #include "cpu/base/builds.h"
 #include "cpu/base/elementary.h"
+#include "cpu/base/numbers.h"
 #include "cpu/base/scratch.h"
 #include "cpu/base/workspaces.h"
 #include "cpu/filters/gauss_simd.h"
@@ -138,7 +139,7 @@ class NarrowBlur {
   i64 SumsPitch() const { return RowBytes() + 2 * kNarrowReach * picture_.pixelBytes; }
   i64 NeighbourBytes() const { return 2 * down_.reach * RowBytes(); }
   i64 WorkspaceBytes() const {
-    return (2 * kGroupRows * SumsPitch() + down_.reach * RowBytes() + 63) / 64 * 64;
+    return RoundUp(2 * kGroupRows * SumsPitch() + down_.reach * RowBytes(), 64);
   }
 
   Band BandAt(i64 number, i64 workspace) const {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "cpu/base/elementary.h"
+#include "cpu/base/numbers.h"
 
 namespace pictavo::cpu::gauss {
 namespace {
@@ -16,7 +17,7 @@ i64 FloorToI64(double x) {
 }
 i64 CeilToI64(double x) { return -FloorToI64(-x); }
 
-i64 Even(i64 count) { return count + count % 2; }
+i64 Even(i64 count) { return RoundUp(count, 2); }
 
 }  // namespace
 
@@ -107,7 +108,7 @@ namespace {
 
 /// Of singles and whole weights.
 i64 WeightBytes(i64 count) {
-  return (Even(count) * static_cast<i64>(sizeof(f32) + sizeof(int16_t)) + 7) / 8 * 8;
+  return RoundUp(Even(count) * static_cast<i64>(sizeof(f32) + sizeof(int16_t)), 8);
 }
 
 /// Fills windows, and their weights behind them.

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/numbers.h"
 #include "cpu/base/picture.h"
 #include "cpu/base/scratch.h"
 #include "cpu/filters/gauss.h"
@@ -126,7 +127,7 @@ class Choke {
 
   i64 WindowSize() const { return 2 * radius_ + 1; }
   /// Of rows with room for the windows of both their ends.
-  i64 Pitch() const { return (picture_.width + WindowSize() + 63) / 64 * 64; }
+  i64 Pitch() const { return RoundUp(picture_.width + WindowSize(), 64); }
   u8* PlaneRow(i64 y) const { return plane_ + y * Pitch(); }
 
   /// Calls widen(by) until windows of one are whole: each becomes the least of itself and of the
@@ -185,7 +186,7 @@ class Choke {
 /// Makes a plane of the alphas, and changes the picture when all else is done.
 u32 Feather(i32 level, const ChokeRows& rows, const Picture& picture, const Levels& levels,
             const MatteParam& param) {
-  const i64 pitch = (picture.width + 63) / 64 * 64;
+  const i64 pitch = RoundUp(picture.width, 64);
   Scratch scratch(pitch * picture.height);
   if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
   const Picture plane = {scratch.data(), picture.width, picture.height, pitch, 1};

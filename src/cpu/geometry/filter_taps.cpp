@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "cpu/base/numbers.h"
+
 namespace pictavo::cpu {
 namespace {
 
@@ -61,7 +63,6 @@ constexpr Filter kFilters[] = {
 
 i64 Floor(double x) { return static_cast<i64>(std::floor(x)); }
 i64 Ceil(double x) { return static_cast<i64>(std::ceil(x)); }
-constexpr i64 RoundUp(i64 n, i64 step) { return (n + step - 1) / step * step; }
 
 }  // namespace
 

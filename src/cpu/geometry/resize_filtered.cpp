@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/numbers.h"
 #include "cpu/base/picture.h"
 #include "cpu/base/scratch.h"
 #include "cpu/geometry/filter_taps.h"
@@ -27,8 +28,6 @@ struct Filtered {
 struct Tile {
   i64 x, y, width, height;
 };
-
-constexpr i64 RoundUp(i64 n, i64 step) { return (n + step - 1) / step * step; }
 
 /// In what order rows hold the pixels of a tile is their build's own, but each takes 16 bytes. A
 /// row has room for whole blocks of this many. A line more keeps powers of two apart.
