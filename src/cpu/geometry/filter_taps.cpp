@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <numeric>
 
 #include "cpu/base/numbers.h"
@@ -108,8 +109,10 @@ bool FilterTaps::Repeat(i64 x, i64 begin) {
   if (period_ == 0 || before < 0 || begin - srcPeriod_ < 0 || begin + reached_ > srcSize_)
     return false;
   if (first_[x] - first_[before] != srcPeriod_) return false;
-  std::copy_n(Words(before), taps_ / 2, words_ + x * taps_ / 2);
-  if (isExact_) std::copy_n(Singles(before), taps_, singles_ + x * taps_);
+  // By bytes, since Store() writes them as numbers of other types.
+  const size_t taps = static_cast<size_t>(taps_);
+  std::memcpy(words_ + x * taps_ / 2, Words(before), taps * sizeof(i16));
+  if (isExact_) std::memcpy(singles_ + x * taps_, Singles(before), taps * sizeof(f32));
   return true;
 }
 
