@@ -11,7 +11,6 @@
 
 #include "pictavo/pictavo_host.h"
 
-// A frame, and bands of it
 struct Frame {
   int width, height;
   std::vector<unsigned char> pixels;  // B, G, R, A, rows packed, the top row first
@@ -32,18 +31,14 @@ void InBands(int rows, const Work& work) {
     threads.emplace_back(work, rows * i / count, rows * (i + 1) / count);
   for (std::thread& thread : threads) thread.join();
 }
-// End
 
-// Pixels by themselves
 /// Each band is a picture of its own: its first row, its number of rows, the frame's pitch.
 void Grade(pictavo::Library& library, Frame& frame, const pictavo::ColorParam& look) {
   InBands(frame.height, [&](int first, int end) {
     library->AdjustColor(frame.Row(first), frame.width, end - first, frame.pitch(), &look);
   });
 }
-// End
 
-// Neighbours
 /// Each band is blurred in a copy with as many rows above and below as the blur looks at; of that,
 /// the band itself is kept. The source stays as it is, since all bands read it.
 void Blur(pictavo::Library& library, const Frame& frame, Frame& blurred, float radius) {
@@ -56,9 +51,7 @@ void Blur(pictavo::Library& library, const Frame& frame, Frame& blurred, float r
     std::memcpy(blurred.Row(first), band.Row(first - top), size_t(end - first) * frame.pitch());
   });
 }
-// End
 
-// Counts
 /// Each band has bins of its own, which add up.
 std::array<unsigned, 256> CountReds(pictavo::Library& library, const Frame& frame) {
   std::array<unsigned, 256> reds = {};
@@ -72,7 +65,6 @@ std::array<unsigned, 256> CountReds(pictavo::Library& library, const Frame& fram
   });
   return reds;
 }
-// End
 
 int main() {
   pictavo::Library library;

@@ -148,6 +148,8 @@ TEST(Host, CallsWithPartsOfPicturesAndNamesWhatIsRefused) {
   EXPECT_EQ(host.ComputeHistogram(frame, 2)[88], 6u);
   const Picture half = host.Resized(part, 6, 1);
   EXPECT_EQ(half.At(5, 0)[2], 88);
+  host.ExtendBoundary(frame, 3);  // of a row of three pixels, left of and above the layer's
+  EXPECT_EQ(*frame.At(4, 5), 16);
 
   EXPECT_EQ(Refusal([&] { host.BlendOver(frame, layer); }),
             "BlendOverWithOpacityRamp: the pictures differ in size");
