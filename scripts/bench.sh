@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh peers
-cmake --preset native >/dev/null
-cmake --build --preset native --target pictavo_bench
+# The tables alone go to the standard output, for scripts/performance.py.
+scripts/setup.sh peers >&2
+scripts/build.sh native pictavo_bench >&2
 build/native/bin/pictavo_bench "$@"

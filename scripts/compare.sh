@@ -5,6 +5,5 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh peers
-cmake --preset native >/dev/null
-cmake --build --preset native --target pictavo_compare
+scripts/build.sh native pictavo_compare
 build/native/bin/pictavo_compare

@@ -5,9 +5,7 @@ set -euo pipefail
 minutes=${1:?usage: scripts/fuzz.sh MINUTES}
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh
-cmake --preset sanitize >/dev/null
-cmake --build --preset sanitize --target fuzz_operations
+scripts/build.sh sanitize fuzz_operations
 mkdir -p build/fuzz/corpus
 cd build/fuzz
 ../sanitize/bin/fuzz_operations -max_total_time=$((60 * minutes)) -max_len=160 -timeout=60 -print_final_stats=1 \

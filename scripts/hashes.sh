@@ -5,8 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 table=tests/kernels/hashes.def
 
-cmake --preset native >/dev/null
-cmake --build --preset native --target kernel_tests
+scripts/build.sh native kernel_tests
 new=$(mktemp)
 trap 'rm -f "$new"' EXIT
 build/native/bin/kernel_tests --gtest_also_run_disabled_tests --gtest_filter=Recorded.DISABLED_Print |

@@ -4,19 +4,10 @@
 #   scripts/keying.sh [PICTAVO-HOST.EXE]     without it, sets up and builds one
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-export LC_ALL=C.UTF-8
-
-host=${1:-build/windows/bin/pictavo-host.exe}
-if [ $# -eq 0 ]; then
-  scripts/setup.sh
-  cmake --preset windows >/dev/null
-  cmake --build --preset windows --target pictavo_host
-fi
-host=$(realpath "$host") wine=$PWD/scripts/wine.sh
+source scripts/sample_host.sh "${1-}"
 mkdir -p out/keying
 cd out/keying
-host() { "$wine" "$host" "$@" </dev/null; }
-error() { host measure "$1" --beside key-truth.png; }
+error() { host measure "$1" --beside key-truth.png </dev/null; }
 host scene key-shot.png key-background.png key-truth.png >/dev/null
 
 echo "Slot 86 alone, laid over: angle down, denoise across"
@@ -32,8 +23,8 @@ for angle in 15 35 60 89; do
 done
 
 echo "The page's commands"
-sed -n 's/.*<br>`\(.*\)` |.*/\1/p' ../../docs/keying.md | while read -ra arguments; do
-  host "${arguments[@]}" >/dev/null
+page_commands ../../docs/keying.md | while read -ra arguments; do
+  host "${arguments[@]}" </dev/null >/dev/null
   case " ${arguments[*]} " in
     *" --background "*) echo "$(error "${arguments[2]}")  ${arguments[*]}" ;;
     " blend "*) echo "$(error "${arguments[3]}")  ${arguments[*]}" ;;

@@ -14,9 +14,7 @@ mkdir -p "${1:-$root/build/package}"
 folder=$(cd "${1:-$root/build/package}" && pwd)
 cd "$root"
 
-scripts/setup.sh
-cmake --preset windows >/dev/null
-cmake --build --preset windows --target sdk ${tests:+windows_tests}
+scripts/build.sh windows sdk ${tests:+windows_tests}
 scripts/docs.sh build/windows/bin/pictavo-host.exe >/dev/null
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' build/windows/CMakeCache.txt)
 name=pictavo-$version-win64

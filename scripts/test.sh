@@ -7,8 +7,7 @@ scripts/setup.sh
 scripts/format.sh --check
 for preset in native sanitize threads windows; do
   echo "== Building $preset"
-  cmake --preset "$preset" >/dev/null
-  cmake --build --preset "$preset"
+  scripts/build.sh "$preset"
 done
 
 # One run over the four builds, so that there is one summary.

@@ -5,15 +5,10 @@
 set -euo pipefail
 pattern=${1:-}
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-export LC_ALL=C.UTF-8
-
-scripts/setup.sh
-cmake --preset windows >/dev/null
-cmake --build --preset windows --target pictavo_host
-cmake --preset native >/dev/null
-cmake --build --preset native --target frei0r_direction
+source scripts/sample_host.sh ''
+scripts/build.sh native frei0r_direction
+scripts/pictures.sh out/pictures >/dev/null
 mkdir -p out/video
-[ -f out/pictures/flower.jpg ] || scripts/pictures.sh out/pictures >/dev/null
 cd out/video
 background=../pictures/china.jpg
 frames=48
@@ -27,7 +22,7 @@ ffmpeg -v error -y -f lavfi -i color=0x00B140:size=1920x1080:rate=24 -loop 1 -r 
   -filter_complex "[1]scale=800:-1[f];[0][f]overlay=x=200+240*t:y='200+80*sin(t*3)',noise=alls=4:allf=t" \
   -frames:v $frames -f rawvideo -pix_fmt bgra clip.raw
 
-stream() { ../../scripts/wine.sh ../../build/windows/bin/pictavo-host.exe stream --size 1920x1080 --pixels $pixels "$@"; }
+stream() { host stream --size 1920x1080 --pixels $pixels "$@"; }
 stream "key=00B140:40:30 | over=$background | resize=1280x720 | blur=1" < clip.raw |
   ffmpeg -v error -y -f rawvideo -pix_fmt bgra -video_size 1280x720 -framerate 24 -i - "${mp4[@]}" keyed.mp4
 stream "key=00B140:40:30" < clip.raw > cut.raw
