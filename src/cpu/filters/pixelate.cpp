@@ -21,8 +21,8 @@ void AddPixel(const u8* pixel, Sums* sums) {
   sums->alpha += alpha;
 }
 
-/// The nearest whole number to a / b, halves up, where that is a byte. Exact for b below 2^45, which
-/// takes more pixels than fit in memory.
+/// The nearest whole number to a / b, halves up, where that is a byte. Exact for b below 2^45,
+/// which takes more pixels than fit in memory.
 u32 NearestQuotient(i64 a, i64 b) {
   return static_cast<u32>(static_cast<double>(a + b / 2) / static_cast<double>(b));
 }
