@@ -117,9 +117,11 @@ bool AreSame(const PictureOf<A>& a, const PictureOf<B>& b) {
 }
 
 /// Whether two pictures whose rows hold what they should share a byte. Pictures side by side in one
-/// buffer share none.
+/// buffer share none, which their rows tell.
 template <typename A, typename B>
 bool ShareBytes(const PictureOf<A>& a, const PictureOf<B>& b) {
+  const auto end = [](const auto& p) { return p.Row(p.height - 1) + p.width * p.pixelBytes; };
+  if (end(a) <= b.pixels || end(b) <= a.pixels) return false;
   for (i64 i = 0, j = 0; i < a.height && j < b.height;) {
     const u8 *first = a.Row(i), *second = b.Row(j);
     if (first + a.width * a.pixelBytes <= second) {
