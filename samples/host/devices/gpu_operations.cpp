@@ -59,6 +59,9 @@ Picture RotateOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& s
   });
 }
 
+/// A channel of a colour, 0xRRGGBB, as the card takes it: 0 … 1.
+f32 Channel(u32 colour, int shift) { return static_cast<f32>(colour >> shift & 255) / 255.0f; }
+
 /// A picture with a line of one colour, 0xRRGGBB, around what it shows: in front of its own shape,
 /// which is larger and all of that colour.
 Picture OutlineOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& picture, u32 radius,
@@ -67,8 +70,8 @@ Picture OutlineOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& 
   constexpr u32 kDisc = 1;
   const pictavo::D3DGrowRegionParam grow = {
       {0, 0, 0, 0, size.width, size.height}, {radius, radius, kDisc, 1.0f}, 0};
-  const auto channel = [=](int shift) { return static_cast<f32>(colour >> shift & 255) / 255.0f; };
-  const pictavo::D3DTintParam tint = {0, 0, channel(16), channel(8), channel(0)};
+  const pictavo::D3DTintParam tint = {0, 0, Channel(colour, 16), Channel(colour, 8),
+                                      Channel(colour, 0)};
   const Picture shape = gpu.Run(object, pictavo::PICTAVO_D3D_GROW_REGION, &grow, picture, size);
   Picture outlined = gpu.Run(object, pictavo::PICTAVO_D3D_TINT, &tint, shape, size);
   object->BlendOverPitched(outlined.pixels.data(), picture.pixels.data(), size.width, size.height,
@@ -88,8 +91,7 @@ void Operate(const Gpu& gpu, pictavo::IPictavo6* object, i32 opCode, i32 subMode
 /// A mat of one colour, 0xRRGGBB, with a picture inside it.
 Picture MatOnGpu(const Gpu& gpu, pictavo::IPictavo6* object, const Picture& picture, i32 border,
                  u32 colour) {
-  const auto channel = [=](int shift) { return static_cast<f32>(colour >> shift & 255) / 255.0f; };
-  const f32 bgra[] = {channel(0), channel(8), channel(16), 1};
+  const f32 bgra[] = {Channel(colour, 0), Channel(colour, 8), Channel(colour, 16), 1};
   const pictavo::D3DClearParam clear = {bgra, 4};
   const pictavo::D3DRegion region = {border, border, 0, 0, picture.width, picture.height};
   const Gpu::Texture source = gpu.Create(picture.width, picture.height);
@@ -202,9 +204,14 @@ SheetColumn CompareKey(Demo* demo, const Gpu& gpu) {
                         KeyOnGpu(gpu, demo->object, source, KeysOfScreen())});
 }
 
+/// Room for a picture of three fifths the size.
+Picture SmallerThan(const Picture& source) {
+  return Picture(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
+}
+
 SheetColumn CompareResizing(Demo* demo, const Gpu& gpu) {
   const Picture source = SoftDisc(demo->background);
-  Picture small(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
+  Picture small = SmallerThan(source);
   Expect(
       CallResizer<&pictavo::IPictavo6::ResizeBox16AlphaWeighted>(demo->object, &small, source, 0),
       "to resize a picture");
@@ -229,7 +236,7 @@ SheetColumn CompareMat(Demo* demo, const Gpu& gpu) {
 
 SheetColumn CompareFilter(Demo* demo, const Gpu& gpu) {
   const Picture source = SoftDisc(demo->background);
-  Picture small(std::max(1, source.width * 3 / 5), std::max(1, source.height * 3 / 5));
+  Picture small = SmallerThan(source);
   const pictavo::ResizeParam param = {pictavo::PICTAVO_FILTER_LANCZOS, 1, {0, 0}};
   Expect(CallFrom<&pictavo::IPictavo6::ResizeFiltered>(demo->object, &small, source, &param),
          "to resize a picture");
