@@ -53,7 +53,7 @@ row() {  # CLIP CHAIN NAME FFMPEG-ARGUMENTS
   grep -q -- "$pattern" <<< "$1" || return 0
   printf '| `%s`, %s | %s | %s | `%s` |\n' "$1" $pixels "$(pace stream "$1")" "$(pace peer "${@:3}")" "$2"
 }
-echo "| effect | pictavo-host stream | ffmpeg | its filter |"
+echo "| chain | pictavo-host stream | ffmpeg | its filter |"
 echo "|---|---|---|---|"
 row clip.raw "" null -vf null
 row clip.raw "key=00B140:40:30" chromakey -vf chromakey=0x00B140:0.15:0.05
