@@ -45,21 +45,19 @@ Sums SumBlock(const Picture& block) {
   return sums;
 }
 
-/// Fills blocks by their means: the first row, then the others by it.
-template <typename MeanOf>
-void FillBlocks(const Picture& band, i64 side, MeanOf meanOf) {
-  for (i64 x = 0; x < band.width; x += side) {
-    const i64 end = std::min(x + side, band.width);
-    const u32 mean = meanOf(x, band.Part({x, 0, end, band.height}));
-    for (i64 i = x; i < end; ++i) std::memcpy(band.pixels + 4 * i, &mean, 4);
-  }
+/// Makes blocks of a band: fill(x, block) fills the first row of each, which the others repeat.
+template <typename Fill>
+void FillBlocks(const Picture& band, i64 side, Fill fill) {
+  for (i64 x = 0; x < band.width; x += side)
+    fill(x, band.Part({x, 0, std::min(x + side, band.width), band.height}));
   for (i64 y = 1; y < band.height; ++y)
     std::memcpy(band.Row(y), band.pixels, static_cast<size_t>(4 * band.width));
 }
 
 void PixelateBand(const Picture& band, i64 side, i64) {
   FillBlocks(band, side, [](i64, const Picture& block) {
-    return MeanPixel(SumBlock(block), block.width * block.height);
+    const u32 mean = MeanPixel(SumBlock(block), block.width * block.height);
+    for (i64 x = 0; x < block.width; ++x) std::memcpy(block.pixels + 4 * x, &mean, 4);
   });
 }
 
