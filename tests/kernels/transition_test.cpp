@@ -77,6 +77,19 @@ TEST(Transition, DrawsWhatItsModeSays) {
             Drawn({kClock, 0.4f, 0, 30, 0}, 100, 100));
 }
 
+/// Whose places many columns have in common.
+TEST(Transition, WipesNearlyLevelAsTheFirstOfItsBlinds) {
+  constexpr size_t kWidth = 400, kHeight = 1000, kEighth = kWidth * kHeight / 8;
+  const Pixels black(kWidth * kHeight, 0xFF000000), white(black.size(), ~0u);
+  for (const f32 angle : {90.00001f, 89.99999f}) {
+    Pixels wipe = Moment(0, black, white, kWidth, {PICTAVO_TRANSITION_WIPE, 0.0625f, 0, angle, 0});
+    Pixels blinds = Moment(0, black, white, kWidth, {PICTAVO_TRANSITION_BLINDS, 0.5f, 0, angle, 0});
+    wipe.resize(kEighth);
+    blinds.resize(kEighth);
+    EXPECT_TRUE(wipe == blinds) << angle;
+  }
+}
+
 TEST(Transition, PushesWholePictures) {
   const Pixels from = {1, 2, 3, 4, 5, 6}, to = {11, 12, 13, 14, 15, 16};
   const auto pushed = [&](f32 angle) {

@@ -212,15 +212,16 @@ class Weights {
     return {0, width_};
   }
 
-  /// Works out the band alone; what lies before and behind it is all of one picture.
+  /// Works out the band alone; what lies before and behind it is all of one picture. Places are
+  /// singles: where an edge is nearly level, those of many columns are one.
   Band MakeWipe(const Straight& way, u32* weights) const {
-    const auto column = [&](f32 place) {
-      const double x = (static_cast<double>(place) - way.start) / way.step;
-      return static_cast<i64>(std::clamp(x, -4.0, static_cast<double>(width_) + 4));
+    const double start = way.start, step = way.step, margin = 3 + 0x1p-22 / std::abs(step);
+    const double a = (edge_.reach - start) / step;
+    const double b = (edge_.reach - edge_.softness - start) / step;
+    const auto column = [&](double x) {
+      return static_cast<i64>(std::clamp(x, 0.0, static_cast<double>(width_)));
     };
-    const i64 a = column(edge_.reach), b = column(edge_.reach - edge_.softness);
-    const i64 first = std::clamp<i64>(std::min(a, b) - 3, 0, width_);
-    const i64 end = std::clamp<i64>(std::max(a, b) + 3, 0, width_);
+    const i64 first = column(std::min(a, b) - margin), end = column(std::max(a, b) + margin);
     rows_.straight(weights, first, end, edge_, way);
     return {first, end, WeightAt(way, 0) == kWhole, WeightAt(way, width_ - 1) == kWhole};
   }
