@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/luma.h"
 #include "cpu/base/picture.h"
 #include "cpu/colour/channels_simd.h"
 
@@ -14,8 +15,7 @@ namespace {
 // ---------------------------------------------------------------------------------------------
 // The rules.
 
-constexpr u32 kLuma = 4;                                              // a channel of its own
-constexpr u32 kLumaOfBlue = 19, kLumaOfGreen = 183, kLumaOfRed = 54;  // of 256
+constexpr u32 kLuma = 4;  // a channel of its own
 
 /// Which byte of the source's pixel each of the four is made from.
 struct Places {
@@ -30,10 +30,8 @@ void SetAlphaRow(u8* dst, const u8* src, i64 width) {
 }
 
 void ExtractRow(u8* dst, const u8* src, i64 width, u32 channel) {
-  for (i64 x = 0; x < width; ++x, src += 4) {
-    const u32 luma = src[0] * kLumaOfBlue + src[1] * kLumaOfGreen + src[2] * kLumaOfRed;
-    dst[x] = channel == kLuma ? static_cast<u8>((luma + 128) >> 8) : src[channel];
-  }
+  for (i64 x = 0; x < width; ++x, src += 4)
+    dst[x] = channel == kLuma ? static_cast<u8>(LumaOf(src)) : src[channel];
 }
 
 void ShuffleRow(u8* dst, const u8* src, i64 width, const Places& places) {

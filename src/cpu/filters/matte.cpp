@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/luma.h"
 #include "cpu/base/numbers.h"
 #include "cpu/base/picture.h"
 #include "cpu/base/scratch.h"
@@ -34,10 +35,6 @@ void PutBytes(u8* dst, const u8* plane, i64 count, u8 flip) {
 /// The lesser of each two bytes. They may follow the destination at a distance in one row.
 void TakeLeast(u8* dst, const u8* a, const u8* b, i64 count) {
   for (i64 i = 0; i < count; ++i) dst[i] = std::min(a[i], b[i]);
-}
-
-u32 LumaOf(const u8* pixel) {
-  return (54u * pixel[2] + 183u * pixel[1] + 19u * pixel[0] + 128) >> 8;
 }
 
 /// product / 255 of two bytes' product, to the nearest.

@@ -10,8 +10,8 @@ V MatteApplied(V pixels, V m) {
 }
 
 inline V LumasOf(V pixels) {
-  const V sum = Add32(DotProduct32(Even(pixels), V::All32(54u << 16 | 19)),
-                      DotProduct32(Odd(pixels), V::All32(183)));
+  const V sum = Add32(DotProduct32(Even(pixels), V::All32(kLumaOfRed << 16 | kLumaOfBlue)),
+                      DotProduct32(Odd(pixels), V::All32(kLumaOfGreen)));
   return ShiftRightU32(Add32(sum, V::All32(128)), 8);
 }
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "cpu/base/builds.h"
+#include "cpu/base/luma.h"
 #include "cpu/base/picture.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse2.h"
@@ -25,7 +26,7 @@ struct Weights {
 };
 
 Weights WeightsOf(i32 channel) {
-  if (channel < 0) return {{19, 183, 54, 0}};  // luma, BT.709
+  if (channel < 0) return {{i32{kLumaOfBlue}, i32{kLumaOfGreen}, i32{kLumaOfRed}, 0}};
   Weights weights = {};
   weights.byte[channel] = 256;
   return weights;
