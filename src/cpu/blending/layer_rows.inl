@@ -110,14 +110,11 @@ struct LayerRule {
   }
 
   static V LayOnOpaque(V s, V d, const Halves& blended, V laid, V oddLaid) {
-    const V high = V::All16(0xFF00);
     if constexpr (mixing == Mixing::kAdds) {
       const V even = ShiftRightU16(Mul16(Even(s), laid), 8);
-      return AddSaturatedU8(d, even | (Mul16(Odd(s), oddLaid) & high));
+      return AddSaturatedU8(d, even | (Mul16(Odd(s), oddLaid) & V::All16(0xFF00)));
     }
-    const V even = Add16(Mul16(Sub16(blended.even, Even(d)), laid), ShiftLeft16(d, 8));
-    const V odd = Add16(Mul16(Sub16(blended.odd, Odd(d)), oddLaid), d & high);
-    return ShiftRightU16(even, 8) | (odd & high);
+    return MixHalves(blended.even, blended.odd, d, laid, oddLaid);
   }
 
   /// x / 255 for x below 65280.

@@ -2,10 +2,7 @@
 
 /// The mix of opaque pixels.
 inline V MixOpaque(V from, V to, V weight) {
-  const V high = V::All16(0xFF00), half = V::All16(128);
-  const V even = Add16(Mul16(Sub16(Even(to), Even(from)), weight), ShiftLeft16(from, 8));
-  const V odd = Add16(Mul16(Sub16(Odd(to), Odd(from)), weight), from & high);
-  return ShiftRightU16(Add16(even, half), 8) | (Add16(odd, half) & high);
+  return MixHalves<128>(Even(to), Odd(to), from, weight, weight);
 }
 
 /// The mix of any pixels: the numerators stay below 2^24.

@@ -22,16 +22,32 @@ inline V Pair16(i32 low, i32 high) {
   return V::All32((static_cast<u32>(low) & 0xFFFF) | static_cast<u32>(high) << 16);
 }
 
+/// Swaps rows and columns in each square of lanes that 128 bits of the four vectors make.
+inline void Transpose32(V (&rows)[4]) {
+  const V first01 = InterleaveFirst32(rows[0], rows[1]);
+  const V first23 = InterleaveFirst32(rows[2], rows[3]);
+  const V second01 = InterleaveSecond32(rows[0], rows[1]);
+  const V second23 = InterleaveSecond32(rows[2], rows[3]);
+  rows[0] = InterleaveFirst64(first01, first23);
+  rows[1] = InterleaveSecond64(first01, first23);
+  rows[2] = InterleaveFirst64(second01, second23);
+  rows[3] = InterleaveSecond64(second01, second23);
+}
+
 /// The lanes of two vectors of 16 bits, or four of 32, in their order, limited to bytes.
 inline V PackPixels(const V (&a)[2]) { return JoinPairs(PackU8(a[0], a[1])); }
 inline V PackPixels(const V (&a)[4]) { return JoinFours(PackU8(a)); }
 
-/// (s * w + d * (256 - w)) >> 8 per channel, as d + (s - d) * w / 256 modulo 2^16.
+/// (s * w + d * (256 - w) + rounding) >> 8 per channel, as d + (s - d) * w / 256 modulo 2^16.
+template <u32 rounding = 0>
+V MixHalves(V sEven, V sOdd, V d, V evenWeight, V oddWeight) {
+  const V high = V::All16(0xFF00), more = V::All16(rounding);
+  const V even = Add16(Mul16(Sub16(sEven, Even(d)), evenWeight), ShiftLeft16(d, 8));
+  const V odd = Add16(Mul16(Sub16(sOdd, Odd(d)), oddWeight), d & high);
+  return ShiftRightU16(Add16(even, more), 8) | (Add16(odd, more) & high);
+}
 inline V Mix(V s, V d, V evenWeight, V oddWeight) {
-  const V high = V::All16(0xFF00);
-  const V even = Add16(Mul16(Sub16(Even(s), Even(d)), evenWeight), ShiftLeft16(d, 8));
-  const V odd = Add16(Mul16(Sub16(Odd(s), Odd(d)), oddWeight), d & high);
-  return ShiftRightU16(even, 8) | (odd & high);
+  return MixHalves(Even(s), Odd(s), d, evenWeight, oddWeight);
 }
 
 /// (d * w) >> 8 per channel.

@@ -106,18 +106,6 @@ inline void StoreInterleaved(V first, V second, u8* p) {
   second.Store(p + sizeof(V));
 }
 
-/// Swaps rows and columns in each square of lanes that 128 bits of the four vectors make.
-inline void Transpose32(V (&rows)[4]) {
-  const __m128i low01 = _mm_unpacklo_epi32(rows[0].v, rows[1].v);
-  const __m128i low23 = _mm_unpacklo_epi32(rows[2].v, rows[3].v);
-  const __m128i high01 = _mm_unpackhi_epi32(rows[0].v, rows[1].v);
-  const __m128i high23 = _mm_unpackhi_epi32(rows[2].v, rows[3].v);
-  rows[0] = {_mm_unpacklo_epi64(low01, low23)};
-  rows[1] = {_mm_unpackhi_epi64(low01, low23)};
-  rows[2] = {_mm_unpacklo_epi64(high01, high23)};
-  rows[3] = {_mm_unpackhi_epi64(high01, high23)};
-}
-
 /// The first halves of a and b, and their second halves.
 inline V FirstHalves(V a, V b) { return {_mm_unpacklo_epi64(a.v, b.v)}; }
 inline V SecondHalves(V a, V b) { return {_mm_unpackhi_epi64(a.v, b.v)}; }

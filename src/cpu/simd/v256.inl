@@ -103,17 +103,6 @@ inline V InterleaveSecond32(V a, V b) { return {_mm256_unpackhi_epi32(a.v, b.v)}
 inline V InterleaveFirst64(V a, V b) { return {_mm256_unpacklo_epi64(a.v, b.v)}; }
 inline V InterleaveSecond64(V a, V b) { return {_mm256_unpackhi_epi64(a.v, b.v)}; }
 
-inline void Transpose32(V (&rows)[4]) {
-  const __m256i low01 = _mm256_unpacklo_epi32(rows[0].v, rows[1].v);
-  const __m256i low23 = _mm256_unpacklo_epi32(rows[2].v, rows[3].v);
-  const __m256i high01 = _mm256_unpackhi_epi32(rows[0].v, rows[1].v);
-  const __m256i high23 = _mm256_unpackhi_epi32(rows[2].v, rows[3].v);
-  rows[0] = {_mm256_unpacklo_epi64(low01, low23)};
-  rows[1] = {_mm256_unpackhi_epi64(low01, low23)};
-  rows[2] = {_mm256_unpacklo_epi64(high01, high23)};
-  rows[3] = {_mm256_unpackhi_epi64(high01, high23)};
-}
-
 /// Of the whole vectors.
 inline V FirstHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x20)}; }
 inline V SecondHalves(V a, V b) { return {_mm256_permute2x128_si256(a.v, b.v, 0x31)}; }
