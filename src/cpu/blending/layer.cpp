@@ -1,6 +1,7 @@
 #include "cpu/blending/layer.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "cpu/base/sampler.h"

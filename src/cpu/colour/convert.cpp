@@ -1,6 +1,8 @@
 #include "cpu/colour/convert.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "cpu/base/builds.h"
