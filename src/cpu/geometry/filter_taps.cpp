@@ -76,7 +76,7 @@ FilterTaps::FilterTaps(i64 srcSize, i64 dstSize, Stretch stretch, u32 filter, i6
   widening_ = std::max(step, 1.0);
   reached_ = Ceil(2 * kFilters[filter_].reach * widening_);
   bool isAligned = true;
-  for (i64 x = 0; x < dstSize; ++x) isAligned = isAligned && Begin(x) % align == 0;
+  for (i64 x = 0; align > 1 && isAligned && x < dstSize; ++x) isAligned = Begin(x) % align == 0;
   // At least four, which vector builds load at once.
   taps_ = std::min(RoundUp(reached_ + (isAligned ? 0 : align - 1), 2), RoundUp(srcSize, 2));
   taps_ = std::max<i64>(taps_, 4);
