@@ -18,7 +18,7 @@ struct Command {
   int (*run)(pictavo::Library& library, const Arguments& arguments);
 };
 
-// The commands, each in its own file.
+// The commands, each in the file of its family.
 extern const Command kInfoCommand, kBlendCommand, kLayerCommand, kKeyCommand, kScreenKeyCommand,
     kSceneCommand, kMotionBlurCommand, kBlurCommand, kPixelateCommand, kConvolveCommand,
     kTransitionCommand, kLevelsCommand, kColorCommand, kLutCommand, kGaussCommand, kSharpenCommand,
