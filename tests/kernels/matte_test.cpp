@@ -1,6 +1,9 @@
 // Mattes: corner cases worked out by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "cpu/filters/matte.h"
 #include "operations.h"
 
@@ -49,6 +52,36 @@ TEST(Matte, AdjustsAlphaInItsOrder) {
       ImageDesc image = Record(&pixels, width);
       EXPECT_EQ(cpu::AdjustMatte(level, &image, &param), PICTAVO_S_OK);
       EXPECT_EQ(pixels, WithAlphas(after)) << "level " << level << ", case " << param.choke;
+    }
+  }
+}
+
+/// The least of each byte and `reach` neighbours both ways, so many bytes apart, in a line of them.
+Bytes Eroded(const Bytes& plane, size_t width, size_t reach, bool down) {
+  const size_t step = down ? width : 1, length = down ? plane.size() / width : width;
+  Bytes least = plane;
+  for (size_t i = 0; i < plane.size(); ++i) {
+    const size_t at = i / step % length;
+    for (size_t k = at - std::min(at, reach); k <= std::min(at + reach, length - 1); ++k)
+      least[i] = std::min(least[i], plane[i + (k - at) * step]);
+  }
+  return least;
+}
+
+TEST(Matte, ChokesPicturesOfSeveralStrips) {
+  constexpr i32 kWidth = 1030;  // the last strip is narrower than the reach
+  std::mt19937 random(1);
+  Bytes alphas(kWidth * 70);
+  for (u8& alpha : alphas) alpha = random() % 50 == 0 ? static_cast<u8>(random()) : 255;
+  for (const i32 choke : {5, 64}) {
+    const size_t reach = static_cast<size_t>(choke);
+    const Bytes expected = Eroded(Eroded(alphas, kWidth, reach, false), kWidth, reach, true);
+    for (const i32 level : Levels()) {
+      Bytes pixels = WithAlphas(alphas);
+      ImageDesc image = Record(&pixels, kWidth);
+      const MatteParam param = {0, 1, choke, 0};
+      EXPECT_EQ(cpu::AdjustMatte(level, &image, &param), PICTAVO_S_OK);
+      EXPECT_TRUE(pixels == WithAlphas(expected)) << "level " << level << ", choke " << choke;
     }
   }
 }

@@ -9,6 +9,7 @@
 #include "cpu/base/numbers.h"
 #include "cpu/base/picture.h"
 #include "cpu/base/scratch.h"
+#include "cpu/colour/channels_simd.h"
 #include "cpu/filters/gauss.h"
 #include "cpu/simd/avx2.h"
 #include "cpu/simd/sse41.h"
@@ -22,8 +23,8 @@ constexpr i32 kMostChoke = 64;
 // ---------------------------------------------------------------------------------------------
 // The rules.
 
-/// Alphas as a plane, or 255 less them.
-void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip) {
+/// Alphas as a plane, or 255 less them. `next` is what will be read later.
+void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip, const u8*) {
   for (i64 x = 0; x < width; ++x) plane[x] = pixels[4 * x + 3] ^ flip;
 }
 void PutAlphas(u8* pixels, const u8* plane, i64 width, u8 flip) {
@@ -56,7 +57,7 @@ void ApplyPlane(u8* dst, const u8* matte, i64 width) {
 using ApplyRow = void(u8* dst, const u8* matte, i64 width);
 
 struct ChokeRows {
-  void (*takeAlphas)(u8* plane, const u8* pixels, i64 width, u8 flip);
+  void (*takeAlphas)(u8* plane, const u8* pixels, i64 width, u8 flip, const u8* next);
   void (*putAlphas)(u8* pixels, const u8* plane, i64 width, u8 flip);
   void (*putBytes)(u8* dst, const u8* plane, i64 count, u8 flip);
   void (*takeLeast)(u8* dst, const u8* a, const u8* b, i64 count);
@@ -98,6 +99,10 @@ struct Levels {
 
 /// Levels and choke, into the picture's alphas or a plane. The least of a window is that of two
 /// windows half as long, which overlap in the end. The greatest is the least of what is flipped.
+///
+/// Columns go in strips, of which only as many rows are kept as a band of rows takes, so that a
+/// pixel's alpha is put while it still lies in the cache. What a strip needs of its neighbours is
+/// taken before any is changed.
 class Choke {
  public:
   Choke(const ChokeRows& rows, const Picture& picture, const Picture& to, const Levels& levels,
@@ -110,22 +115,38 @@ class Choke {
         radius_(std::abs(choke)) {}
 
   u32 Run() {
-    const i64 bands = (picture_.height + kBandRows - 1) / kBandRows, cost = picture_.width / 2;
-    Scratch scratch(picture_.height * Pitch());
+    const i64 strips = (picture_.width + kStrip - 1) / kStrip;
+    Scratch scratch(strips * StripBytes());
     if (scratch.IsShort()) return PICTAVO_E_OUTOFMEMORY;
-    plane_ = scratch.data();
-    ParallelRows(static_cast<int>(picture_.height), cost, [this](int y) { TakeRow(y); });
-    ParallelRows(static_cast<int>(bands), cost * kBandRows, [this](int band) { PutBand(band); });
+    memory_ = scratch.data();
+    ParallelRows(static_cast<int>(picture_.height), strips * radius_,
+                 [this](int y) { TakeMargins(y); });
+    ParallelRows(static_cast<int>(strips), picture_.height * kStrip / 2,
+                 [this](int strip) { ChokeStrip(strip); });
     return PICTAVO_S_OK;
   }
 
  private:
-  static constexpr i64 kBandRows = 32, kTileColumns = 64;
+  static constexpr i64 kStrip = 512, kBandRows = 32, kVectors = 32;
+
+  static i64 Whole(i64 columns) { return RoundUp(columns, kVectors); }
 
   i64 WindowSize() const { return 2 * radius_ + 1; }
-  /// Of rows with room for the windows of both their ends.
-  i64 Pitch() const { return RoundUp(picture_.width + WindowSize(), 64); }
-  u8* PlaneRow(i64 y) const { return plane_ + y * Pitch(); }
+  i64 KeptRows() const { return kBandRows + WindowSize() - 1; }
+  /// Of kept rows, with room for the windows of both their ends and for whole vectors.
+  i64 Pitch() const { return RoundUp(kStrip + WindowSize() + kVectors, 64); }
+  /// Kept rows, what a band makes of them, and the margins.
+  i64 StripBytes() const {
+    return KeptRows() * (Pitch() + kStrip) + RoundUp(2 * radius_ * picture_.height, 64);
+  }
+  u8* KeptRow(i64 strip, i64 y) const {
+    return memory_ + strip * StripBytes() + y % KeptRows() * Pitch();
+  }
+  u8* TileRow(i64 strip, i64 y) const {
+    return memory_ + strip * StripBytes() + KeptRows() * Pitch() + y * kStrip;
+  }
+  /// Of the columns on both sides of a strip's left edge.
+  u8* Margins(i64 strip, i64 y) const { return TileRow(strip, KeptRows()) + 2 * radius_ * y; }
 
   /// Calls widen(by) until windows of one are whole: each becomes the least of itself and of the
   /// one so far behind it.
@@ -136,40 +157,63 @@ class Choke {
     if (size < WindowSize()) widen(WindowSize() - size);
   }
 
-  /// Puts a row's alphas into the plane, and of these the least along the row.
-  void TakeRow(i64 y) const {
-    u8 *const row = PlaneRow(y), *const alphas = row + radius_;
+  void TakeAlphas(u8* alphas, i64 x, i64 y, i64 width) const {
+    constexpr i64 kAhead = 4;  // rows
+    const u8* const pixels = picture_.Row(y) + 4 * x;
+    rows_.takeAlphas(alphas, pixels, width, levels_.changes ? 0 : flip_,
+                     pixels + kAhead * picture_.pitch);
+  }
+
+  void TakeMargins(i64 y) const {
+    for (i64 x = kStrip; x < picture_.width; x += kStrip)
+      TakeAlphas(Margins(x / kStrip, y), x - radius_, y,
+                 std::min(2 * radius_, picture_.width - x + radius_));
+  }
+
+  /// Keeps the least along a row of its alphas.
+  void TakeRow(i64 strip, i64 y) const {
+    const i64 x = strip * kStrip, end = std::min(x + kStrip, picture_.width);
+    u8 *const row = KeptRow(strip, y), *const alphas = row + radius_;
+    u8 *from = alphas, *to = alphas + (end - x);
     std::memset(row, 255, static_cast<size_t>(Pitch()));
-    rows_.takeAlphas(alphas, picture_.Row(y), picture_.width, levels_.changes ? 0 : flip_);
-    for (i64 x = 0; levels_.changes && x < picture_.width; ++x)
-      alphas[x] = levels_.alphas[alphas[x]] ^ flip_;
-    WidenWindows([&](i64 by) { rows_.takeLeast(row, row, row + by, Pitch() - by); });
+    TakeAlphas(alphas, x, y, end - x);
+    if (x > 0) from = std::copy_n(Margins(strip, y), radius_, row) - radius_;
+    to = std::copy_n(Margins(strip + 1, y) + radius_, std::min(radius_, picture_.width - end), to);
+    for (; levels_.changes && from < to; ++from) *from = levels_.alphas[*from] ^ flip_;
+    i64 columns = end - x + WindowSize() - 1;
+    WidenWindows([&](i64 by) {
+      columns -= by;
+      rows_.takeLeast(row, row, row + by, Whole(columns));
+    });
   }
 
-  /// Does the same down the columns of some rows, and puts their alphas where they belong.
-  void PutBand(i64 band) const {
-    for (i64 x = 0; x < picture_.width; x += kTileColumns) PutTile(band * kBandRows, x);
+  void ChokeStrip(i64 strip) const {
+    i64 taken = 0;
+    for (i64 top = 0; top < picture_.height; top += kBandRows) {
+      const i64 end = std::min(top + kBandRows, picture_.height);
+      for (; taken < std::min(end + radius_, picture_.height); ++taken) TakeRow(strip, taken);
+      PutBand(strip, top, end);
+    }
   }
 
-  void PutTile(i64 top, i64 left) const {
-    alignas(64) u8 tile[(kBandRows + 2 * kMostChoke) * kTileColumns];
-    const i64 width = std::min(kTileColumns, picture_.width - left);
-    const i64 height = std::min(kBandRows, picture_.height - top);
-    i64 rows = height + WindowSize() - 1;
+  /// Takes the least down the columns too, and puts them where they belong.
+  void PutBand(i64 strip, i64 top, i64 end) const {
+    const i64 x = strip * kStrip, width = std::min(kStrip, picture_.width - x);
     const u8* from[kBandRows + 2 * kMostChoke];
+    i64 rows = end - top + WindowSize() - 1;
     for (i64 y = 0; y < rows; ++y)
-      from[y] = PlaneRow(std::clamp<i64>(top + y - radius_, 0, picture_.height - 1)) + left;
+      from[y] = KeptRow(strip, std::clamp<i64>(top + y - radius_, 0, picture_.height - 1));
     WidenWindows([&](i64 by) {
       rows -= by;
       for (i64 y = 0; y < rows; ++y) {
-        u8* const to = tile + y * kTileColumns;
-        rows_.takeLeast(to, from[y], from[y + by], width);
+        u8* const to = TileRow(strip, y);
+        rows_.takeLeast(to, from[y], from[y + by], Whole(width));
         from[y] = to;
       }
     });
     const auto put = to_.pixelBytes == 1 ? rows_.putBytes : rows_.putAlphas;
-    for (i64 y = 0; y < height; ++y)
-      put(to_.Row(top + y) + to_.pixelBytes * left, from[y], width, flip_);
+    for (i64 y = top; y < end; ++y)
+      put(to_.Row(y) + to_.pixelBytes * x, from[y - top], width, flip_);
   }
 
   const ChokeRows& rows_;
@@ -177,7 +221,7 @@ class Choke {
   const Levels& levels_;
   const u8 flip_;
   const i64 radius_;
-  u8* plane_ = nullptr;
+  u8* memory_ = nullptr;
 };
 
 /// Makes a plane of the alphas, and changes the picture when all else is done.

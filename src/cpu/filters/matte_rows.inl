@@ -10,31 +10,28 @@ inline V AlphasAt(const u8* pixels) {
   return PackU8(four);
 }
 
-inline void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip) {
+/// Asks for what is read later: rows of a strip are too short for the processor to see where they
+/// lead. An address outside the picture is no fault.
+inline void TakeAlphas(u8* plane, const u8* pixels, i64 width, u8 flip, const u8* next) {
   const V flips = V::All16(flip * 0x0101u);
   i64 x = 0;
   for (; x + kVectorBytes <= width; x += kVectorBytes) {
-    Prefetch(pixels + 4 * x);
+    for (i64 at = 4 * x; at < 4 * (x + kVectorBytes); at += 64)
+      _mm_prefetch(reinterpret_cast<const char*>(next) + at, _MM_HINT_T0);
     (AlphasAt(pixels + 4 * x) ^ flips).Store(plane + x);
   }
-  cpu::TakeAlphas(plane + x, pixels + 4 * x, width - x, flip);
+  cpu::TakeAlphas(plane + x, pixels + 4 * x, width - x, flip, next);
 }
 
 inline void PutAlphas(u8* pixels, const u8* plane, i64 width, u8 flip) {
-  alignas(16) static constexpr u32 kPlaces[] = {0x00808080, 0x01808080, 0x02808080, 0x03808080};
-  const V flips = V::All16(flip * 0x0101u), colours = V::All32(kColours), next = V::All32(4u << 24);
-  const V first = LoadLanes([](i64) { return reinterpret_cast<const u8*>(kPlaces); });
-  i64 x = 0;
-  for (; x + kVectorBytes <= width; x += kVectorBytes) {
-    Prefetch(pixels + 4 * x);
-    const V alphas = V::Load(plane + x) ^ flips;
-    V places = first;
-    for (i64 i = 0; i < 4; ++i, places = Add8(places, next)) {
-      const auto at = [=](i64 lane) { return pixels + 4 * x + 64 * lane + 16 * i; };
-      StoreLanes((LoadLanes(at) & colours) | ShuffleBytes(alphas, places), at);
-    }
-  }
-  cpu::PutAlphas(pixels + 4 * x, plane + x, width - x, flip);
+  alignas(32) static constexpr u32 kPlaces[] = {0x00808080, 0x01808080, 0x02808080, 0x03808080,
+                                                0x04808080, 0x05808080, 0x06808080, 0x07808080};
+  const V places = V::Load(reinterpret_cast<const u8*>(kPlaces));
+  const V flips = V::All32(u32{flip} << 24), colours = V::All32(kColours);
+  ForVectors<4, 1>(pixels, plane, width, [=](u8* d, const u8* s) {
+    const V alphas = ShuffleBytes(SpreadBytes(s), places) ^ flips;
+    ((V::Load(d) & colours) | alphas).Store(d);
+  });
 }
 
 inline void PutBytes(u8* dst, const u8* plane, i64 count, u8 flip) {
