@@ -267,7 +267,7 @@ struct Alphas {
 
 i64 TileBytes(const Kernels& kernels, const Filtered& f, const Tile& tile) {
   const i64 plain =
-      kernels.halve == nullptr ? TileMemory(*kernels.plain, f, tile).Bytes() : 4 * SlotBytes(tile);
+      kernels.halve == nullptr ? TileMemory(*kernels.plain, f, tile).Bytes() : 2 * SlotBytes(tile);
   return f.weighted ? std::max(plain, TileMemory(*kernels.weighted, f, tile).Bytes()) : plain;
 }
 
@@ -290,9 +290,10 @@ void ResizeTile(const Kernels& kernels, const Filtered& f, const Tile& tile, u8*
 struct Tiling {
   i64 columns, rows, width, height;
 
-  explicit Tiling(const Picture& dst) {
-    constexpr i64 kWidth = 128, kLeastHeight = 128, kEnough = 8;
-    const i64 strips = (dst.width + kWidth - 1) / kWidth;
+  /// `most`: columns of a strip.
+  Tiling(const Picture& dst, i64 most) {
+    constexpr i64 kLeastHeight = 128, kEnough = 8;
+    const i64 strips = (dst.width + most - 1) / most;
     width = RoundUp((dst.width + strips - 1) / strips, kBlock);
     columns = (dst.width + width - 1) / width;
     const i64 bands =
@@ -324,7 +325,8 @@ u32 Resize(i32 level, Filtered f) {
   f.down.Make(tables.data() + f.across.Bytes());
 
   const Kernels kernels = KernelsFor(level, f);
-  const Tiling tiling(f.dst);
+  // Short rows cost more than a half's few sums.
+  const Tiling tiling(f.dst, kernels.halve != nullptr && !f.weighted ? 512 : 128);
   const i64 tiles = tiling.columns * tiling.rows;
   i64 tileBytes = 0;
   for (i64 i = 0; i < tiles; ++i)

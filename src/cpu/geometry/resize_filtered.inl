@@ -289,43 +289,41 @@ inline V SumAcross(const u8* p) {
                DotProduct16(ShuffleBytes(V::Load(p + 8), pairs), V::All16(0x0103)));
 }
 
-void HalveRow(u8* sums, const u8* row, const Filtered& f, const Tile& tile) {
-  constexpr i64 kRead = V::kPixels + 2;
-  for (i64 x = 0; x < tile.width; x += V::kPixels / 2, sums += kBytes) {
-    const i64 first = 2 * (tile.x + x) - 1;
-    if (first >= 0 && first + kRead <= f.src.width) {
-      const u8* const p = row + 4 * first;
-      _mm_prefetch(reinterpret_cast<const char*>(p) + 2 * f.src.pitch, _MM_HINT_T0);
-      SumAcross(p).Store(sums);
-      continue;
-    }
-    u8 pixels[4 * kRead];
-    for (i64 i = 0; i < kRead; ++i)
-      std::memcpy(pixels + 4 * i, row + 4 * std::clamp<i64>(first + i, 0, f.src.width - 1), 4);
-    SumAcross(pixels).Store(sums);
-  }
-}
-
-void DownHalves(u8* dst, const u8* const (&rows)[4], i64 width) {
-  ForBlocks(dst, width, [&](u8* to, i64 at) {
-    const auto mean = [&](i64 place) {
-      const auto row = [&](int k) { return V::Load(rows[k] + at / 2 + place); };
-      const V inner = Add16(row(1), row(2)), outer = Add16(row(0), row(3));
-      const V sum = Add16(Add16(inner, outer), ShiftLeft16(inner, 1));
-      return ShiftRightU16(Add16(sum, V::All16(32)), 6);
+/// Two rows of the source are the last ones of a row of the destination, for which `sums` has the
+/// first two, and the first ones of the next row, for which they go there.
+void HalveRows(u8* dst, u8* sums, const u8* const (&rows)[2], const Filtered& f, const Tile& tile) {
+  constexpr i64 kRead = 2 * V::kPixels + 2;
+  ForBlocks(dst, tile.width, [&](u8* to, i64 at) {
+    const i64 first = 2 * (tile.x + at / 16) - 1;
+    const bool inside = first >= 0 && first + kRead <= f.src.width;
+    u8 edge[2][4 * kRead];
+    const auto from = [&](size_t row) -> const u8* {
+      _mm_prefetch(reinterpret_cast<const char*>(rows[row]) + 4 * first + 4 * f.src.pitch,
+                   _MM_HINT_T0);
+      if (inside) return rows[row] + 4 * first;
+      for (i64 i = 0; i < kRead; ++i)
+        std::memcpy(edge[row] + 4 * i,
+                    rows[row] + 4 * std::clamp<i64>(first + i, 0, f.src.width - 1), 4);
+      return edge[row];
     };
-    PackPixels({mean(0), mean(kBytes)}).Store(to);
+    const u8 *const upper = from(0), *const lower = from(1);
+    V means[2];
+    for (i64 i = 0; i < 2; ++i) {
+      u8* const sum = sums + at / 2 + i * kBytes;
+      const V p = SumAcross(upper + i * kBytes), q = SumAcross(lower + i * kBytes);
+      const V both = Add16(p, q);
+      means[i] = ShiftRightU16(Add16(V::Load(sum), Add16(both, ShiftLeft16(p, 1))), 6);
+      Add16(Add16(both, V::All16(32)), ShiftLeft16(q, 1)).Store(sum);
+    }
+    PackPixels(means).Store(to);
   });
 }
 
 void HalveTile(const Filtered& f, const Tile& tile, u8* memory) {
-  const i64 rowBytes = SlotBytes(tile);
-  const auto place = [=](i64 row) { return memory + (row & 3) * rowBytes; };
-  i64 made = 2 * tile.y - 1;
-  for (i64 y = tile.y; y < tile.y + tile.height; ++y) {
-    for (; made <= 2 * y + 2; ++made)
-      HalveRow(place(made), f.src.Row(std::clamp<i64>(made, 0, f.src.height - 1)), f, tile);
-    DownHalves(f.dst.Row(y) + 4 * tile.x,
-               {place(2 * y - 1), place(2 * y), place(2 * y + 1), place(2 * y + 2)}, tile.width);
+  u8* const nowhere = memory + SlotBytes(tile);  // for the row above the tile
+  for (i64 y = tile.y - 1; y < tile.y + tile.height; ++y) {
+    const auto row = [&](i64 i) { return f.src.Row(std::clamp<i64>(i, 0, f.src.height - 1)); };
+    HalveRows(y < tile.y ? nowhere : f.dst.Row(y) + 4 * tile.x, memory,
+              {row(2 * y + 1), row(2 * y + 2)}, f, tile);
   }
 }
