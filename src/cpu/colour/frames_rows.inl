@@ -290,10 +290,12 @@ struct Columns {
       for (size_t k = 0; k < 2; ++k) {
         const i64 at = static_cast<i64>(i + k) * kVectorBytes;
         luma[0][i + k] = Luma(numbers, first + at, &even[k], &odd[k]);
-        V evenBelow = even[k], oddBelow = odd[k];
-        if constexpr (two) luma[1][i + k] = Luma(numbers, last + at, &evenBelow, &oddBelow);
-        even[k] = Add16(even[k], evenBelow);
-        odd[k] = Add16(odd[k], oddBelow);
+        if constexpr (two) {
+          V evenBelow, oddBelow;
+          luma[1][i + k] = Luma(numbers, last + at, &evenBelow, &oddBelow);
+          even[k] = Add16(even[k], evenBelow);
+          odd[k] = Add16(odd[k], oddBelow);
+        }
       }
       const V meanEven = Mean(even), meanOdd = Mean(odd);
       chroma[i / 2] = numbers.Blueness(meanEven, meanOdd);
@@ -309,8 +311,9 @@ struct Columns {
     return numbers.Luma(*even, *odd);
   }
   static V Mean(const V (&sums)[2]) {
-    const V four = Add16(LowHalves64(sums[0], sums[1]), HighHalves64(sums[0], sums[1]));
-    return ShiftRightU16(Add16(four, V::All16(2)), 2);
+    const V left = LowHalves64(sums[0], sums[1]), right = HighHalves64(sums[0], sums[1]);
+    if constexpr (!two) return Average16(left, right);
+    return ShiftRightU16(Add16(Add16(left, right), V::All16(2)), 2);
   }
 };
 

@@ -15,6 +15,9 @@ inline V ZipHalves8(V a) { return {_mm_unpacklo_epi8(a.v, _mm_srli_si128(a.v, 8)
 /// A row's bytes, so that four vectors unpacked of each 128 bits of them follow each other.
 inline V ForUnpacking(V a) { return a; }
 
+/// Halves up.
+inline V Average16(V a, V b) { return {_mm_avg_epu16(a.v, b.v)}; }
+
 /// Bytes of two rows in turn, half a vector of each.
 inline V LoadInTurn8(const u8* a, const u8* b) {
   return {_mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(a)),
@@ -36,6 +39,8 @@ inline V ZipHalves8(V a) { return {_mm256_unpacklo_epi8(a.v, _mm256_srli_si256(a
 inline V ForUnpacking(V a) {
   return {_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7))};
 }
+
+inline V Average16(V a, V b) { return {_mm256_avg_epu16(a.v, b.v)}; }
 
 inline V LoadInTurn8(const u8* a, const u8* b) {
   const auto words = [](const u8* p) {
