@@ -222,6 +222,7 @@ void CheckMoves() {
     EXPECT_EQ(lane(Reverse(load(0)), i), in[static_cast<size_t>(kLanes - 1 - i)]);
     EXPECT_EQ(lane(SwapPairs32(load(0)), i), in[static_cast<size_t>(i ^ 1)]);
     EXPECT_EQ(lane(Repeat32<2>(load(0)), i), in[static_cast<size_t>(i / 4 * 4 + 2)]);
+    EXPECT_EQ(lane(Bits(Repeat32<1>(Singles(load(0)))), i), in[static_cast<size_t>(i / 4 * 4 + 1)]);
     const size_t half = static_cast<size_t>(i < kHalf ? i : i - kHalf + kLanes);
     EXPECT_EQ(lane(FirstHalves(load(0), load(1)), i), in[half]);
     EXPECT_EQ(lane(SecondHalves(load(0), load(1)), i), in[half + kHalf]);

@@ -248,8 +248,7 @@ void AcrossWeighted(u8* slots, const u8* const* rows, u8* memory, const Filtered
 inline V ToBytes(F sums) {
   alignas(32) static constexpr u32 kLast[] = {0, 0, 0, ~0u, 0, 0, 0, ~0u};
   const F isAlpha = LoadSingles(reinterpret_cast<const u8*>(kLast));
-  const F alpha = Singles(Repeat32<3>(Bits(sums)));
-  const F x = Select(isAlpha, sums, sums / alpha);
+  const F x = Select(isAlpha, sums, sums / Repeat32<3>(sums));
   return Truncate(Min(Max(x, F::All(0)), F::All(255)) + F::All(0.5f));
 }
 

@@ -180,6 +180,10 @@ inline F Sqrt(F a) { return {_mm_sqrt_ps(a.v)}; }
 inline F operator<(F a, F b) { return {_mm_cmplt_ps(a.v, b.v)}; }
 inline F operator&(F a, F b) { return {_mm_and_ps(a.v, b.v)}; }
 inline bool AllSet(F mask) { return _mm_movemask_ps(mask.v) == 0xF; }
+template <int lane>
+F Repeat32(F a) {
+  return {_mm_shuffle_ps(a.v, a.v, lane * 0x55)};
+}
 inline V Bits(F mask) { return {_mm_castps_si128(mask.v)}; }
 inline F Singles(V bits) { return {_mm_castsi128_ps(bits.v)}; }
 inline F ToF(V a) { return {_mm_cvtepi32_ps(a.v)}; }

@@ -191,6 +191,10 @@ inline F operator<(F a, F b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_LT_OQ)}; }
 inline F operator&(F a, F b) { return {_mm256_and_ps(a.v, b.v)}; }
 inline F Select(F mask, F yes, F no) { return {_mm256_blendv_ps(no.v, yes.v, mask.v)}; }
 inline bool AllSet(F mask) { return _mm256_movemask_ps(mask.v) == 0xFF; }
+template <int lane>
+F Repeat32(F a) {
+  return {_mm256_shuffle_ps(a.v, a.v, lane * 0x55)};
+}
 inline V Bits(F mask) { return {_mm256_castps_si256(mask.v)}; }
 inline F Singles(V bits) { return {_mm256_castsi256_ps(bits.v)}; }
 inline V SelectNegative32(V sign, V yes, V no) {
