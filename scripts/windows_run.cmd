@@ -4,6 +4,8 @@ rem back. Unpack pictavo-VERSION-win64-tests.zip (scripts/package.sh --tests) an
 rem   run.cmd
 rem The exit code says how many programs failed. Takes some minutes, no rights and no network. With the
 rem optional feature Graphics Tools, Direct3D's debug layer looks on too.
+rem Wine takes its own OpenCL.dll before any other: there, set WINEDLLOVERRIDES=opencl=n for the fake runtimes,
+rem with which OpenCL itself has no device.
 setlocal
 cd /d "%~dp0"
 set failed=0
@@ -34,8 +36,8 @@ for %%D in (software card) do (
   call :run "shaders and Direct3D on the %%D device" bin\d3d11_tests.exe
 )
 
-echo %failed% programs failed>> "%report%"
-echo %failed% programs failed. Please send back %report%
+echo Programs that failed: %failed%.>> "%report%"
+echo Programs that failed: %failed%. Please send back %report%
 exit /b %failed%
 
 rem A digit before >> would name a handle.
