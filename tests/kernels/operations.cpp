@@ -908,11 +908,11 @@ Case MakeCase(const Operation& operation, const Call& call, Bytes dst, Bytes src
   return {&operation, call, std::move(dst), std::move(src), false, side};
 }
 
-Case DrawCase(const Operation& operation, Input* in) {
+Case DrawCase(const Operation& operation, Input* in, i32 wider) {
   Case drawn = {&operation, {}, {}, {}, false, {}};
   Call& c = drawn.call;
   const u32 traits = operation.traits;
-  c.width = DrawSide(in);
+  c.width = DrawSide(in) + wider;
   c.height = DrawSide(in);
   c.flip = in->Below(3) - 1;
   c.start = in->Real(1);
@@ -981,10 +981,10 @@ Case DrawCase(const Operation& operation, Input* in) {
   return drawn;
 }
 
-Case DrawCase(const Operation& operation, Random& random) {
+Case DrawCase(const Operation& operation, Random& random, i32 wider) {
   const Bytes bytes = RandomBytes(128, random);
   Input input(bytes);
-  return DrawCase(operation, &input);
+  return DrawCase(operation, &input, wider);
 }
 
 Outcome RunCase(const Case& c, i32 level) {

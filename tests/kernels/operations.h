@@ -94,8 +94,8 @@ struct Case {
   bool aliased;
   GuardedMemory::Side side;
 };
-Case DrawCase(const Operation& operation, Input* input);
-Case DrawCase(const Operation& operation, Random& random);
+Case DrawCase(const Operation& operation, Input* input, i32 wider = 0);
+Case DrawCase(const Operation& operation, Random& random, i32 wider = 0);
 /// An operation with arguments of the test's own.
 Case MakeCase(const Operation& operation, const Call& call, Bytes dst, Bytes src,
               GuardedMemory::Side side = GuardedMemory::Side::kAfter);

@@ -15,13 +15,13 @@
 namespace pictavo::test {
 namespace {
 
-/// Calls `use` with so many cases of each operation.
+/// Calls `use` with so many cases of each operation, on pictures so many columns wider than usual.
 template <typename Use>
-void ForCases(int count, const Use& use) {
+void ForCases(int count, const Use& use, i32 wider = 0) {
   for (const Operation& operation : Operations()) {
     Random random(7);
     for (int i = 0; i < count && !testing::Test::HasFailure(); ++i) {
-      use(DrawCase(operation, random));
+      use(DrawCase(operation, random, wider));
     }
   }
 }
@@ -30,10 +30,10 @@ TEST(Operations, BuildsAgreeInsideGuardedPictures) {
   ForCases(250, [](const Case& c) { EXPECT_EQ(Disagreement(c), ""); });
 }
 
-/// Each allocation in turn is refused.
+/// Each allocation in turn is refused. Small pictures do with the memory at hand.
 TEST(Operations, SayThatMemoryIsShortBeforeTheyWrite) {
   size_t refused = 0;
-  ForCases(60, [&](const Case& c) {
+  const auto refuse = [&](const Case& c) {
     const i32 level = Levels()[c.dst.size() % Levels().size()];
     const Outcome whole = RunCase(c, level);
     Outcome outcome = {};
@@ -44,7 +44,9 @@ TEST(Operations, SayThatMemoryIsShortBeforeTheyWrite) {
       ++refused;
       ASSERT_EQ(outcome, (Outcome{PICTAVO_E_OUTOFMEMORY, c.dst})) << Describe(c, level);
     }
-  });
+  };
+  ForCases(60, refuse);
+  ForCases(6, refuse, 2500);
   EXPECT_GT(refused, 100u);
 }
 
