@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "operations.h"
 
 namespace pictavo::test {
@@ -37,6 +40,21 @@ TEST(Convolve, TakesWeightsAsTheyLie) {
                          {0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  //
                           0, 0, 0, 0, 1}}),
               (Pixels{3, 3, 3, 6, 6, 6}));
+  }
+}
+
+TEST(Convolve, GivesTheSameFromEveryBuildAcrossStrips) {
+  std::mt19937 random(1);
+  Pixels pixels(600 * 3);
+  for (u32& pixel : pixels) pixel = static_cast<u32>(random());
+  for (const u32 size : {3, 5}) {
+    for (const i32 weight : {2, 127}) {  // sums of 16 bits, and of more
+      ConvolveParam param = {size, 5, 0, 1, {}};
+      std::fill(param.weights, param.weights + size * size, weight);
+      for (const i32 level : Levels())
+        EXPECT_TRUE(Convolved(level, pixels, 600, param) == Convolved(0, pixels, 600, param))
+            << "level " << level << ", size " << size << ", weights " << weight;
+    }
   }
 }
 

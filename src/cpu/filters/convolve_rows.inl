@@ -3,9 +3,6 @@
 // Columns go in strips, whose last rows are kept as pairs: beside each byte lies that of the next
 // pixel, so that one multiply-add takes two weights.
 
-constexpr i64 kStrip = 256;
-constexpr i64 kStripPixels = kStrip + 4 + 2 * V::kPixels;  // with the margins, and whole vectors
-
 /// Pairs of bytes, for weights whose sums fit 16 bits.
 struct NarrowPairs {
   static constexpr i64 kPixelBytes = 8;
@@ -47,6 +44,8 @@ class Convolution {
   }
 
  private:
+  static constexpr i64 kStrip = 4096 / Pairs::kPixelBytes;
+  static constexpr i64 kStripPixels = kStrip + 4 + 2 * V::kPixels;  // with margins, whole vectors
   static constexpr i64 kMostTaps = 15;
 
   struct Tap {
@@ -65,21 +64,27 @@ class Convolution {
     }
   }
 
-  /// Of a strip of a row, with its margins.
-  void MakePairs(const u8* row, i64 x, i64 width, u8* pairs) {
+  /// A strip of a row with its margins, and whole vectors: a copy where the picture does not go on.
+  const u8* WithMargins(const u8* row, i64 x, i64 width) {
     const i64 radius = filter_.radius(), last = src_.width - 1;
     const i64 from = std::max<i64>(x - radius, 0), to = std::min(x + width + radius, src_.width);
+    if (from == x - radius && to + 2 * V::kPixels <= src_.width) return row + 4 * from;
     std::memcpy(pixels_ + 4 * (from - (x - radius)), row + 4 * from,
                 static_cast<size_t>(4 * (to - from)));
     for (i64 u = x - radius; u < 0; ++u) std::memcpy(pixels_ + 4 * (u - x + radius), row, 4);
     for (i64 u = to; u < x + width + radius; ++u)
       std::memcpy(pixels_ + 4 * (u - x + radius), row + 4 * last, 4);
+    return pixels_;
+  }
 
+  void MakePairs(const u8* row, i64 x, i64 width, u8* pairs) {
     constexpr i64 kLanePixels = 16 / Pairs::kPixelBytes;
     constexpr i64 kPixels = kLanePixels * kVectorBytes / 16;
+    const u8* const from = WithMargins(row, x, width);
+    const i64 count = width + 2 * filter_.radius();
     const V places = LoadLanes([](i64) { return reinterpret_cast<const u8*>(Pairs::kPlaces); });
-    for (i64 i = 0; i < width + 2 * radius; i += kPixels) {
-      const V pixels = LoadLanes([&](i64 lane) { return pixels_ + 4 * (i + lane * kLanePixels); });
+    for (i64 i = 0; i < count; i += kPixels) {
+      const V pixels = LoadLanes([&](i64 lane) { return from + 4 * (i + lane * kLanePixels); });
       ShuffleBytes(pixels, places).Store(pairs + i * Pairs::kPixelBytes);
     }
   }
@@ -98,12 +103,19 @@ class Convolution {
     return count;
   }
 
+  /// Asks for what comes two rows later: rows of a strip are too short for the processor to see
+  /// where they lead. An address outside the pictures is no fault.
   void FilterRow(u8* dst, const u8* src, i64 width, i64 firstRow) const {
+    const bool goesOn = dst_.width > kStrip;
+    const i64 srcAhead = goesOn ? (filter_.radius() + 2) * src_.pitch : 0;
+    const i64 dstAhead = goesOn ? 2 * dst_.pitch : 0;
     Tap taps[kMostTaps];
     const i64 count = MakeTaps(firstRow, taps);
     const V half = Pairs::All(filter_.half), bias = Pairs::All(filter_.bias);
     i64 at = 0;
     ForVectors<4, 4>(dst, src, width, [&](u8* d, const u8* s) {
+      _mm_prefetch(reinterpret_cast<const char*>(s) + srcAhead, _MM_HINT_T0);
+      _mm_prefetch(reinterpret_cast<const char*>(d) + dstAhead, _MM_HINT_T0);
       V sums[Pairs::kVectors];
       for (V& sum : sums) sum = half;
       for (i64 t = 0; t < count; ++t) {
