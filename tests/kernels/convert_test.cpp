@@ -10,14 +10,18 @@
 namespace pictavo::test {
 namespace {
 
+/// Those that it has beyond a row, or lacks, rounded towards zero.
 TEST(Convert, GrayCountsItsPitchInWholePixels) {
   const u32 src[] = {0x030303, 0x060606};
-  u32 dst[] = {7, 7, 7};
-  EXPECT_EQ(cpu::ConvertBGRAToGray(0, reinterpret_cast<const u8*>(src), 1, 2, 4, dst, 11),
-            PICTAVO_S_OK);
-  EXPECT_EQ(dst[0], 0x030303u);
-  EXPECT_EQ(dst[1], 7u);
-  EXPECT_EQ(dst[2], 0x060606u);
+  for (const i32 pitch : {11, 8, 7, 4, 3, 1}) {
+    u32 dst[] = {7, 7, 7};
+    EXPECT_EQ(cpu::ConvertBGRAToGray(0, reinterpret_cast<const u8*>(src), 1, 2, 4, dst, pitch),
+              PICTAVO_S_OK);
+    const size_t second = pitch < 8 ? 1 : 2;
+    EXPECT_EQ(dst[0], 0x030303u) << pitch;
+    EXPECT_EQ(dst[second], 0x060606u) << pitch;
+    EXPECT_EQ(dst[3 - second], 7u) << pitch;
+  }
 }
 
 // --- Single colours ----------------------------------------------------------------------------

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "operations.h"
 #include "pixels.h"
 
@@ -19,11 +21,24 @@ TEST(Histogram, OfNoPixelsIsZero) {
   }
 }
 
+TEST(Histogram, HasABinForEachByte) {
+  const u8 white[4] = {255, 255, 255, 255};
+  for (const i32 count : {255, 256, 257}) {
+    u32 bins[257];
+    std::fill_n(bins, 257, 7);
+    EXPECT_EQ(cpu::ComputeHistogram(white, 1, 1, 4, bins, count, 0), PICTAVO_S_OK);
+    EXPECT_EQ(bins[255], count < 256 ? 7u : 1u) << count;
+    EXPECT_EQ(bins[256], count < 257 ? 7u : 0u) << count;
+  }
+}
+
 TEST(Mean, AddsUpBeyondSinglePrecision) {
-  f32 mean = 0;
   const Bytes white(5000 * 5000, 255);
-  EXPECT_EQ(cpu::ComputeMean(Levels().back(), white.data(), 5000, 5000, &mean), PICTAVO_S_OK);
-  EXPECT_EQ(mean, 255.0f);
+  for (const i32 level : Levels()) {
+    f32 mean = 0;
+    EXPECT_EQ(cpu::ComputeMean(level, white.data(), 5000, 5000, &mean), PICTAVO_S_OK);
+    EXPECT_EQ(mean, 255.0f) << level;
+  }
 }
 
 }  // namespace
