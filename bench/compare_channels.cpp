@@ -27,7 +27,7 @@ Bytes Made(i32 pixelBytes, Make make) {
 
 Comparisons CompareChannels() {
   Comparisons all;
-  const char* const kPicture = "hard edges";
+  [[maybe_unused]] const char* const kPicture = "hard edges";
 #ifdef PICTAVO_BENCH_LIBYUV
   all.push_back({"59 set alpha", "libyuv ARGBCopyYToAlpha", kPicture,
                  Made(4, [](u8* d, const u8* s) { cpu::SetAlphaPlane(8, d, s, kWidth, kHeight); }),

@@ -55,7 +55,7 @@ Bytes GradedInDoubles(const ColorParam& p) {
   });
 }
 
-Bytes MappedByFilm(u32 side) {
+[[maybe_unused]] Bytes MappedByFilm(u32 side) {
   Bytes mapped(static_cast<size_t>(4 * kSize.pixels()));
   const ColorLutParam param = {side, 256, FilmTable(side).data()};
   for (i64 y = 0; y < kSize.height; ++y)
@@ -73,7 +73,7 @@ Bytes Filtered(const std::string& filters) {
 #endif
 
 void CompareColour(Comparisons* all) {
-  const char* const kPicture = "hard edges";
+  [[maybe_unused]] const char* const kPicture = "hard edges";
   const ColorParam mild = {0.05f, 1.2f, 1.3f, 15, 0.2f, 0.1f}, glaring = {0, 4, 4, 200, -1, 1};
   all->push_back({"99 colour", "doubles", kPicture, Graded(mild), GradedInDoubles(mild), 1});
   all->push_back({"99 colour, weights above 8", "doubles", kPicture, Graded(glaring),
@@ -114,7 +114,7 @@ void CompareColour(Comparisons* all) {
 
 Comparisons CompareGrading() {
   Comparisons all;
-  const char* const kPicture = "hard edges";
+  [[maybe_unused]] const char* const kPicture = "hard edges";
   const Bytes levels = Changed([](u8* p) {
     cpu::AdjustLevels(8, p, kSize.width, kSize.height, 4 * kSize.width, 7, &kMidLevels);
   });

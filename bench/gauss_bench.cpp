@@ -78,7 +78,7 @@ std::vector<Run> SharpenPeers(const Size& size) {
   return peers;
 }
 
-std::vector<Run> ChokePeers(const Size& size) {
+std::vector<Run> ChokePeers([[maybe_unused]] const Size& size) {
   std::vector<Run> peers(2);
 #ifdef PICTAVO_BENCH_OPENCV
   peers[0] = OpenCvErode(size, 5);

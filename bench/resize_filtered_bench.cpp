@@ -70,7 +70,7 @@ Run FlipOurs(i32 level, const Size& size, u32 mode, bool inPlace) {
   };
 }
 
-Run FlipOpenCv(const Size& size, u32 mode) {
+Run FlipOpenCv([[maybe_unused]] const Size& size, [[maybe_unused]] u32 mode) {
 #ifdef PICTAVO_BENCH_OPENCV
   return [=](u8* dst, const u8* src) {
     const cv::Mat from(size.height, size.width, CV_8UC4, const_cast<u8*>(src));
@@ -82,7 +82,7 @@ Run FlipOpenCv(const Size& size, u32 mode) {
 #endif
 }
 
-Run FlipLibYuv(const Size& size, u32 mode) {
+Run FlipLibYuv([[maybe_unused]] const Size& size, [[maybe_unused]] u32 mode) {
 #ifdef PICTAVO_BENCH_LIBYUV
   return [=](u8* dst, const u8* src) {
     const int pitch = 4 * size.width;

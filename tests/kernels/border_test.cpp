@@ -13,6 +13,19 @@ ImageDesc Describe(void* data, i32 pitch, i32 bytesPerPixel) {
   return {{}, 3, 3, 0, data, 1, 1, pitch, bytesPerPixel};
 }
 
+TEST(Border, RepeatsTheNearestPixel) {
+  std::vector<u32> pixels = {0, 0, 0, 0,  //
+                             0, 1, 2, 0,  //
+                             0, 3, 4, 0,  //
+                             0, 0, 0, 0};
+  const ImageDesc image = {{}, 4, 4, 0, reinterpret_cast<u8*>(&pixels[5]), 2, 2, 16, 4};
+  EXPECT_EQ(cpu::ExtendBoundary(&image, 1), PICTAVO_S_OK);
+  EXPECT_EQ(pixels, (std::vector<u32>{1, 1, 2, 2,  //
+                                      1, 1, 2, 2,  //
+                                      3, 3, 4, 4,  //
+                                      3, 3, 4, 4}));
+}
+
 /// One byte, 9, in rows five bytes apart: the border comes in rows of three.
 TEST(Border, TakesRowsOfBytesAsTight) {
   Bytes buffer(15, 1);
