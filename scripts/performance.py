@@ -12,6 +12,7 @@ from pathlib import Path
 
 DOCS = Path(__file__).parent.parent / "docs"
 NAME, DATA, CELL = 35, 22, 17  # columns of text that the benchmark prints
+PLAIN = "one table, plainly"  # neither the build that we have nor another library's
 OURS = {"portable", "128 bits", "256 bits", "ours", "one call", "eight bands"}
 
 
@@ -44,7 +45,7 @@ def whole_frames(lines):
             found[name] = data, cells
     for name, (data, cells) in found.items():
         ours = [cells[c] for c in cells if c in OURS]
-        peers = {c: cell for c, cell in cells.items() if c not in OURS}
+        peers = {c: cell for c, cell in cells.items() if c not in OURS and c != PLAIN}
         best = min(peers, key=lambda c: peers[c][0], default=None)
         yield name, data.partition(" ")[2], ours[0], ours[-1], best, peers.get(best)
 
