@@ -47,7 +47,7 @@ TEST(Convolve, GivesTheSameFromEveryBuildAcrossStrips) {
   std::mt19937 random(1);
   Pixels pixels(600 * 3);
   for (u32& pixel : pixels) pixel = static_cast<u32>(random());
-  for (const u32 size : {3, 5}) {
+  for (const u32 size : {3u, 5u}) {
     for (const i32 weight : {2, 127}) {  // sums of 16 bits, and of more
       ConvolveParam param = {size, 5, 0, 1, {}};
       std::fill(param.weights, param.weights + size * size, weight);
