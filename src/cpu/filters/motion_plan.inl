@@ -121,6 +121,7 @@ class Strip {
         blocks_(tile.width() / kBlockPixels),
         scratch_(blocks_ * plan.samples * i64{sizeof(Moves) + sizeof(Tap)} +
                  plan.samples * i64{sizeof(Hit)} + plan.src.height) {
+    if (IsShort()) return;
     moves_ = reinterpret_cast<Moves*>(scratch_.data());
     taps_ = reinterpret_cast<Tap*>(moves_ + blocks_ * plan.samples);
     hits_.first = reinterpret_cast<Hit*>(taps_ + blocks_ * plan.samples);
