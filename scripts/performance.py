@@ -51,7 +51,8 @@ def whole_frames(lines):
 
 
 def by_size(lines):
-    """An operation a row, its time on one processor and on all at each size of picture."""
+    """An operation a row, its time on one processor and on all at each size of picture. One call uses
+    all processors where the operation has threads; the others are given bands."""
     rows = {}
     for name, size, cells in lines:
         for column, (ns, _) in cells.items():
@@ -61,6 +62,7 @@ def by_size(lines):
             row[size.replace("x", " × ")] = f"{ns:.3g}"
     sizes = list(next(iter(rows.values())))
     out = [f"| | processors | {' | '.join(sizes)} |", "|---|---" + "|---:" * len(sizes) + "|"]
+    rows = {key: times for key, times in rows.items() if not key[1] or (key[0] + ", in bands", True) not in rows}
     for (operation, all_threads), times in sorted(rows.items(), key=lambda row: (int(row[0][0].split()[0]), row[0])):
         out.append(f"| {operation} | {'all' if all_threads else 'one'} | {' | '.join(times.values())} |")
     return "\n".join(out)
