@@ -1359,7 +1359,7 @@ struct IPictavo4 : IPictavo3 {
   ///   2 * abs(choke) + 1 pixels around each, as far as it lies in the picture.
   /// - Feather: slot 56's blur of the alphas, with replicated edges.
   ///
-  /// All builds give the same bytes. Rows are shared with helping threads.
+  /// All builds give the same bytes. Rows, or strips of columns, are shared with helping threads.
   /// @param picture record of the picture, whose alphas change
   /// @return PICTAVO_S_OK; PICTAVO_E_POINTER for a null; PICTAVO_E_INVALIDARG for a texture, pixels
   ///         of other than 4 bytes, a pitch shorter than a row or a field outside its range;
